@@ -1,0 +1,32 @@
+# Entry points: `make run` starts the program, `make test` runs the tests, `make bench` the benchmarks.
+# Each installs what is missing (scripts/setup) and builds first.
+BUILD_DIR ?= build
+JOBS ?= 2
+CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+.PHONY: all setup configure build run test bench clean
+
+all: build
+
+setup:
+	@scripts/setup
+
+$(BUILD_DIR)/build.ninja:
+	cmake -S . -B $(BUILD_DIR) -G Ninja $(CMAKE_FLAGS)
+
+configure: setup $(BUILD_DIR)/build.ninja
+
+build: configure
+	cmake --build $(BUILD_DIR) -j$(JOBS)
+
+run: build
+	$(BUILD_DIR)/src/app/pixcove $(ARGS)
+
+test: build
+	cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS) --timeout 600
+
+bench: build
+	bench/run $(BUILD_DIR)
+
+clean:
+	rm -rf $(BUILD_DIR)

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <QPointer>
+#include <QString>
+#include <QThreadPool>
+
+#include <utility>
+
+// Posting work to the GUI thread and running work on named thread pools.
+//
+// Pools are created on first use and live until exit. A pool's name says whose work it runs
+// ("Thumbnail Generator", "FileModel.Utility", ...), so that one busy subsystem cannot starve
+// another.
+
+QThreadPool *namedThreadPool(const QString &name);
+
+// Runs `fn` on the GUI thread at the next turn of its event loop.
+template <typename F>
+void postToGui(F &&fn)
+{
+    QMetaObject::invokeMethod(QCoreApplication::instance(), std::forward<F>(fn), Qt::QueuedConnection);
+}
+
+// Runs `fn` in `context`'s thread; dropped when `context` is gone by then.
+template <typename F>
+void postTo(QObject *context, F &&fn)
+{
+    QMetaObject::invokeMethod(context, std::forward<F>(fn), Qt::QueuedConnection);
+}
+
+template <typename F>
+void runOnPool(const QString &poolName, F &&fn, int priority = 0)
+{
+    namedThreadPool(poolName)->start(std::forward<F>(fn), priority);
+}
+
+// Whether the caller runs on the GUI thread (true too when there is no application object).
+bool isGuiThread();

@@ -1,0 +1,37 @@
+#include "support/TestDir.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+TestDir::TestDir()
+{
+    m_dir.setAutoRemove(true);
+}
+
+QString TestDir::write(const QString &relative, const QByteArray &bytes, const QDateTime &modified)
+{
+    const QString path = filePath(relative);
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        qFatal("TestDir: cannot write %s", qPrintable(path));
+    file.write(bytes);
+    if (modified.isValid())
+        file.setFileTime(modified, QFileDevice::FileModificationTime);
+    return path;
+}
+
+QString TestDir::mkdir(const QString &relative)
+{
+    const QString path = filePath(relative);
+    QDir().mkpath(path);
+    return path;
+}
+
+QString TestDir::symlink(const QString &target, const QString &relative)
+{
+    const QString path = filePath(relative);
+    QFile::link(target, path);
+    return path;
+}
