@@ -1,0 +1,51 @@
+#include "fs/Applications.h"
+
+#include <QByteArray>
+#include <QFile>
+
+// GLib's headers use "signals" as a member name, which Qt's keyword macro would break.
+#undef signals
+#include <gio/gdesktopappinfo.h>
+#include <gio/gio.h>
+
+namespace {
+
+QString fileOf(GAppInfo *info)
+{
+    if (!info || !G_IS_DESKTOP_APP_INFO(info))
+        return {};
+    const char *file = g_desktop_app_info_get_filename(G_DESKTOP_APP_INFO(info));
+    return file ? QFile::decodeName(file) : QString();
+}
+
+} // namespace
+
+namespace Applications {
+
+QString defaultApplicationFile(const QString &mimeType, bool forEditing)
+{
+    if (mimeType.isEmpty())
+        return {};
+    const QByteArray type = mimeType.toUtf8();
+    GAppInfo *preferred = g_app_info_get_default_for_type(type.constData(), FALSE);
+    QString result = fileOf(preferred);
+    if (forEditing) {
+        GList *recommended = g_app_info_get_recommended_for_type(type.constData());
+        for (GList *item = recommended; item; item = item->next) {
+            auto *info = static_cast<GAppInfo *>(item->data);
+            if (!preferred || !g_app_info_equal(info, preferred)) {
+                const QString file = fileOf(info);
+                if (!file.isEmpty()) {
+                    result = file;
+                    break;
+                }
+            }
+        }
+        g_list_free_full(recommended, g_object_unref);
+    }
+    if (preferred)
+        g_object_unref(preferred);
+    return result;
+}
+
+} // namespace Applications

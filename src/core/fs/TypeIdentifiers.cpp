@@ -1,0 +1,288 @@
+#include "fs/TypeIdentifiers.h"
+
+#include <QCoreApplication>
+#include <QHash>
+#include <QMimeDatabase>
+#include <QReadWriteLock>
+
+namespace {
+
+struct KnownType
+{
+    const char *identifier;
+    const char *mimeType; // the MIME type it is looked up from; null for abstract types
+    const char *parents;  // comma-separated
+};
+
+// The types the program tells apart. Abstract types first, then concrete ones by MIME type.
+constexpr KnownType knownTypes[] = {
+    {"public.item", nullptr, ""},
+    {"public.content", nullptr, ""},
+    {"public.data", "application/octet-stream", "public.item"},
+    {"public.directory", nullptr, "public.item"},
+    {"public.folder", "inode/directory", "public.directory"},
+    {"public.volume", nullptr, "public.folder"},
+    {"public.symlink", "inode/symlink", "public.item"},
+    {"com.apple.application", nullptr, "public.data"},
+    {"com.apple.application-bundle", nullptr, "com.apple.application,public.directory"},
+    {"org.freedesktop.desktop-entry", "application/x-desktop", "com.apple.application"},
+    {"public.executable", nullptr, "public.data"},
+    {"public.unix-executable", "application/x-executable", "public.executable"},
+    {"com.appimage.appimage", "application/vnd.appimage", "com.apple.application,public.executable"},
+
+    {"public.image", nullptr, "public.data,public.content"},
+    {"public.jpeg", "image/jpeg", "public.image"},
+    {"public.png", "image/png", "public.image"},
+    {"com.compuserve.gif", "image/gif", "public.image"},
+    {"public.tiff", "image/tiff", "public.image"},
+    {"com.microsoft.bmp", "image/bmp", "public.image"},
+    {"com.microsoft.ico", "image/vnd.microsoft.icon", "public.image"},
+    {"org.webmproject.webp", "image/webp", "public.image"},
+    {"public.heif-standard", nullptr, "public.image"},
+    {"public.heic", "image/heic", "public.heif-standard"},
+    {"public.heif", "image/heif", "public.heif-standard"},
+    {"public.avif", "image/avif", "public.image"},
+    {"public.jpeg-2000", "image/jp2", "public.image"},
+    {"public.svg-image", "image/svg+xml", "public.image"},
+    {"com.adobe.photoshop-image", "image/vnd.adobe.photoshop", "public.image"},
+    {"com.truevision.tga-image", "image/x-tga", "public.image"},
+    {"public.camera-raw-image", "image/x-dcraw", "public.image"},
+    {"com.adobe.raw-image", "image/x-adobe-dng", "public.camera-raw-image"},
+    {"com.canon.cr2-raw-image", "image/x-canon-cr2", "public.camera-raw-image"},
+    {"com.canon.cr3-raw-image", "image/x-canon-cr3", "public.camera-raw-image"},
+    {"com.canon.crw-raw-image", "image/x-canon-crw", "public.camera-raw-image"},
+    {"com.nikon.raw-image", "image/x-nikon-nef", "public.camera-raw-image"},
+    {"com.nikon.nrw-raw-image", "image/x-nikon-nrw", "public.camera-raw-image"},
+    {"com.sony.arw-raw-image", "image/x-sony-arw", "public.camera-raw-image"},
+    {"com.sony.sr2-raw-image", "image/x-sony-sr2", "public.camera-raw-image"},
+    {"com.olympus.raw-image", "image/x-olympus-orf", "public.camera-raw-image"},
+    {"com.panasonic.rw2-raw-image", "image/x-panasonic-rw2", "public.camera-raw-image"},
+    {"com.panasonic.raw-image", "image/x-panasonic-raw", "public.camera-raw-image"},
+    {"com.fuji.raw-image", "image/x-fuji-raf", "public.camera-raw-image"},
+    {"com.pentax.raw-image", "image/x-pentax-pef", "public.camera-raw-image"},
+    {"com.samsung.raw-image", "image/x-samsung-srw", "public.camera-raw-image"},
+    {"com.adobe.postscript", "application/postscript", "public.data,public.content"},
+    {"com.adobe.encapsulated-postscript", "image/x-eps", "com.adobe.postscript"},
+    {"com.adobe.pdf", "application/pdf", "public.data,public.content"},
+
+    {"public.audiovisual-content", nullptr, "public.data,public.content"},
+    {"public.movie", nullptr, "public.audiovisual-content"},
+    {"public.video", nullptr, "public.movie"},
+    {"public.mpeg-4", "video/mp4", "public.movie"},
+    {"com.apple.quicktime-movie", "video/quicktime", "public.movie"},
+    {"public.avi", "video/x-msvideo", "public.movie"},
+    {"org.matroska.mkv", "video/x-matroska", "public.movie"},
+    {"org.webmproject.webm", "video/webm", "public.movie"},
+    {"public.mpeg", "video/mpeg", "public.movie"},
+    {"public.mpeg-2-transport-stream", "video/mp2t", "public.movie"},
+    {"public.3gpp", "video/3gpp", "public.movie"},
+    {"com.microsoft.windows-media-wmv", "video/x-ms-wmv", "public.movie"},
+    {"public.audio", nullptr, "public.audiovisual-content"},
+    {"public.mp3", "audio/mpeg", "public.audio"},
+    {"public.mpeg-4-audio", "audio/mp4", "public.audio"},
+    {"com.microsoft.waveform-audio", "audio/x-wav", "public.audio"},
+    {"org.xiph.flac", "audio/flac", "public.audio"},
+    {"org.xiph.ogg-audio", "audio/x-vorbis+ogg", "public.audio"},
+    {"public.aiff-audio", "audio/x-aiff", "public.audio"},
+
+    {"public.text", nullptr, "public.data,public.content"},
+    {"public.plain-text", "text/plain", "public.text"},
+    {"public.html", "text/html", "public.text"},
+    {"public.xml", "application/xml", "public.text"},
+    {"public.json", "application/json", "public.text"},
+    {"public.rtf", "text/rtf", "public.text"},
+    {"public.source-code", nullptr, "public.plain-text"},
+
+    {"public.archive", nullptr, "public.data"},
+    {"public.zip-archive", "application/zip", "public.archive"},
+    {"org.gnu.gnu-zip-archive", "application/gzip", "public.archive"},
+    {"public.tar-archive", "application/x-tar", "public.archive"},
+};
+
+// Where a MIME type's top-level media type says more than nothing.
+QString familyOfMediaType(const QString &mimeName)
+{
+    if (mimeName.startsWith(QLatin1String("image/")))
+        return QStringLiteral("public.image");
+    if (mimeName.startsWith(QLatin1String("video/")))
+        return QStringLiteral("public.movie");
+    if (mimeName.startsWith(QLatin1String("audio/")))
+        return QStringLiteral("public.audio");
+    if (mimeName.startsWith(QLatin1String("text/")))
+        return QStringLiteral("public.text");
+    return {};
+}
+
+class Table
+{
+public:
+    static Table &shared()
+    {
+        static Table table;
+        return table;
+    }
+
+    QString forMime(const QString &mimeName)
+    {
+        QMimeDatabase db;
+        const QMimeType mime = db.mimeTypeForName(mimeName);
+        const QString canonical = mime.isValid() ? mime.name() : mimeName;
+        if (const auto it = m_typeForMime.constFind(canonical); it != m_typeForMime.cend())
+            return *it;
+        if (mime.isValid()) {
+            for (const QString &alias : mime.aliases()) {
+                if (const auto it = m_typeForMime.constFind(alias); it != m_typeForMime.cend())
+                    return *it;
+            }
+        }
+        return canonical;
+    }
+
+    QString forFileName(const QString &fileName)
+    {
+        const qsizetype dot = fileName.lastIndexOf(QLatin1Char('.'));
+        const QString key = dot > 0 ? fileName.mid(dot + 1).toLower() : QString();
+        if (!key.isEmpty()) {
+            QReadLocker locker(&m_lock);
+            if (const auto it = m_typeForExtension.constFind(key); it != m_typeForExtension.cend())
+                return *it;
+        }
+        QMimeDatabase db;
+        const QString type = forMime(db.mimeTypeForFile(fileName, QMimeDatabase::MatchExtension).name());
+        if (!key.isEmpty()) {
+            QWriteLocker locker(&m_lock);
+            m_typeForExtension.insert(key, type);
+        }
+        return type;
+    }
+
+    QStringList chain(const QString &type)
+    {
+        {
+            QReadLocker locker(&m_lock);
+            if (const auto it = m_chains.constFind(type); it != m_chains.cend())
+                return *it;
+        }
+        QStringList result;
+        appendChain(type, result);
+        QWriteLocker locker(&m_lock);
+        m_chains.insert(type, result);
+        return result;
+    }
+
+    QString mimeFor(const QString &type) const { return m_mimeForType.value(type, type.contains(QLatin1Char('/')) ? type : QString()); }
+
+private:
+    Table()
+    {
+        for (const KnownType &known : knownTypes) {
+            const QString identifier = QString::fromLatin1(known.identifier);
+            m_parents.insert(identifier, QString::fromLatin1(known.parents).split(QLatin1Char(','), Qt::SkipEmptyParts));
+            if (known.mimeType) {
+                m_typeForMime.insert(QString::fromLatin1(known.mimeType), identifier);
+                m_mimeForType.insert(identifier, QString::fromLatin1(known.mimeType));
+            }
+        }
+    }
+
+    void appendChain(const QString &type, QStringList &result) const
+    {
+        if (result.contains(type))
+            return;
+        result.append(type);
+        if (const auto it = m_parents.constFind(type); it != m_parents.cend()) {
+            for (const QString &parent : *it)
+                appendChain(parent, result);
+            return;
+        }
+        // A type the table does not know: a MIME name. Follow its MIME ancestors.
+        QMimeDatabase db;
+        const QMimeType mime = db.mimeTypeForName(type);
+        if (mime.isValid()) {
+            for (const QString &ancestor : mime.allAncestors()) {
+                const auto known = m_typeForMime.constFind(ancestor);
+                if (known != m_typeForMime.cend() && *known != QLatin1String("public.data"))
+                    appendChain(*known, result);
+            }
+        }
+        const QString family = familyOfMediaType(type);
+        if (!family.isEmpty())
+            appendChain(family, result);
+        appendChain(QStringLiteral("public.data"), result);
+    }
+
+    QHash<QString, QStringList> m_parents;     // constant after construction
+    QHash<QString, QString> m_typeForMime;     // constant after construction
+    QHash<QString, QString> m_mimeForType;     // constant after construction
+    QReadWriteLock m_lock;
+    QHash<QString, QString> m_typeForExtension;
+    QHash<QString, QStringList> m_chains;
+};
+
+} // namespace
+
+namespace TypeIdentifiers {
+
+QString forFileName(const QString &fileName, bool isDirectory)
+{
+    if (isDirectory) {
+        if (fileName.endsWith(QLatin1String(".app"), Qt::CaseInsensitive))
+            return QStringLiteral("com.apple.application-bundle");
+        return QStringLiteral("public.folder");
+    }
+    return Table::shared().forFileName(fileName);
+}
+
+QString forMimeType(const QString &mimeName)
+{
+    return Table::shared().forMime(mimeName);
+}
+
+QString symlink()
+{
+    return QStringLiteral("public.symlink");
+}
+
+QString volume()
+{
+    return QStringLiteral("public.volume");
+}
+
+bool conformsTo(const QString &type, const QString &parent)
+{
+    if (type.isEmpty() || parent.isEmpty())
+        return false;
+    if (type == parent)
+        return true;
+    return Table::shared().chain(type).contains(parent);
+}
+
+QStringList conformanceChain(const QString &type)
+{
+    return Table::shared().chain(type);
+}
+
+QString preferredMimeType(const QString &type)
+{
+    return Table::shared().mimeFor(type);
+}
+
+QString description(const QString &type)
+{
+    if (type == QLatin1String("public.folder"))
+        return QCoreApplication::translate("TypeIdentifiers", "Folder");
+    if (type == QLatin1String("public.volume"))
+        return QCoreApplication::translate("TypeIdentifiers", "Volume");
+    if (type == QLatin1String("public.symlink"))
+        return QCoreApplication::translate("TypeIdentifiers", "Alias");
+    if (type == QLatin1String("com.apple.application-bundle"))
+        return QCoreApplication::translate("TypeIdentifiers", "Application");
+    const QString mimeName = preferredMimeType(type);
+    if (mimeName.isEmpty())
+        return type;
+    QMimeDatabase db;
+    const QMimeType mime = db.mimeTypeForName(mimeName);
+    return mime.isValid() && !mime.comment().isEmpty() ? mime.comment() : type;
+}
+
+} // namespace TypeIdentifiers
