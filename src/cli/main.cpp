@@ -1,0 +1,31 @@
+#include "CliSupport.h"
+#include "LsCommand.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+constexpr char usage[] = "pixcove-cli COMMAND [OPTIONS]\n"
+                         "commands:\n"
+                         "  ls      list folders as a window shows them, sorted and filtered\n";
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("tallowmere"));
+    QCoreApplication::setApplicationName(QStringLiteral("Pixcove3"));
+
+    QStringList args = QCoreApplication::arguments().mid(1);
+    if (args.isEmpty() || args.first() == QLatin1String("--help") || args.first() == QLatin1String("-h")) {
+        std::fputs(usage, args.isEmpty() ? stderr : stdout);
+        return args.isEmpty() ? Cli::exitUsage : Cli::exitOk;
+    }
+    const QString command = args.takeFirst();
+    if (command == QLatin1String("ls"))
+        return runLsCommand(args);
+    return Cli::usageError(QStringLiteral("unknown command %1").arg(command), "pixcove-cli COMMAND [OPTIONS]");
+}

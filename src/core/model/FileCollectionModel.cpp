@@ -1,0 +1,482 @@
+#include "model/FileCollectionModel.h"
+
+#include "app/Dispatch.h"
+#include "app/Log.h"
+#include "fs/ZQFolderSubscription.h"
+#include "model/TextHelpers.h"
+
+#include <QPointer>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace {
+// Several changes within this time give one re-sort: short enough to feel immediate.
+constexpr int resortDelayMs = 50;
+// While folders are still loading, look again this often instead of re-sorting half a listing.
+constexpr int loadingCheckDelayMs = 200;
+// Kernel queue overflows come in bursts; one re-list answers all of them.
+constexpr int reloadDelayMs = 200;
+
+bool nameLess(const FileModelPtr &a, const FileModelPtr &b)
+{
+    const int byKey = a->file()->nameSortKey().compare(b->file()->nameSortKey());
+    return byKey != 0 ? byKey < 0 : finderStyleTieBreak(a->file()->displayName(), b->file()->displayName()) < 0;
+}
+} // namespace
+
+struct FileCollectionModel::BuildInput
+{
+    QList<FileModelPtr> roots;
+    QList<FileModelPtr> folders;   // every listed folder, roots first, then depth-first by name
+    QList<bool> showsOwnFiles;     // per folder: whether its files are part of the flat list
+    FilePredicate predicate;
+    QList<SortDescriptor> descriptors;
+    bool excludeEmpties = true;
+};
+
+struct FileCollectionModel::BuildResult
+{
+    QList<FileModelPtr> folders;
+    QList<QList<FileModelPtr>> arranged; // per folder
+    QList<FileModelPtr> flat;
+    QList<FileModelPtr> byFolderFlat;
+    QList<FolderGroup> groups;
+    QList<FileModelPtr> tree;
+};
+
+FileCollectionModel::FileCollectionModel(QObject *parent)
+    : QObject(parent)
+    , m_loadingCheckTimer(new QTimer(this))
+    , m_resortTimer(new QTimer(this))
+    , m_reloadTimer(new QTimer(this))
+{
+    // One rebuild at a time, in order: the collection's own serial queue.
+    m_utilityQueue.setMaxThreadCount(1);
+    m_utilityQueue.setObjectName(QStringLiteral("FileCollectionModel.Utility"));
+    for (QTimer *timer : {m_loadingCheckTimer, m_resortTimer, m_reloadTimer})
+        timer->setSingleShot(true);
+    m_loadingCheckTimer->setInterval(loadingCheckDelayMs);
+    m_resortTimer->setInterval(resortDelayMs);
+    m_reloadTimer->setInterval(reloadDelayMs);
+    connect(m_resortTimer, &QTimer::timeout, this, &FileCollectionModel::rebuildRepresentations);
+    connect(m_reloadTimer, &QTimer::timeout, this, &FileCollectionModel::relist);
+    connect(m_loadingCheckTimer, &QTimer::timeout, this, [this] {
+        if (!m_loadingNodes.isEmpty())
+            m_loadingCheckTimer->start();
+        else
+            rebuildRepresentations();
+    });
+    rebuildPredicates();
+}
+
+FileCollectionModel::~FileCollectionModel()
+{
+    m_utilityQueue.clear();
+    m_utilityQueue.waitForDone();
+}
+
+bool FileCollectionModel::isSettled() const
+{
+    return m_loadingNodes.isEmpty() && !m_isRebuildingRepresentations && !m_needsRebuild
+        && !m_resortTimer->isActive() && !m_loadingCheckTimer->isActive() && !m_reloadTimer->isActive();
+}
+
+// MARK: configuration
+
+void FileCollectionModel::setCollectionRoots(const QList<PXFilePtr> &roots)
+{
+    m_collectionRoots = roots;
+    relist();
+}
+
+void FileCollectionModel::setFolderDepth(int depth)
+{
+    if (depth == m_folderDepth)
+        return;
+    m_folderDepth = std::max(0, depth);
+    relist();
+}
+
+void FileCollectionModel::setIncludeTopLevelItems(bool include)
+{
+    if (include == m_includeTopLevelItems)
+        return;
+    m_includeTopLevelItems = include;
+    setNeedsResort();
+}
+
+void FileCollectionModel::setExcludeEmptiesFromFolderRepresentation(bool exclude)
+{
+    if (exclude == m_excludeEmptiesFromFolderRepresentation)
+        return;
+    m_excludeEmptiesFromFolderRepresentation = exclude;
+    setNeedsResort();
+}
+
+void FileCollectionModel::setFileSort(FileSortType sort)
+{
+    if (sort == m_fileSort && sort != FileSortType::shuffle)
+        return;
+    m_fileSort = sort;
+    rebuildPredicates();
+    setNeedsResort();
+}
+
+void FileCollectionModel::setFolderSort(FolderSortType sort)
+{
+    if (sort == m_folderSort)
+        return;
+    m_folderSort = sort;
+    rebuildPredicates();
+    setNeedsResort();
+}
+
+void FileCollectionModel::setReverseSort(bool reverse)
+{
+    if (reverse == m_reverseSort)
+        return;
+    m_reverseSort = reverse;
+    rebuildPredicates();
+    setNeedsResort();
+}
+
+void FileCollectionModel::setFileFilter(FileFilterType filter)
+{
+    if (filter == m_fileFilter)
+        return;
+    // Invisible subfolders are walked only when invisible items are shown.
+    const bool walkChanges = (filter == FileFilterType::all) != (m_fileFilter == FileFilterType::all);
+    m_fileFilter = filter;
+    rebuildPredicates();
+    if (walkChanges && m_folderDepth > 0)
+        relist();
+    else
+        setNeedsResort();
+}
+
+void FileCollectionModel::setExcludeFolders(bool exclude)
+{
+    if (exclude == m_excludeFolders)
+        return;
+    m_excludeFolders = exclude;
+    rebuildPredicates();
+    setNeedsResort();
+}
+
+void FileCollectionModel::setFileAdditionalFilter(std::optional<FilePredicate> predicate)
+{
+    m_fileAdditionalFilter = std::move(predicate);
+    rebuildPredicates();
+    setNeedsResort();
+}
+
+void FileCollectionModel::setSearch(ThumbnailsSearchType type, const QString &text)
+{
+    if (text.isEmpty())
+        setFileAdditionalFilter(std::nullopt);
+    else
+        setFileAdditionalFilter(searchPredicate(type, text));
+}
+
+void FileCollectionModel::rebuildPredicates()
+{
+    FilePredicate filter = filterPredicateForFilterType(m_fileFilter, m_excludeFolders);
+    if (m_fileAdditionalFilter)
+        filter = andPredicate(filter, *m_fileAdditionalFilter);
+    m_fileFilterPredicate = filter;
+    m_countFileFilterPredicate = andPredicate(filter, FilePredicate{QStringLiteral("%K == NO"), {QStringLiteral("isDirectory")},
+                                                                    [](const PXFile &f) { return !f.isDirectory(); }});
+    m_countFolderFilterPredicate = filterPredicateForFilterType(
+        m_fileFilter == FileFilterType::all ? FileFilterType::folders : FileFilterType::visibleFolders, false);
+    m_fileSortDescriptors = sortDescriptorsForSortType(m_fileSort, m_folderSort, !m_reverseSort);
+}
+
+// MARK: listing
+
+void FileCollectionModel::reload()
+{
+    relist();
+}
+
+void FileCollectionModel::relist()
+{
+    m_reloadTimer->stop();
+    delete m_loadContext; // drops every connection of the previous listing
+    m_loadContext = new QObject(this);
+    for (const FileModelPtr &node : std::as_const(m_rootItems))
+        node->setLoading(false);
+    m_loadingNodes.clear();
+    m_rootItems.clear();
+    for (const PXFilePtr &root : std::as_const(m_collectionRoots)) {
+        FileModelPtr node = FileModel::create(root);
+        m_rootItems.append(node);
+        startLoading(node, m_folderDepth);
+    }
+    m_needsRebuild = true;
+    updateIsLoading();
+    if (m_loadingNodes.isEmpty())
+        setNeedsResort();
+}
+
+bool FileCollectionModel::descendsInto(const PXFile &folder) const
+{
+    // Links to folders are not walked: they may lead back up the tree.
+    return folder.isDirectory() && folder.isRealFile() && (m_fileFilter == FileFilterType::all || !folder.isInvisible());
+}
+
+void FileCollectionModel::startLoading(const FileModelPtr &node, int remainingDepth)
+{
+    auto subscription = ZQFolderSubscription::forFolder(node->file());
+    node->directorySubscription = subscription;
+    node->currentAutoloadDepth = remainingDepth;
+
+    const std::weak_ptr<FileModel> weakNode = node;
+    ZQFolderSubscription *source = subscription.get();
+    connect(source, &ZQFolderSubscription::batchLoaded, m_loadContext, [this, weakNode](const QList<ZQFilePtr> &files) {
+        if (const FileModelPtr node = weakNode.lock())
+            addChildren(node, files);
+    });
+    connect(source, &ZQFolderSubscription::loadFinished, m_loadContext, [this, weakNode] {
+        if (const FileModelPtr node = weakNode.lock())
+            loadingEnded(node);
+    });
+    connect(source, &ZQFolderSubscription::eventsReceived, m_loadContext, [this, weakNode](const QList<ZQFileEvent> &events) {
+        if (const FileModelPtr node = weakNode.lock())
+            handleEvents(node, events);
+    });
+
+    if (subscription->isLoaded()) {
+        addChildren(node, subscription->files());
+        if (!subscription->errorString().isEmpty())
+            Q_EMIT folderFailed(node->file()->path(), subscription->errorString());
+        return;
+    }
+    m_loadingNodes.insert(node.get());
+    node->setLoading(true);
+    subscription->load();
+}
+
+void FileCollectionModel::addChildren(const FileModelPtr &node, const QList<ZQFilePtr> &files)
+{
+    const int remaining = node->currentAutoloadDepth.value_or(0);
+    for (const ZQFilePtr &entry : files) {
+        const PXFilePtr file = PXFile::from(entry);
+        FileModelPtr child = node->childForFile(file);
+        if (representedItemGenerator && !child->representedItem.has_value())
+            child->representedItem = representedItemGenerator(file);
+        if (remaining > 0 && !child->directorySubscription && descendsInto(*file))
+            startLoading(child, remaining - 1);
+    }
+    m_needsRebuild = true;
+}
+
+void FileCollectionModel::loadingEnded(const FileModelPtr &node)
+{
+    node->setLoading(false);
+    if (node->directorySubscription && !node->directorySubscription->errorString().isEmpty()) {
+        logError(QStringLiteral("Cannot read folder %1: %2").arg(node->file()->path(), node->directorySubscription->errorString()));
+        Q_EMIT folderFailed(node->file()->path(), node->directorySubscription->errorString());
+    }
+    m_loadingNodes.remove(node.get());
+    updateIsLoading();
+    if (m_loadingNodes.isEmpty()) {
+        m_loadingCheckTimer->stop();
+        m_resortTimer->stop();
+        rebuildRepresentations();
+    }
+}
+
+void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQFileEvent> &events)
+{
+    bool changed = false;
+    for (const ZQFileEvent &event : events) {
+        const PXFilePtr file = PXFile::fileForNativePath(event.nativePath);
+        if (file.get() == node->file().get()) {
+            if (event.type == ZQFileEventType::removed) {
+                // The folder itself went away: it shows nothing any more.
+                for (const FileModelPtr &child : node->allChildrenList())
+                    node->removeChildForFile(child->file().get());
+                changed = true;
+            } else if (event.type == ZQFileEventType::rescanNeeded) {
+                m_reloadTimer->start();
+            }
+            continue;
+        }
+        switch (event.type) {
+        case ZQFileEventType::created:
+        case ZQFileEventType::replaced: {
+            file->changedKeysForEvent(event);
+            addChildren(node, {file});
+            if (fileUpdateCallback && event.type == ZQFileEventType::replaced)
+                fileUpdateCallback(node->childForFile(file));
+            changed = true;
+            break;
+        }
+        case ZQFileEventType::removed:
+            file->changedKeysForEvent(event);
+            if (const FileModelPtr gone = node->removeChildForFile(file.get())) {
+                if (gone->directorySubscription) {
+                    m_loadingNodes.remove(gone.get());
+                    gone->directorySubscription.reset();
+                }
+                changed = true;
+            }
+            break;
+        case ZQFileEventType::contentModified:
+        case ZQFileEventType::attributesChanged: {
+            file->changedKeysForEvent(event);
+            FileModelPtr child;
+            {
+                QMutexLocker locker(&node->content().recursiveLock);
+                const auto &all = node->content().allChildren;
+                if (all)
+                    child = all->value(file.get());
+            }
+            if (child) {
+                if (fileUpdateCallback)
+                    fileUpdateCallback(child);
+                changed = true;
+            }
+            break;
+        }
+        case ZQFileEventType::rescanNeeded:
+            m_reloadTimer->start();
+            break;
+        }
+    }
+    if (changed) {
+        m_needsRebuild = true;
+        updateIsLoading();
+        setNeedsResort();
+    }
+}
+
+void FileCollectionModel::updateIsLoading()
+{
+    const bool loading = !m_loadingNodes.isEmpty();
+    if (loading == m_isLoading)
+        return;
+    m_isLoading = loading;
+    Q_EMIT isLoadingChanged(loading);
+}
+
+// MARK: coalescing
+
+void FileCollectionModel::setNeedsResort()
+{
+    m_needsRebuild = true;
+    if (m_isRebuildingRepresentations) {
+        m_hasDirtiedSinceBuildStarted = true;
+        m_needsAdditionalRebuild = true;
+        return;
+    }
+    if (!m_loadingNodes.isEmpty()) {
+        scheduleLoadingCheck();
+        return;
+    }
+    if (m_resortTimer->isActive() || m_reloadTimer->isActive() || m_loadingCheckTimer->isActive())
+        return;
+    m_resortTimer->start();
+}
+
+void FileCollectionModel::scheduleLoadingCheck()
+{
+    if (!m_loadingCheckTimer->isActive())
+        m_loadingCheckTimer->start();
+}
+
+void FileCollectionModel::rebuildRepresentations()
+{
+    if (m_isRebuildingRepresentations) {
+        m_hasDirtiedSinceBuildStarted = true;
+        m_needsAdditionalRebuild = true;
+        return;
+    }
+    m_isRebuildingRepresentations = true;
+    m_hasDirtiedSinceBuildStarted = false;
+    m_needsRebuild = false;
+
+    // The folders to show, gathered here where the tree is changed: roots first, then their
+    // listed subfolders depth-first in name order.
+    BuildInput input;
+    input.roots = m_rootItems;
+    input.predicate = m_fileFilterPredicate;
+    input.descriptors = m_fileSortDescriptors;
+    input.excludeEmpties = m_excludeEmptiesFromFolderRepresentation;
+    std::function<void(const FileModelPtr &, bool)> gather = [&](const FileModelPtr &folder, bool isRoot) {
+        input.folders.append(folder);
+        input.showsOwnFiles.append(!isRoot || m_includeTopLevelItems);
+        QList<FileModelPtr> subfolders;
+        for (const FileModelPtr &child : folder->allChildrenList()) {
+            if (child->directorySubscription)
+                subfolders.append(child);
+        }
+        std::sort(subfolders.begin(), subfolders.end(), nameLess);
+        for (const FileModelPtr &subfolder : std::as_const(subfolders))
+            gather(subfolder, false);
+    };
+    for (const FileModelPtr &root : std::as_const(m_rootItems))
+        gather(root, true);
+
+    const QPointer<FileCollectionModel> guard(this);
+    m_utilityQueue.start([guard, input = std::move(input)] {
+        const auto fileOf = [](const FileModelPtr &node) -> const PXFile & { return *node->file(); };
+        BuildResult result;
+        result.folders = input.folders;
+        result.tree = input.roots;
+        qsizetype shownFolders = 0;
+        for (qsizetype i = 0; i < input.folders.size(); ++i) {
+            QList<FileModelPtr> arranged;
+            for (FileModelPtr &child : input.folders[i]->allChildrenList()) {
+                if (input.predicate(*child->file()))
+                    arranged.append(std::move(child));
+            }
+            sortItems<FileModelPtr>(arranged, input.descriptors, fileOf);
+            if (input.showsOwnFiles[i]) {
+                ++shownFolders;
+                result.flat += arranged;
+                if (!arranged.isEmpty() || !input.excludeEmpties) {
+                    result.byFolderFlat += arranged;
+                    result.groups.append({input.folders[i], arranged});
+                }
+            }
+            result.arranged.append(std::move(arranged));
+        }
+        // Files of several folders sort together in the flat list.
+        if (shownFolders > 1)
+            sortItems<FileModelPtr>(result.flat, input.descriptors, fileOf);
+        // The destructor waits for this queue, so the model outlives the job.
+        postTo(guard.data(), [guard, result = std::move(result)]() mutable {
+            if (guard)
+                guard->publish(std::move(result));
+        });
+    });
+}
+
+void FileCollectionModel::publish(BuildResult result)
+{
+    for (qsizetype i = 0; i < result.folders.size(); ++i)
+        result.folders[i]->setArrangedChildren(std::move(result.arranged[i]));
+    m_flatRepresentation = std::move(result.flat);
+    m_byFolderFlatRepresentation = std::move(result.byFolderFlat);
+    m_folderGroups = std::move(result.groups);
+    m_treeRepresentation = std::move(result.tree);
+    const int count = int(m_flatRepresentation.size());
+    const bool countChanged = count != m_itemCount;
+    m_itemCount = count;
+    m_isRebuildingRepresentations = false;
+
+    Q_EMIT treeRepresentationChanged();
+    Q_EMIT flatRepresentationChanged();
+    Q_EMIT byFolderFlatRepresentationChanged();
+    if (countChanged)
+        Q_EMIT itemCountChanged(count);
+
+    if (m_needsAdditionalRebuild) {
+        m_needsAdditionalRebuild = false;
+        setNeedsResort();
+        return;
+    }
+    Q_EMIT representationsPublished();
+}

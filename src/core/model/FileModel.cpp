@@ -1,0 +1,133 @@
+#include "model/FileModel.h"
+
+#include "fs/ZQFolderSubscription.h"
+
+#include <QTimer>
+
+namespace {
+// A load shorter than this never shows as long loading, so quick folders do not flash a spinner.
+constexpr int longLoadingDelayMs = 300;
+} // namespace
+
+FileModelPtr FileModel::create(PXFilePtr file, const FileModelPtr &parent)
+{
+    return FileModelPtr(new FileModel(std::move(file), parent));
+}
+
+FileModel::FileModel(PXFilePtr file, const FileModelPtr &parent)
+    : m_id(file ? file->path() : QString())
+    , m_file(std::move(file))
+    , m_isLeaf(!m_file || !m_file->isDirectory())
+    , m_depth(parent ? parent->depth() + 1 : 0)
+{
+    m_content.parent = parent;
+}
+
+FileModel::~FileModel() = default;
+
+void FileModel::setFile(PXFilePtr file)
+{
+    if (!m_isLeaf)
+        qFatal("We should never swap out a folder.");
+    m_file = std::move(file);
+    m_id = m_file ? m_file->path() : QString();
+}
+
+FileModelPtr FileModel::parent() const
+{
+    return m_content.parent.lock();
+}
+
+FileModelPtr FileModel::childForFile(const PXFilePtr &file)
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    if (!m_content.allChildren)
+        m_content.allChildren.emplace();
+    FileModelPtr &child = (*m_content.allChildren)[file.get()];
+    if (!child)
+        child = create(file, shared_from_this());
+    return child;
+}
+
+FileModelPtr FileModel::removeChildForFile(const PXFile *file)
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    if (!m_content.allChildren)
+        return nullptr;
+    return m_content.allChildren->take(file);
+}
+
+QList<FileModelPtr> FileModel::allChildrenList() const
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    return m_content.allChildren ? m_content.allChildren->values() : QList<FileModelPtr>();
+}
+
+void FileModel::setArrangedChildren(QList<FileModelPtr> children)
+{
+    int images = 0;
+    int files = 0;
+    int folders = 0;
+    for (const FileModelPtr &child : children) {
+        if (child->isLeaf()) {
+            ++files;
+            images += child->file()->isImage() ? 1 : 0;
+        } else {
+            ++folders;
+        }
+    }
+    {
+        QMutexLocker locker(&m_content.recursiveLock);
+        m_content.arrangedChildren = std::move(children);
+        m_content.calculatedChildImageCount = images;
+        m_content.calculatedChildFileCount = files;
+        m_content.calculatedChildFolderCount = folders;
+    }
+    if (m_delegate && m_delegateObject)
+        m_delegate->fileModelChildrenChanged(*this);
+}
+
+QList<FileModelPtr> FileModel::arrangedChildren() const
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    return m_content.arrangedChildren.value_or(QList<FileModelPtr>());
+}
+
+void FileModel::setDelegate(FileModelDelegate *delegate, QObject *delegateObject)
+{
+    m_delegate = delegate;
+    m_delegateObject = delegateObject;
+}
+
+LoadingState FileModel::loadingState() const
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    return m_content.loadingState;
+}
+
+void FileModel::setLoading(bool loading)
+{
+    const auto setState = [this](LoadingState state) {
+        {
+            QMutexLocker locker(&m_content.recursiveLock);
+            if (m_content.loadingState == state)
+                return;
+            m_content.loadingState = state;
+        }
+        if (m_delegate && m_delegateObject)
+            m_delegate->fileModelLoadingStateChanged(*this);
+    };
+    m_loadingStateTimer.reset();
+    if (!loading) {
+        setState(LoadingState::none);
+        return;
+    }
+    setState(LoadingState::initialLoading);
+    m_loadingStateTimer = std::make_unique<QTimer>();
+    m_loadingStateTimer->setSingleShot(true);
+    QObject::connect(m_loadingStateTimer.get(), &QTimer::timeout, [this, setState] {
+        if (loadingState() == LoadingState::initialLoading)
+            setState(LoadingState::longLoading);
+    });
+    m_loadingStateTimer->start(longLoadingDelayMs);
+}

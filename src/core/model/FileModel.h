@@ -1,0 +1,96 @@
+#pragma once
+
+#include "model/PXFile.h"
+
+#include <QHash>
+#include <QList>
+#include <QPointer>
+#include <QRecursiveMutex>
+#include <QString>
+
+#include <any>
+#include <memory>
+#include <optional>
+
+class FileModel;
+class QObject;
+class QTimer;
+class ZQFolderSubscription;
+using FileModelPtr = std::shared_ptr<FileModel>;
+
+enum class LoadingState { none, initialLoading, longLoading };
+
+// Told of a node's loading state and of changes of its arranged children (GUI thread).
+class FileModelDelegate
+{
+public:
+    virtual ~FileModelDelegate() = default;
+    virtual void fileModelLoadingStateChanged(FileModel &model) = 0;
+    virtual void fileModelChildrenChanged(FileModel &model) = 0;
+};
+
+// One node of a tree of files: a record, and for a folder its children, their counts and its
+// loading state. Nodes keep their identity across reloads (children are kept by record), so a
+// view's item for a file survives a re-sort. Children are read and written under the node's
+// recursive lock; loading-state changes happen on the GUI thread.
+class FileModel : public std::enable_shared_from_this<FileModel>
+{
+public:
+    struct Content
+    {
+        mutable QRecursiveMutex recursiveLock;
+        std::weak_ptr<FileModel> parent;
+        std::optional<QList<FileModelPtr>> arrangedChildren; // filtered and sorted
+        std::optional<QHash<const PXFile *, FileModelPtr>> allChildren; // every child, by record
+        int calculatedChildImageCount = 0;
+        int calculatedChildFileCount = 0;
+        int calculatedChildFolderCount = 0;
+        LoadingState loadingState = LoadingState::none;
+    };
+
+    static FileModelPtr create(PXFilePtr file, const FileModelPtr &parent = nullptr);
+    ~FileModel();
+
+    const QString &id() const { return m_id; }
+    const PXFilePtr &file() const { return m_file; }
+    // Gives a file node the record it has after a rename; a folder keeps its record for life.
+    void setFile(PXFilePtr file);
+
+    std::any representedItem;
+    std::optional<int> currentAutoloadDepth;
+    bool isVisible = false;
+
+    bool isLeaf() const { return m_isLeaf; }
+    int depth() const { return m_depth; }
+    FileModelPtr parent() const;
+    Content &content() { return m_content; }
+    const Content &content() const { return m_content; }
+
+    // The child for `file`, made (and kept) on first request.
+    FileModelPtr childForFile(const PXFilePtr &file);
+    // Drops the child for `file`; answers it, or null when there was none.
+    FileModelPtr removeChildForFile(const PXFile *file);
+    QList<FileModelPtr> allChildrenList() const;
+    void setArrangedChildren(QList<FileModelPtr> children);
+    QList<FileModelPtr> arrangedChildren() const;
+
+    // The subscription that lists and watches this folder while its children are wanted.
+    std::shared_ptr<ZQFolderSubscription> directorySubscription;
+
+    void setDelegate(FileModelDelegate *delegate, QObject *delegateObject);
+    LoadingState loadingState() const;
+    // Loading started (initialLoading, then longLoading after 0.3 s) or ended (none). GUI thread.
+    void setLoading(bool loading);
+
+private:
+    FileModel(PXFilePtr file, const FileModelPtr &parent);
+
+    QString m_id;
+    PXFilePtr m_file;
+    bool m_isLeaf;
+    int m_depth;
+    Content m_content;
+    FileModelDelegate *m_delegate = nullptr;
+    QPointer<QObject> m_delegateObject; // the delegate's lifetime guard
+    std::unique_ptr<QTimer> m_loadingStateTimer;
+};
