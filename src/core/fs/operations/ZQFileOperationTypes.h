@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QMetaType>
+#include <QString>
+
+// Shared vocabulary of the file operations: their types, the stages a run goes through, the
+// answers a delegate gives to a unit's error, and the errors themselves. Raw values of the type
+// are shared with the activities and the renamer: never renumber.
+
+enum class ZQFileOperationType : int {
+    rename = 8,
+};
+
+// A run goes preparing → (awaiting initial resolution) → preflight → (awaiting preflight
+// resolution) → performing → completed; cancelling leads straight to completed.
+enum class ZQFileOperationStage : int {
+    notStarted = 0,
+    preparing = 1,
+    awaitingInitialResolution = 2,
+    preflight = 3,
+    awaitingPreflightResolution = 4,
+    performing = 5,
+    cancelling = 6,
+    completed = 7,
+};
+
+// What to do about a unit whose source or destination has an error.
+enum class ZQFileOperationResolution : int {
+    unresolved = 0, // treated as skip: nothing is lost by leaving a file alone
+    cancel = 1,     // stop the whole operation before anything more is done
+    skip = 2,       // leave this unit out
+    keepBoth = 3,   // give the unit's result a free name beside the existing item
+};
+
+// Errors of a unit. Negative codes are the framework's own; positive ones are errno values.
+namespace ZQFileOperationErrorCode {
+enum : int {
+    none = 0,
+    unknown = -1,
+    sourceMissing = -2,       // the item is gone (moved or deleted since it was listed)
+    invalidName = -3,         // empty, ".", "..", or with "/" or NUL
+    destinationFolderMissing = -4,
+    destinationExists = -8,   // another item already has the name
+};
+}
+
+struct ZQFileOperationError
+{
+    int code = ZQFileOperationErrorCode::none;
+    QString path;          // the item the error is about
+    QString description;   // one sentence for the alert's message
+    QString failureReason; // why, for the alert's text
+
+    bool isError() const { return code != ZQFileOperationErrorCode::none; }
+
+    static ZQFileOperationError forCode(int code, const QString &path);
+};
+
+Q_DECLARE_METATYPE(ZQFileOperationError)

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "rename/PXBatchItem.h"
+#include "rename/PXRenameRules.h"
+
+#include <QString>
+
+#include <optional>
+
+class PXFileRenameItem;
+
+// Told when an item's proposed name changes (the batch renamer redraws that row).
+class PXFileRenameItemDelegate
+{
+public:
+    virtual ~PXFileRenameItemDelegate() = default;
+    virtual void renameItemDidChange(PXFileRenameItem *item) = 0;
+};
+
+// A row of the batch renamer, and the rename rules engine: computes from the rule rows the name
+// its file would get, without touching the disk.
+//
+// Rows run in order, each on the result of the one before. A row's criteria are read front to
+// back, passing over labels and formats to the next significant one (the operation, then its
+// target or kind, then its values). A rule that cannot be read leaves the name as it is at that
+// step, and later rows still run. The result is cleaned to a file name; one of 256 UTF-16 units
+// or more is dropped for the current name. Proposed paths are lower-cased: collisions are judged
+// ignoring case, and a change of case alone is never a collision with the file itself.
+class PXFileRenameItem : public PXBatchItem
+{
+public:
+    // Results of this many UTF-16 units or more leave the name unchanged.
+    static constexpr qsizetype maximumNameLength = 256;
+
+    explicit PXFileRenameItem(PXFilePtr file, bool isContainer = false);
+
+    const QString &potentialName() const { return m_potentialName; }
+    const QString &potentialPath() const { return m_potentialPath; }
+    bool hasCollision() const { return m_hasCollision; }
+    void setHasCollision(bool collision) { m_hasCollision = collision; }
+    bool nameHasChanged() const { return m_nameHasChanged; }
+    bool caseChange() const { return m_caseChange; }
+    bool perFolder() const { return m_perFolder; }
+    PXFileRenameItemDelegate *delegate() const { return m_delegate; }
+    void setDelegate(PXFileRenameItemDelegate *delegate) { m_delegate = delegate; }
+
+    // A file (not a folder) that is on disk: what a rename may touch.
+    bool isRenamable() const;
+
+    // Recomputes the proposed name and path and the two flags.
+    void updateForRenameRules(const PXRenameRules &rules);
+    // Sequences count within the item's folder rather than across the batch.
+    void updatePerFolderSetting(bool perFolder) { m_perFolder = perFolder; }
+
+    // The steps of the engine, public for the rule editor's previews and for tests.
+    QString applyRules(const PXRenameRules &rows, const QString &string) const;
+    QString performOperation(const PXRenameRule &operation, const QString &string, PXRenameRuleQueue &rules,
+                             const PXRenameRules &subRules) const;
+    QString replaceUsingRules(PXRenameRuleQueue &rules, const QString &string) const;
+    QString insertUsingRules(PXRenameRuleQueue &rules, const QString &string) const;
+    QString regexUsingRules(PXRenameRuleQueue &rules, const QString &string) const;
+    std::optional<QString> replacementStringValueUsingRules(PXRenameRuleQueue &rules,
+                                                            const std::optional<QString> &input) const;
+    QString stringForSequenceWithBeginning(qint64 start, int places) const;
+    // Removes criteria from the front up to the next one from 1 to 999, or up to the last one
+    // whatever its constant (how a sequence format at the end of its row is reached).
+    static const PXRenameRule *popNextSignificantOperationFromRules(PXRenameRuleQueue &rules);
+
+private:
+    QString m_potentialName;
+    QString m_potentialPath;
+    bool m_hasCollision = false;
+    bool m_nameHasChanged = false;
+    bool m_caseChange = false;
+    bool m_perFolder = false;
+    PXFileRenameItemDelegate *m_delegate = nullptr;
+};
+
+using PXFileRenameItemPtr = std::shared_ptr<PXFileRenameItem>;
