@@ -1,5 +1,7 @@
 #include "CliSupport.h"
 #include "LsCommand.h"
+#include "RenameCommand.h"
+#include "SettingsCommand.h"
 
 #include <QCoreApplication>
 
@@ -9,7 +11,11 @@ namespace {
 
 constexpr char usage[] = "pixcove-cli COMMAND [OPTIONS]\n"
                          "commands:\n"
-                         "  ls      list folders as a window shows them, sorted and filtered\n";
+                         "  ls      list folders as a window shows them, sorted and filtered\n"
+                         "  rename  new names for files by rename rules or a preset, as OLD -> NEW paths with\n"
+                         "          collisions marked; renames with --apply (pixcove-cli rename --help)\n"
+                         "  settings  print the settings file's path (--path, the default) or check a\n"
+                         "            settings file as start-up reads it (--check FILE)\n";
 
 } // namespace
 
@@ -27,5 +33,9 @@ int main(int argc, char **argv)
     const QString command = args.takeFirst();
     if (command == QLatin1String("ls"))
         return runLsCommand(args);
+    if (command == QLatin1String("rename"))
+        return runRenameCommand(args);
+    if (command == QLatin1String("settings"))
+        return runSettingsCommand(args);
     return Cli::usageError(QStringLiteral("unknown command %1").arg(command), "pixcove-cli COMMAND [OPTIONS]");
 }

@@ -17,6 +17,8 @@ QString TestDir::write(const QString &relative, const QByteArray &bytes, const Q
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         qFatal("TestDir: cannot write %s", qPrintable(path));
     file.write(bytes);
+    // Written out first: the write would otherwise set the time again when the file closes.
+    file.flush();
     if (modified.isValid())
         file.setFileTime(modified, QFileDevice::FileModificationTime);
     return path;

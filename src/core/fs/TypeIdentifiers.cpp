@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QMimeDatabase>
 #include <QReadWriteLock>
+#include <QSet>
 
 namespace {
 
@@ -138,18 +139,24 @@ public:
         return canonical;
     }
 
+    // Cached by the name's last extension, as written: "*.C" and "*.c" are different types.
+    // A lookup is cached only when the type claims that extension for every name ("*.jpg"), and
+    // names that end in a compound suffix ("x.tar.gz") are never answered from the cache.
     QString forFileName(const QString &fileName)
     {
         const qsizetype dot = fileName.lastIndexOf(QLatin1Char('.'));
-        const QString key = dot > 0 ? fileName.mid(dot + 1).toLower() : QString();
+        QString key = dot > 0 ? fileName.mid(dot + 1) : QString();
+        if (!key.isEmpty() && endsInCompoundSuffix(fileName, dot))
+            key.clear();
         if (!key.isEmpty()) {
             QReadLocker locker(&m_lock);
             if (const auto it = m_typeForExtension.constFind(key); it != m_typeForExtension.cend())
                 return *it;
         }
         QMimeDatabase db;
-        const QString type = forMime(db.mimeTypeForFile(fileName, QMimeDatabase::MatchExtension).name());
-        if (!key.isEmpty()) {
+        const QMimeType mime = db.mimeTypeForFile(fileName, QMimeDatabase::MatchExtension);
+        const QString type = forMime(mime.name());
+        if (!key.isEmpty() && (mime.isDefault() || claimsExtension(mime, key))) {
             QWriteLocker locker(&m_lock);
             m_typeForExtension.insert(key, type);
         }
@@ -173,8 +180,43 @@ public:
     QString mimeFor(const QString &type) const { return m_mimeForType.value(type, type.contains(QLatin1Char('/')) ? type : QString()); }
 
 private:
+    static bool claimsExtension(const QMimeType &mime, const QString &extension)
+    {
+        const QString pattern = QLatin1String("*.") + extension;
+        for (const QString &glob : mime.globPatterns()) {
+            if (glob.compare(pattern, Qt::CaseInsensitive) == 0)
+                return true;
+        }
+        return false;
+    }
+
+    bool endsInCompoundSuffix(const QString &fileName, qsizetype lastDot) const
+    {
+        qsizetype dot = lastDot;
+        for (int parts = 2; parts <= 3; ++parts) {
+            dot = dot > 0 ? fileName.lastIndexOf(QLatin1Char('.'), dot - 1) : -1;
+            if (dot <= 0)
+                return false;
+            if (m_compoundSuffixes.contains(fileName.mid(dot + 1).toLower()))
+                return true;
+        }
+        return false;
+    }
+
     Table()
     {
+        // Suffixes of two or three parts that some type claims ("tar.gz", "pkg.tar.zst").
+        QMimeDatabase db;
+        for (const QMimeType &mime : db.allMimeTypes()) {
+            for (const QString &glob : mime.globPatterns()) {
+                if (!glob.startsWith(QLatin1String("*.")))
+                    continue;
+                const QString suffix = glob.mid(2);
+                if (suffix.contains(QLatin1Char('.')) && !suffix.contains(QLatin1Char('*'))
+                    && !suffix.contains(QLatin1Char('[')) && !suffix.contains(QLatin1Char('?')))
+                    m_compoundSuffixes.insert(suffix.toLower());
+            }
+        }
         for (const KnownType &known : knownTypes) {
             const QString identifier = QString::fromLatin1(known.identifier);
             m_parents.insert(identifier, QString::fromLatin1(known.parents).split(QLatin1Char(','), Qt::SkipEmptyParts));
@@ -214,6 +256,7 @@ private:
     QHash<QString, QStringList> m_parents;     // constant after construction
     QHash<QString, QString> m_typeForMime;     // constant after construction
     QHash<QString, QString> m_mimeForType;     // constant after construction
+    QSet<QString> m_compoundSuffixes;          // constant after construction
     QReadWriteLock m_lock;
     QHash<QString, QString> m_typeForExtension;
     QHash<QString, QStringList> m_chains;

@@ -12,6 +12,7 @@ struct ZQFolderLoadOptions
 {
     // Levels of subfolders listed below the folder: 0 lists the folder alone.
     int depth = 0;
+    // Both filters run on the listing's worker thread.
     // Which entries are handed out; null keeps every entry.
     std::function<bool(const ZQFilePtr &)> fileFilter;
     // Which subfolders are descended into (within `depth`); null descends into every folder.

@@ -36,7 +36,7 @@ public:
     bool isLoaded() const;
     QString errorString() const; // why the folder could not be listed; empty otherwise
 
-    // The folder's entries as known now.
+    // The folder's entries as known now, in no particular order.
     QList<ZQFilePtr> files() const;
 
 Q_SIGNALS:
@@ -44,6 +44,10 @@ Q_SIGNALS:
     void loadFinished();
     // Changes after (and during) the listing; the files list is already updated. The file objects'
     // caches are not touched: each subscriber calls updateForEvent itself.
+    // rescanNeeded (for the folder's path): the kernel dropped events; the folder is listed again
+    // and what differs is reported as created and removed events when that listing is done.
+    // removed for the folder's own path: the folder was deleted or moved away; files() is empty
+    // and the subscription no longer watches.
     void eventsReceived(const QList<ZQFileEvent> &events);
 
 private:

@@ -20,7 +20,15 @@ struct ZQStandardFile::StatInfo
     mode_t linkMode = 0;   // the entry itself (a link stays a link)
     mode_t targetMode = 0; // links followed; 0 for a broken link
     qint64 size = -1;
-    QDateTime modified, created, statusChanged, accessed;
+    // Kept as stamps and made into dates when first asked: a local date costs the C library a
+    // look at the time zone file, too much for every entry of a big listing.
+    struct Date
+    {
+        statx_timestamp stamp {};
+        mutable bool made = false;
+        mutable QDateTime date;
+    };
+    Date modified, created, statusChanged, accessed;
     dev_t device = 0;
     ino_t inode = 0;
 };
@@ -149,7 +157,8 @@ ZQFilePtr ZQStandardFile::parentItem() const
     if (m_nativePath == "/")
         return nullptr;
     const qsizetype slash = m_nativePath.lastIndexOf('/');
-    return newFileForNativePath(slash <= 0 ? QByteArray("/") : m_nativePath.left(slash), ZQEntryKind::directory);
+    // No kind given: the parent of a placeholder need not exist either.
+    return newFileForNativePath(slash <= 0 ? QByteArray("/") : m_nativePath.left(slash));
 }
 
 void ZQStandardFile::fillStat() const
@@ -162,11 +171,11 @@ void ZQStandardFile::fillStat() const
         info->linkMode = stx.stx_mode;
         info->targetMode = stx.stx_mode;
         info->size = qint64(stx.stx_size);
-        info->modified = dateFrom(stx.stx_mtime);
+        info->modified.stamp = stx.stx_mtime;
         if (stx.stx_mask & STATX_BTIME)
-            info->created = dateFrom(stx.stx_btime);
-        info->statusChanged = dateFrom(stx.stx_ctime);
-        info->accessed = dateFrom(stx.stx_atime);
+            info->created.stamp = stx.stx_btime;
+        info->statusChanged.stamp = stx.stx_ctime;
+        info->accessed.stamp = stx.stx_atime;
         info->device = makedev(stx.stx_dev_major, stx.stx_dev_minor);
         info->inode = stx.stx_ino;
         if (S_ISLNK(stx.stx_mode)) {
@@ -177,6 +186,19 @@ void ZQStandardFile::fillStat() const
     m_stat = std::move(info);
 }
 
+namespace {
+// Caller holds the file's lock.
+template <typename Date>
+QDateTime dateOf(const Date &date)
+{
+    if (!date.made) {
+        date.date = dateFrom(date.stamp);
+        date.made = true;
+    }
+    return date.date;
+}
+} // namespace
+
 const ZQStandardFile::StatInfo &ZQStandardFile::statInfo() const
 {
     if (!m_stat)
@@ -186,6 +208,9 @@ const ZQStandardFile::StatInfo &ZQStandardFile::statInfo() const
 
 bool ZQStandardFile::isPlaceholder() const
 {
+    // A listing saw the entry, and no event has said since that it may have gone.
+    if (m_kind.load(std::memory_order_relaxed) != ZQEntryKind::unknown)
+        return false;
     QMutexLocker locker(&m_lock);
     return !statInfo().exists;
 }
@@ -264,25 +289,25 @@ qint64 ZQStandardFile::fileSize() const
 QDateTime ZQStandardFile::modificationDate() const
 {
     QMutexLocker locker(&m_lock);
-    return statInfo().modified;
+    return dateOf(statInfo().modified);
 }
 
 QDateTime ZQStandardFile::creationDate() const
 {
     QMutexLocker locker(&m_lock);
-    return statInfo().created;
+    return dateOf(statInfo().created);
 }
 
 QDateTime ZQStandardFile::dateAdded() const
 {
     QMutexLocker locker(&m_lock);
-    return statInfo().statusChanged;
+    return dateOf(statInfo().statusChanged);
 }
 
 QDateTime ZQStandardFile::accessDate() const
 {
     QMutexLocker locker(&m_lock);
-    return statInfo().accessed;
+    return dateOf(statInfo().accessed);
 }
 
 dev_t ZQStandardFile::device() const
@@ -301,16 +326,23 @@ QString ZQStandardFile::resolvedPath() const
 {
     if (!isSymbolicLink())
         return m_path;
+    return QFile::decodeName(resolvedNativePath());
+}
+
+QByteArray ZQStandardFile::resolvedNativePath() const
+{
+    if (!isSymbolicLink())
+        return m_nativePath;
     {
         QMutexLocker locker(&m_lock);
-        if (!m_resolvedPath.isNull())
-            return m_resolvedPath;
+        if (!m_resolvedNativePath.isNull())
+            return m_resolvedNativePath;
     }
     char buffer[PATH_MAX];
-    const QString resolved = ::realpath(m_nativePath.constData(), buffer) ? QFile::decodeName(buffer) : m_path;
+    const QByteArray resolved = ::realpath(m_nativePath.constData(), buffer) ? QByteArray(buffer) : m_nativePath;
     QMutexLocker locker(&m_lock);
-    m_resolvedPath = resolved;
-    return m_resolvedPath;
+    m_resolvedNativePath = resolved;
+    return m_resolvedNativePath;
 }
 
 QString ZQStandardFile::typeIdentifier() const
@@ -364,7 +396,7 @@ void ZQStandardFile::updateForEvent(const ZQFileEvent &event)
     if (event.changesContentOrIdentity() || event.type == ZQFileEventType::removed) {
         m_typeIdentifier = QString();
         m_resolvedTypeIdentifier = QString();
-        m_resolvedPath = QString();
+        m_resolvedNativePath = QByteArray();
         m_kind.store(ZQEntryKind::unknown, std::memory_order_relaxed); // another kind of entry may stand there now
     }
 }

@@ -56,6 +56,8 @@ public:
 
     // Symbolic links followed; the path itself when it is not a link or the link is broken.
     QString resolvedPath() const;
+    // The same as file-system bytes, to open the target of a link whose name is not UTF-8.
+    QByteArray resolvedNativePath() const;
     // Type identifiers ("public.jpeg", "public.folder", ...; see TypeIdentifiers). The file's own
     // type is "public.symlink" for a link; the resolved type is that of the link's target.
     QString typeIdentifier() const;
@@ -104,5 +106,5 @@ private:
     mutable std::unique_ptr<StatInfo> m_stat;
     mutable QString m_typeIdentifier;
     mutable QString m_resolvedTypeIdentifier;
-    mutable QString m_resolvedPath;
+    mutable QByteArray m_resolvedNativePath;
 };

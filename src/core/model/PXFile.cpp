@@ -316,8 +316,7 @@ bool PXFile::findAllImageInfo() const
     bool found = false;
     if (!isPlaceholder() && isImage()) {
         QString error;
-        const QString resolved = resolvedPath();
-        if (auto source = ImageSource::create(QFile::encodeName(resolved), resolvedTypeIdentifier(), &error)) {
+        if (auto source = ImageSource::create(resolvedNativePath(), resolvedTypeIdentifier(), &error)) {
             if (source->imageCount() > 0)
                 properties = source->propertiesAtIndex(0);
             found = true;
@@ -547,7 +546,7 @@ bool PXFile::countOfFiles(int *files, int *folders, int *total, const std::funct
         return true;
     if (!files && !folders && !total)
         return true;
-    const ZQFilePtr folder = newFileForPath(resolvedPath());
+    const ZQFilePtr folder = newFileForNativePath(resolvedNativePath());
     QList<ZQFilePtr> children;
     if (const auto subscription = ZQFolderSubscription::existingForFolder(folder)) {
         subscription->loadSynchronously();

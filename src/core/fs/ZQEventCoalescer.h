@@ -1,0 +1,49 @@
+#pragma once
+
+#include "fs/ZQFileEvent.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QTimer>
+
+#include <functional>
+
+// Coalesces bursts of kernel events into one event per file. The first event opens a short
+// window; when it closes the owner is called back and takes the events, which are then judged
+// against what the owner's subscribers know:
+//
+// - a file that was not known and stands at the end: created (a write or rename on top of that
+//   changes nothing); one that was not known and is gone again: no event at all;
+// - a known file that is gone at the end: removed;
+// - a known file that was removed, created or renamed onto in between: replaced;
+// - otherwise contentModified if it was written, attributesChanged if only touched.
+//
+// rescanNeeded events are kept apart, one per folder. Events come out in the order in which
+// their files first appeared in the burst.
+class ZQEventCoalescer
+{
+public:
+    explicit ZQEventCoalescer(std::function<void()> windowClosed);
+
+    void add(ZQFileEventType type, const QByteArray &nativePath);
+    // The burst's events; `isKnown` tells whether the subscribers know a file (before this burst).
+    QList<ZQFileEvent> take(const std::function<bool(const QByteArray &)> &isKnown);
+    void clear();
+    bool isEmpty() const { return m_pending.isEmpty(); }
+
+private:
+    struct Pending
+    {
+        QByteArray nativePath;
+        bool rescan = false;
+        bool presenceChanged = false; // created, removed or renamed in the burst
+        bool existsAtEnd = true;
+        bool written = false;
+        bool touched = false;
+    };
+
+    QList<Pending> m_pending;
+    QHash<QByteArray, qsizetype> m_indexOfPath; // into m_pending, rescans excluded
+    QTimer m_window;
+};
