@@ -67,7 +67,7 @@ ZQEntryKind kindOfEntry(int dirFd, const char *name, unsigned char type)
     }
 }
 
-// glibc grows the heap of a thread's own malloc arena by one system call (mprotect) per page it
+// For the pool's threads: glibc grows the heap of a thread's own malloc arena by one system call (mprotect) per page it
 // needs, and a listing of 100 000 entries allocates some 70 MB on its worker thread: over ten
 // thousand calls, a fifth of the listing's time. Grown once here in large steps and given back,
 // the heap keeps its reservation (not its memory), so that later growth costs no calls.
@@ -104,7 +104,6 @@ public:
     // deeper ones. Returns false when cancelled.
     bool walk(const ZQFilePtr &root)
     {
-        reserveThreadHeap();
         std::deque<std::pair<ZQFilePtr, int>> pending{{root, 0}};
         while (!pending.empty()) {
             if (isCancelled())
@@ -307,6 +306,7 @@ void ZQFolderLoadOperation::start()
     shared->receiver = this;
     m_shared = shared;
     runOnPool(QString::fromLatin1(poolName), [shared, folder = m_folder, options = m_options] {
+        reserveThreadHeap();
         PostingSink sink(shared);
         FolderWalker walker(options, &shared->cancelled, sink);
         if (!walker.walk(folder))

@@ -269,4 +269,6 @@ TEST(ZQFolderLoadOperation, ListsNamesThatAreNotUtf8)
     const ZQFilePtr file = listings[0].files[0];
     EXPECT_EQ(file->nativePath(), nativePath);
     EXPECT_FALSE(file->isPlaceholder());
+    // The temporary folder cannot remove what it cannot name.
+    ::unlink(nativePath.constData());
 }

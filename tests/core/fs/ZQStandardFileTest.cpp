@@ -116,6 +116,10 @@ TEST(ZQStandardFile, OpensNamesThatAreNotUtf8)
     const ZQFilePtr link = ZQStandardFile::newFileForNativePath(linkPath);
     EXPECT_EQ(link->resolvedNativePath(), QFile::encodeName(QFileInfo(dir.path()).canonicalFilePath()) + "/caf\xe9.jpg");
     EXPECT_EQ(link->resolvedTypeIdentifier(), QStringLiteral("public.jpeg"));
+
+    // The temporary folder cannot remove what it cannot name.
+    ::unlink(linkPath.constData());
+    ::unlink(nativePath.constData());
 }
 
 TEST(ZQStandardFile, OneObjectPerPathWhileHeld)
