@@ -30,6 +30,7 @@ struct FileCollectionModel::BuildInput
     QList<FileModelPtr> roots;
     QList<FileModelPtr> folders;   // every listed folder, roots first, then depth-first by name
     QList<bool> showsOwnFiles;     // per folder: whether its files are part of the flat list
+    QList<QList<FileModelPtr>> previousArranged; // per folder: the last published order
     FilePredicate predicate;
     QList<SortDescriptor> descriptors;
     bool excludeEmpties = true;
@@ -407,6 +408,7 @@ void FileCollectionModel::rebuildRepresentations()
     std::function<void(const FileModelPtr &, bool)> gather = [&](const FileModelPtr &folder, bool isRoot) {
         input.folders.append(folder);
         input.showsOwnFiles.append(!isRoot || m_includeTopLevelItems);
+        input.previousArranged.append(folder->arrangedChildren());
         QList<FileModelPtr> subfolders;
         for (const FileModelPtr &child : folder->allChildrenList()) {
             if (child->directorySubscription)
@@ -427,10 +429,25 @@ void FileCollectionModel::rebuildRepresentations()
         result.tree = input.roots;
         qsizetype shownFolders = 0;
         for (qsizetype i = 0; i < input.folders.size(); ++i) {
+            // Start from the last published order, so that a change which moves nothing (the
+            // common case: one file written) finds the list already sorted and skips the sort.
+            QSet<const FileModel *> present;
+            const QList<FileModelPtr> children = input.folders[i]->allChildrenList();
+            present.reserve(children.size());
+            for (const FileModelPtr &child : children)
+                present.insert(child.get());
             QList<FileModelPtr> arranged;
-            for (FileModelPtr &child : input.folders[i]->allChildrenList()) {
-                if (input.predicate(*child->file()))
-                    arranged.append(std::move(child));
+            arranged.reserve(children.size());
+            QSet<const FileModel *> placed;
+            for (const FileModelPtr &child : input.previousArranged[i]) {
+                if (present.contains(child.get()) && input.predicate(*child->file())) {
+                    arranged.append(child);
+                    placed.insert(child.get());
+                }
+            }
+            for (const FileModelPtr &child : children) {
+                if (!placed.contains(child.get()) && input.predicate(*child->file()))
+                    arranged.append(child);
             }
             sortItems<FileModelPtr>(arranged, input.descriptors, fileOf);
             if (input.showsOwnFiles[i]) {
