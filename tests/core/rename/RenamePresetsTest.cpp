@@ -143,7 +143,7 @@ TEST_F(RenamePresets, DefaultPresetsRenameAsTheirNamesSay)
     const QDateTime modified(QDate(2021, 3, 4), QTime(5, 6, 7));
     dir.write(QStringLiteral("Trip/IMG 7.JPG"), "x", modified);
     const QHash<QString, QString> expected = {
-        {QStringLiteral("Date Taken Prefix"), QStringLiteral("2021-03-04 05.06.07 IMG 7.JPG")},
+        {QStringLiteral("Date Modified Prefix"), QStringLiteral("2021-03-04 05.06.07 IMG 7.JPG")},
         {QStringLiteral("Sequence Renumbering"), QStringLiteral("001.JPG")},
         {QStringLiteral("Folder Name and Number"), QStringLiteral("Trip 001.JPG")},
         {QStringLiteral("Lowercase Extensions"), QStringLiteral("IMG 7.jpg")},
