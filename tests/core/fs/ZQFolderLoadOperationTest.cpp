@@ -1,6 +1,7 @@
 #include "fs/ZQFolderLoadOperation.h"
 
 #include "app/Dispatch.h"
+#include "support/FileNames.h"
 #include "support/TestDir.h"
 
 #include <QCoreApplication>
@@ -14,22 +15,6 @@
 #include <unistd.h>
 
 namespace {
-
-QSet<QString> namesOf(const QList<ZQFilePtr> &files)
-{
-    QSet<QString> names;
-    for (const ZQFilePtr &file : files)
-        names.insert(file->name());
-    return names;
-}
-
-// The names, sorted and joined, for readable comparisons.
-std::string nameList(const QList<ZQFilePtr> &files)
-{
-    QStringList names = namesOf(files).values();
-    names.sort();
-    return names.join(QStringLiteral(", ")).toStdString();
-}
 
 // The listed folders relative to `root` ("" for the root itself), sorted; fails unless the
 // root comes first and no folder comes before one of a nearer level.

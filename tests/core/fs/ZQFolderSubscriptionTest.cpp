@@ -2,6 +2,7 @@
 
 #include "fs/ZQEventCoalescer.h"
 #include "fs/ZQInotifyWatcher.h"
+#include "support/FileNames.h"
 #include "support/TestDir.h"
 
 #include <QDir>
@@ -56,22 +57,6 @@ struct EventLog
         events.clear();
     }
 };
-
-QSet<QString> namesOf(const QList<ZQFilePtr> &files)
-{
-    QSet<QString> names;
-    for (const ZQFilePtr &file : files)
-        names.insert(file->name());
-    return names;
-}
-
-// The names, sorted and joined, for readable comparisons.
-std::string nameList(const QList<ZQFilePtr> &files)
-{
-    QStringList names = namesOf(files).values();
-    names.sort();
-    return names.join(QStringLiteral(", ")).toStdString();
-}
 
 bool rename(const QString &from, const QString &to)
 {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "fs/ZQStandardFile.h"
+
+#include <QList>
+#include <QSet>
+#include <QStringList>
+
+#include <string>
+
+// The names of listed files, for comparisons in tests.
+inline QSet<QString> namesOf(const QList<ZQFilePtr> &files)
+{
+    QSet<QString> names;
+    for (const ZQFilePtr &file : files)
+        names.insert(file->name());
+    return names;
+}
+
+// The names, sorted and joined, for readable failure messages.
+inline std::string nameList(const QList<ZQFilePtr> &files)
+{
+    QStringList names = namesOf(files).values();
+    names.sort();
+    return names.join(QStringLiteral(", ")).toStdString();
+}
