@@ -9,6 +9,8 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace {
 // Several changes within this time give one re-sort: short enough to feel immediate.
@@ -31,6 +33,12 @@ struct FileCollectionModel::BuildInput
     QList<FileModelPtr> folders;   // every listed folder, roots first, then depth-first by name
     QList<bool> showsOwnFiles;     // per folder: whether its files are part of the flat list
     QList<QList<FileModelPtr>> previousArranged; // per folder: the last published order
+    QList<FileModel::ChildCounts> previousCounts; // per folder: the counts of that order
+    QList<FileModelPtr> previousFlat;
+    // Incremental: only the children in `changed` (per folder) may have moved, appeared or gone;
+    // everything else keeps its place. Full: every folder is filtered and sorted again.
+    bool full = true;
+    QList<QList<FileModelPtr>> changed;
     FilePredicate predicate;
     QList<SortDescriptor> descriptors;
     bool excludeEmpties = true;
@@ -40,6 +48,8 @@ struct FileCollectionModel::BuildResult
 {
     QList<FileModelPtr> folders;
     QList<QList<FileModelPtr>> arranged; // per folder
+    QList<FileModel::ChildCounts> counts; // per folder
+    QList<bool> folderChanged;            // per folder: whether its arranged children changed
     QList<FileModelPtr> flat;
     QList<FileModelPtr> byFolderFlat;
     QList<FolderGroup> groups;
@@ -209,6 +219,9 @@ void FileCollectionModel::relist()
         node->setLoading(false);
     m_loadingNodes.clear();
     m_rootItems.clear();
+    m_changedChildren.clear();
+    m_foldersChanged = true;
+    m_needsFullRebuild = true;
     for (const PXFilePtr &root : std::as_const(m_collectionRoots)) {
         FileModelPtr node = FileModel::create(root);
         m_rootItems.append(node);
@@ -230,6 +243,8 @@ void FileCollectionModel::startLoading(const FileModelPtr &node, int remainingDe
 {
     auto subscription = ZQFolderSubscription::forFolder(node->file());
     node->directorySubscription = subscription;
+    m_foldersChanged = true;
+    m_needsFullRebuild = true;
     node->currentAutoloadDepth = remainingDepth;
 
     const std::weak_ptr<FileModel> weakNode = node;
@@ -258,18 +273,27 @@ void FileCollectionModel::startLoading(const FileModelPtr &node, int remainingDe
     subscription->load();
 }
 
-void FileCollectionModel::addChildren(const FileModelPtr &node, const QList<ZQFilePtr> &files)
+void FileCollectionModel::addChildren(const FileModelPtr &node, const QList<ZQFilePtr> &files, bool fromEvent)
 {
     const int remaining = node->currentAutoloadDepth.value_or(0);
+    if (!fromEvent)
+        m_needsFullRebuild = true;
     for (const ZQFilePtr &entry : files) {
         const PXFilePtr file = PXFile::from(entry);
         FileModelPtr child = node->childForFile(file);
+        if (fromEvent)
+            noteChildChanged(node.get(), child);
         if (representedItemGenerator && !child->representedItem.has_value())
             child->representedItem = representedItemGenerator(file);
         if (remaining > 0 && !child->directorySubscription && descendsInto(*file))
             startLoading(child, remaining - 1);
     }
     m_needsRebuild = true;
+}
+
+void FileCollectionModel::noteChildChanged(const FileModel *folder, const FileModelPtr &child)
+{
+    m_changedChildren[folder].append(child);
 }
 
 void FileCollectionModel::loadingEnded(const FileModelPtr &node)
@@ -298,6 +322,8 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
                 // The folder itself went away: it shows nothing any more.
                 for (const FileModelPtr &child : node->allChildrenList())
                     node->removeChildForFile(child->file().get());
+                m_needsFullRebuild = true;
+                m_foldersChanged = true;
                 changed = true;
             } else if (event.type == ZQFileEventType::rescanNeeded) {
                 m_reloadTimer->start();
@@ -308,7 +334,7 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
         case ZQFileEventType::created:
         case ZQFileEventType::replaced: {
             file->changedKeysForEvent(event);
-            addChildren(node, {file});
+            addChildren(node, {file}, true);
             if (fileUpdateCallback && event.type == ZQFileEventType::replaced)
                 fileUpdateCallback(node->childForFile(file));
             changed = true;
@@ -320,7 +346,10 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
                 if (gone->directorySubscription) {
                     m_loadingNodes.remove(gone.get());
                     gone->directorySubscription.reset();
+                    m_foldersChanged = true;
+                    m_needsFullRebuild = true;
                 }
+                noteChildChanged(node.get(), gone);
                 changed = true;
             }
             break;
@@ -337,6 +366,7 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
             if (child) {
                 if (fileUpdateCallback)
                     fileUpdateCallback(child);
+                noteChildChanged(node.get(), child);
                 changed = true;
             }
             break;
@@ -349,7 +379,7 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
     if (changed) {
         m_needsRebuild = true;
         updateIsLoading();
-        setNeedsResort();
+        scheduleRebuild();
     }
 }
 
@@ -365,6 +395,12 @@ void FileCollectionModel::updateIsLoading()
 // MARK: coalescing
 
 void FileCollectionModel::setNeedsResort()
+{
+    m_needsFullRebuild = true;
+    scheduleRebuild();
+}
+
+void FileCollectionModel::scheduleRebuild()
 {
     m_needsRebuild = true;
     if (m_isRebuildingRepresentations) {
@@ -399,70 +435,43 @@ void FileCollectionModel::rebuildRepresentations()
     m_needsRebuild = false;
 
     // The folders to show, gathered here where the tree is changed: roots first, then their
-    // listed subfolders depth-first in name order.
+    // listed subfolders depth-first in name order. Kept until a folder is listed or goes away.
+    if (m_foldersChanged) {
+        m_foldersChanged = false;
+        m_gatheredFolders.clear();
+        m_gatheredIsRoot.clear();
+        std::function<void(const FileModelPtr &, bool)> gather = [&](const FileModelPtr &folder, bool isRoot) {
+            m_gatheredFolders.append(folder);
+            m_gatheredIsRoot.append(isRoot);
+            QList<FileModelPtr> subfolders = folder->subscribedChildren();
+            std::sort(subfolders.begin(), subfolders.end(), nameLess);
+            for (const FileModelPtr &subfolder : std::as_const(subfolders))
+                gather(subfolder, false);
+        };
+        for (const FileModelPtr &root : std::as_const(m_rootItems))
+            gather(root, true);
+    }
+
     BuildInput input;
     input.roots = m_rootItems;
     input.predicate = m_fileFilterPredicate;
     input.descriptors = m_fileSortDescriptors;
     input.excludeEmpties = m_excludeEmptiesFromFolderRepresentation;
-    std::function<void(const FileModelPtr &, bool)> gather = [&](const FileModelPtr &folder, bool isRoot) {
-        input.folders.append(folder);
-        input.showsOwnFiles.append(!isRoot || m_includeTopLevelItems);
-        input.previousArranged.append(folder->arrangedChildren());
-        QList<FileModelPtr> subfolders;
-        for (const FileModelPtr &child : folder->allChildrenList()) {
-            if (child->directorySubscription)
-                subfolders.append(child);
-        }
-        std::sort(subfolders.begin(), subfolders.end(), nameLess);
-        for (const FileModelPtr &subfolder : std::as_const(subfolders))
-            gather(subfolder, false);
-    };
-    for (const FileModelPtr &root : std::as_const(m_rootItems))
-        gather(root, true);
+    input.full = m_needsFullRebuild || !isDeterministicSort(m_fileSortDescriptors);
+    m_needsFullRebuild = false;
+    input.folders = m_gatheredFolders;
+    input.previousFlat = m_flatRepresentation;
+    for (qsizetype i = 0; i < m_gatheredFolders.size(); ++i) {
+        input.showsOwnFiles.append(!m_gatheredIsRoot[i] || m_includeTopLevelItems);
+        input.previousArranged.append(m_gatheredFolders[i]->arrangedChildren());
+        input.previousCounts.append(m_gatheredFolders[i]->childCounts());
+        input.changed.append(input.full ? QList<FileModelPtr>() : m_changedChildren.value(m_gatheredFolders[i].get()));
+    }
+    m_changedChildren.clear();
 
     const QPointer<FileCollectionModel> guard(this);
     m_utilityQueue.start([guard, input = std::move(input)] {
-        const auto fileOf = [](const FileModelPtr &node) -> const PXFile & { return *node->file(); };
-        BuildResult result;
-        result.folders = input.folders;
-        result.tree = input.roots;
-        qsizetype shownFolders = 0;
-        for (qsizetype i = 0; i < input.folders.size(); ++i) {
-            // Start from the last published order, so that a change which moves nothing (the
-            // common case: one file written) finds the list already sorted and skips the sort.
-            QSet<const FileModel *> present;
-            const QList<FileModelPtr> children = input.folders[i]->allChildrenList();
-            present.reserve(children.size());
-            for (const FileModelPtr &child : children)
-                present.insert(child.get());
-            QList<FileModelPtr> arranged;
-            arranged.reserve(children.size());
-            QSet<const FileModel *> placed;
-            for (const FileModelPtr &child : input.previousArranged[i]) {
-                if (present.contains(child.get()) && input.predicate(*child->file())) {
-                    arranged.append(child);
-                    placed.insert(child.get());
-                }
-            }
-            for (const FileModelPtr &child : children) {
-                if (!placed.contains(child.get()) && input.predicate(*child->file()))
-                    arranged.append(child);
-            }
-            sortItems<FileModelPtr>(arranged, input.descriptors, fileOf);
-            if (input.showsOwnFiles[i]) {
-                ++shownFolders;
-                result.flat += arranged;
-                if (!arranged.isEmpty() || !input.excludeEmpties) {
-                    result.byFolderFlat += arranged;
-                    result.groups.append({input.folders[i], arranged});
-                }
-            }
-            result.arranged.append(std::move(arranged));
-        }
-        // Files of several folders sort together in the flat list.
-        if (shownFolders > 1)
-            sortItems<FileModelPtr>(result.flat, input.descriptors, fileOf);
+        BuildResult result = build(input);
         // The destructor waits for this queue, so the model outlives the job.
         postTo(guard.data(), [guard, result = std::move(result)]() mutable {
             if (guard)
@@ -471,10 +480,171 @@ void FileCollectionModel::rebuildRepresentations()
     });
 }
 
+namespace {
+
+const PXFile &fileOf(const FileModelPtr &node)
+{
+    return *node->file();
+}
+
+// The children of `folder` that pass `predicate`, sorted, starting from the last published
+// order so that a change which moves nothing finds the list already sorted.
+QList<FileModelPtr> arrangeFolder(const FileModelPtr &folder, const QList<FileModelPtr> &previous,
+                                  const FilePredicate &predicate, const QList<SortDescriptor> &descriptors)
+{
+    const QList<FileModelPtr> children = folder->allChildrenList();
+    QSet<const FileModel *> present;
+    present.reserve(children.size());
+    for (const FileModelPtr &child : children)
+        present.insert(child.get());
+    QList<FileModelPtr> arranged;
+    arranged.reserve(children.size());
+    QSet<const FileModel *> placed;
+    for (const FileModelPtr &child : previous) {
+        if (present.contains(child.get()) && predicate(*child->file())) {
+            arranged.append(child);
+            placed.insert(child.get());
+        }
+    }
+    for (const FileModelPtr &child : children) {
+        if (!placed.contains(child.get()) && predicate(*child->file()))
+            arranged.append(child);
+    }
+    sortItems<FileModelPtr>(arranged, descriptors, fileOf);
+    return arranged;
+}
+
+// `sorted` without the `changed` items, then each changed item that is still wanted put back
+// where the order puts it: a few comparisons per changed item instead of a sort. Only the list
+// itself is walked, so the items of a large folder are not touched. `counted(item, sign)` hears
+// of each item taken out (-1) and put in (+1).
+template <typename Wanted, typename Less, typename Counted>
+QList<FileModelPtr> applyChanges(const QList<FileModelPtr> &sorted, const QList<FileModelPtr> &changed,
+                                 Wanted wanted, Less less, Counted counted)
+{
+    std::vector<const FileModel *> changedSet;
+    QList<FileModelPtr> distinct;
+    for (const FileModelPtr &item : changed) {
+        if (std::find(changedSet.begin(), changedSet.end(), item.get()) == changedSet.end()) {
+            changedSet.push_back(item.get());
+            distinct.append(item);
+        }
+    }
+    std::sort(changedSet.begin(), changedSet.end());
+    QList<FileModelPtr> result;
+    result.reserve(sorted.size() + distinct.size());
+    for (const FileModelPtr &item : sorted) {
+        if (std::binary_search(changedSet.begin(), changedSet.end(), item.get()))
+            counted(*item, -1);
+        else
+            result.append(item);
+    }
+    for (const FileModelPtr &item : std::as_const(distinct)) {
+        if (wanted(item)) {
+            result.insert(std::upper_bound(result.begin(), result.end(), item, less) - result.begin(), item);
+            counted(*item, 1);
+        }
+    }
+    return result;
+}
+
+// Items of several folders that sort as equal keep the order of their folders.
+void appendShared(QList<FileModelPtr> &to, const QList<FileModelPtr> &items)
+{
+    if (to.isEmpty())
+        to = items; // shares the list: one folder costs no copy
+    else
+        to += items;
+}
+
+} // namespace
+
+FileCollectionModel::BuildResult FileCollectionModel::build(const BuildInput &input)
+{
+    BuildResult result;
+    result.folders = input.folders;
+    result.tree = input.roots;
+    const qsizetype folderCount = input.folders.size();
+    const auto byFiles = [&input](const FileModelPtr &a, const FileModelPtr &b) {
+        return compareFiles(*a->file(), *b->file(), input.descriptors) < 0;
+    };
+    // Changing many children of a folder is cheaper as a sort than as insertions.
+    const auto incrementalFits = [](const QList<FileModelPtr> &previous, const QList<FileModelPtr> &changed) {
+        return changed.size() <= std::max<qsizetype>(32, previous.size() / 16);
+    };
+
+    qsizetype shownFolders = 0;
+    bool flatNeedsSort = input.full;
+    QList<FileModelPtr> changedShown;
+    QHash<const FileModel *, qsizetype> folderIndex;
+    for (qsizetype i = 0; i < folderCount; ++i) {
+        const FileModelPtr &folder = input.folders[i];
+        folderIndex.insert(folder.get(), i);
+        const QList<FileModelPtr> &changed = input.full ? QList<FileModelPtr>() : input.changed[i];
+        QList<FileModelPtr> arranged;
+        std::optional<FileModel::ChildCounts> counts;
+        bool folderChanged = true;
+        if (input.full || !incrementalFits(input.previousArranged[i], changed)) {
+            arranged = arrangeFolder(folder, input.previousArranged[i], input.predicate, input.descriptors);
+            flatNeedsSort = true;
+        } else if (changed.isEmpty()) {
+            arranged = input.previousArranged[i];
+            folderChanged = false;
+        } else {
+            counts = input.previousCounts[i];
+            arranged = applyChanges(
+                input.previousArranged[i], changed,
+                [&](const FileModelPtr &item) { return folder->hasChild(item.get()) && input.predicate(*item->file()); },
+                byFiles, [&counts](FileModel &item, int sign) { FileModel::countChild(*counts, item, sign); });
+            if (input.showsOwnFiles[i])
+                changedShown += changed;
+        }
+        if (input.showsOwnFiles[i]) {
+            ++shownFolders;
+            appendShared(result.flat, arranged);
+            if (!arranged.isEmpty() || !input.excludeEmpties) {
+                appendShared(result.byFolderFlat, arranged);
+                result.groups.append({folder, arranged});
+            }
+        }
+        if (!counts)
+            counts = folderChanged ? FileModel::countChildren(arranged) : input.previousCounts[i];
+        result.counts.append(*counts);
+        result.folderChanged.append(folderChanged);
+        result.arranged.append(std::move(arranged));
+    }
+    if (shownFolders <= 1)
+        return result;
+
+    // Files of several folders sort together in the flat list.
+    if (flatNeedsSort) {
+        sortItems<FileModelPtr>(result.flat, input.descriptors, fileOf);
+        return result;
+    }
+    const auto folderOf = [&folderIndex](const FileModelPtr &item) {
+        return folderIndex.value(item->parent().get(), -1);
+    };
+    result.flat = applyChanges(
+        input.previousFlat, changedShown,
+        [&](const FileModelPtr &item) {
+            const FileModelPtr parent = item->parent();
+            return parent && folderIndex.contains(parent.get()) && parent->hasChild(item.get())
+                && input.predicate(*item->file());
+        },
+        [&](const FileModelPtr &a, const FileModelPtr &b) {
+            const int order = compareFiles(*a->file(), *b->file(), input.descriptors);
+            return order != 0 ? order < 0 : folderOf(a) < folderOf(b);
+        },
+        [](FileModel &, int) {});
+    return result;
+}
+
 void FileCollectionModel::publish(BuildResult result)
 {
-    for (qsizetype i = 0; i < result.folders.size(); ++i)
-        result.folders[i]->setArrangedChildren(std::move(result.arranged[i]));
+    for (qsizetype i = 0; i < result.folders.size(); ++i) {
+        if (result.folderChanged[i])
+            result.folders[i]->setArrangedChildren(std::move(result.arranged[i]), result.counts[i]);
+    }
     m_flatRepresentation = std::move(result.flat);
     m_byFolderFlatRepresentation = std::move(result.byFolderFlat);
     m_folderGroups = std::move(result.groups);
@@ -492,7 +662,7 @@ void FileCollectionModel::publish(BuildResult result)
 
     if (m_needsAdditionalRebuild) {
         m_needsAdditionalRebuild = false;
-        setNeedsResort();
+        scheduleRebuild();
         return;
     }
     Q_EMIT representationsPublished();

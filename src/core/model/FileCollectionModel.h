@@ -4,6 +4,7 @@
 #include "model/FileSortTypes.h"
 #include "model/FileSorting.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
@@ -104,15 +105,22 @@ private:
     void rebuildPredicates();
     void relist();
     void startLoading(const FileModelPtr &node, int remainingDepth);
-    void addChildren(const FileModelPtr &node, const QList<ZQFilePtr> &files);
+    // Adds the listed `files`; from a file event only the added or replaced children are marked
+    // changed, otherwise the next rebuild is a full one.
+    void addChildren(const FileModelPtr &node, const QList<ZQFilePtr> &files, bool fromEvent = false);
+    void noteChildChanged(const FileModel *folder, const FileModelPtr &child);
     void handleEvents(const FileModelPtr &node, const QList<ZQFileEvent> &events);
     void loadingEnded(const FileModelPtr &node);
     void updateIsLoading();
     bool descendsInto(const PXFile &folder) const;
 
+    // Asks for a rebuild that sorts every folder again (roots, filters or sort changed).
     void setNeedsResort();
+    // Asks for a rebuild; what it covers follows from what was marked changed.
+    void scheduleRebuild();
     void scheduleLoadingCheck();
     void rebuildRepresentations();
+    static BuildResult build(const BuildInput &input);
     void publish(BuildResult result);
 
     // Configuration.
@@ -152,5 +160,12 @@ private:
     bool m_isRebuildingRepresentations = false;
     bool m_needsAdditionalRebuild = false;
     bool m_needsRebuild = false; // settled state: something changed since the last publication
+    // What changed since the last rebuild started. File events mark single children, so that
+    // one written file in a folder of 100 000 costs a few comparisons instead of a full sort.
+    bool m_needsFullRebuild = true;
+    bool m_foldersChanged = true; // the set of listed folders changed: gather them again
+    QHash<const FileModel *, QList<FileModelPtr>> m_changedChildren; // by folder node
+    QList<FileModelPtr> m_gatheredFolders;
+    QList<bool> m_gatheredIsRoot;
     QThreadPool m_utilityQueue;
 };

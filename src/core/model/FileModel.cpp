@@ -63,25 +63,65 @@ QList<FileModelPtr> FileModel::allChildrenList() const
     return m_content.allChildren ? m_content.allChildren->values() : QList<FileModelPtr>();
 }
 
-void FileModel::setArrangedChildren(QList<FileModelPtr> children)
+QList<FileModelPtr> FileModel::subscribedChildren() const
 {
-    int images = 0;
-    int files = 0;
-    int folders = 0;
-    for (const FileModelPtr &child : children) {
-        if (child->isLeaf()) {
-            ++files;
-            images += child->file()->isImage() ? 1 : 0;
-        } else {
-            ++folders;
+    QMutexLocker locker(&m_content.recursiveLock);
+    QList<FileModelPtr> result;
+    if (m_content.allChildren) {
+        for (const FileModelPtr &child : std::as_const(*m_content.allChildren)) {
+            if (child->directorySubscription)
+                result.append(child);
         }
     }
+    return result;
+}
+
+bool FileModel::hasChild(const FileModel *child) const
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    return child && m_content.allChildren && m_content.allChildren->value(child->file().get()).get() == child;
+}
+
+FileModel::ChildCounts FileModel::countChildren(const QList<FileModelPtr> &children)
+{
+    ChildCounts counts;
+    for (const FileModelPtr &child : children)
+        countChild(counts, *child, 1);
+    return counts;
+}
+
+void FileModel::countChild(ChildCounts &counts, FileModel &child, int sign)
+{
+    if (child.isLeaf()) {
+        counts.files += sign;
+        if (sign > 0)
+            child.m_countedAsImage = child.file()->isImage();
+        counts.images += child.m_countedAsImage ? sign : 0;
+    } else {
+        counts.folders += sign;
+    }
+}
+
+FileModel::ChildCounts FileModel::childCounts() const
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    return {m_content.calculatedChildImageCount, m_content.calculatedChildFileCount, m_content.calculatedChildFolderCount};
+}
+
+void FileModel::setArrangedChildren(QList<FileModelPtr> children)
+{
+    const ChildCounts counts = countChildren(children);
+    setArrangedChildren(std::move(children), counts);
+}
+
+void FileModel::setArrangedChildren(QList<FileModelPtr> children, ChildCounts counts)
+{
     {
         QMutexLocker locker(&m_content.recursiveLock);
         m_content.arrangedChildren = std::move(children);
-        m_content.calculatedChildImageCount = images;
-        m_content.calculatedChildFileCount = files;
-        m_content.calculatedChildFolderCount = folders;
+        m_content.calculatedChildImageCount = counts.images;
+        m_content.calculatedChildFileCount = counts.files;
+        m_content.calculatedChildFolderCount = counts.folders;
     }
     if (m_delegate && m_delegateObject)
         m_delegate->fileModelChildrenChanged(*this);

@@ -71,7 +71,25 @@ public:
     // Drops the child for `file`; answers it, or null when there was none.
     FileModelPtr removeChildForFile(const PXFile *file);
     QList<FileModelPtr> allChildrenList() const;
+    // The children that have a folder subscription (the listed subfolders), without copying the rest.
+    QList<FileModelPtr> subscribedChildren() const;
+    // Whether `child` is (still) one of this node's children.
+    bool hasChild(const FileModel *child) const;
+
+    // How many of the arranged children are images, files and folders.
+    struct ChildCounts
+    {
+        int images = 0;
+        int files = 0;
+        int folders = 0;
+    };
+    static ChildCounts countChildren(const QList<FileModelPtr> &children);
+    // Adds (`sign` 1) or takes away (-1) what `child` counts for.
+    static void countChild(ChildCounts &counts, FileModel &child, int sign);
+    ChildCounts childCounts() const;
     void setArrangedChildren(QList<FileModelPtr> children);
+    // Takes counts made beforehand (off the GUI thread) for `children`.
+    void setArrangedChildren(QList<FileModelPtr> children, ChildCounts counts);
     QList<FileModelPtr> arrangedChildren() const;
 
     // The subscription that lists and watches this folder while its children are wanted.
@@ -88,6 +106,9 @@ private:
     QString m_id;
     PXFilePtr m_file;
     bool m_isLeaf;
+    // Whether this node counted as an image when its parent's counts last took it in, so that
+    // taking it out again subtracts the same (the file may be gone by then).
+    bool m_countedAsImage = false;
     int m_depth;
     Content m_content;
     FileModelDelegate *m_delegate = nullptr;

@@ -218,6 +218,26 @@ void FileSortingDetail::sortedOrder(const QList<const PXFile *> &files, const QL
     order = std::move(indices);
 }
 
+int compareFiles(const PXFile &a, const PXFile &b, const QList<SortDescriptor> &descriptors)
+{
+    for (const SortDescriptor &descriptor : descriptors) {
+        if (descriptor.comparison == SortDescriptor::Comparison::random)
+            continue;
+        const KeyId id = keyIdFor(descriptor.key);
+        const int result = compareValues(valueOf(a, id), valueOf(b, id), descriptor.comparison);
+        if (result != 0)
+            return descriptor.ascending ? result : -result;
+    }
+    return 0;
+}
+
+bool isDeterministicSort(const QList<SortDescriptor> &descriptors)
+{
+    return std::none_of(descriptors.begin(), descriptors.end(), [](const SortDescriptor &descriptor) {
+        return descriptor.comparison == SortDescriptor::Comparison::random;
+    });
+}
+
 void sortFiles(QList<PXFilePtr> &files, const QList<SortDescriptor> &descriptors)
 {
     sortItems<PXFilePtr>(files, descriptors, [](const PXFilePtr &file) -> const PXFile & { return *file; });

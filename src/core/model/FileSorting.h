@@ -29,6 +29,11 @@ QList<SortDescriptor> sortDescriptorsForSortType(FileSortType sort, FolderSortTy
 // Sorts `files` by `descriptors`. Each item's keys are read once before sorting (on all cores
 // when a key needs the image's properties), then compared: fast enough for 100 000 items.
 void sortFiles(QList<PXFilePtr> &files, const QList<SortDescriptor> &descriptors);
+// Where `a` sorts against `b` under `descriptors` (negative, zero, positive). For placing a few
+// changed files into a list that is already sorted; a random descriptor compares as equal.
+int compareFiles(const PXFile &a, const PXFile &b, const QList<SortDescriptor> &descriptors);
+// Whether `descriptors` give the same order every time (no shuffle).
+bool isDeterministicSort(const QList<SortDescriptor> &descriptors);
 // Sorts any items that carry a file record; `fileOf` projects an item to its record.
 template <typename Item>
 void sortItems(QList<Item> &items, const QList<SortDescriptor> &descriptors,

@@ -119,17 +119,14 @@ PXFilePtr PXFile::from(const ZQFilePtr &file)
 
 // MARK: kinds
 
-quint8 PXFile::kindFlag(quint8 &slot, bool (PXFile::*test)() const) const
+quint8 PXFile::kindFlag(std::atomic<quint8> &slot, bool (PXFile::*test)() const) const
 {
-    {
-        QMutexLocker locker(&m_lock);
-        if (slot != notComputed)
-            return slot;
-    }
+    const quint8 cached = slot.load(std::memory_order_acquire);
+    if (cached != notComputed)
+        return cached;
     const quint8 value = (!isPlaceholder() && (this->*test)()) ? 1 : 0;
-    QMutexLocker locker(&m_lock);
-    slot = value;
-    return slot;
+    slot.store(value, std::memory_order_release);
+    return value;
 }
 
 bool PXFile::testImage() const
@@ -607,11 +604,9 @@ QStringList PXFile::changedKeysForEvent(const ZQFileEvent &event)
                 m_fileSizeString = QString();
                 keys << QStringLiteral("fileSize") << QStringLiteral("fileSizeString");
             }
-            const auto clearFlag = [&keys](quint8 &slot, const char *key) {
-                if (slot != notComputed) {
-                    slot = notComputed;
+            const auto clearFlag = [&keys](std::atomic<quint8> &slot, const char *key) {
+                if (slot.exchange(notComputed) != notComputed)
                     keys << QLatin1String(key);
-                }
             };
             clearFlag(m_isImage, "isImage");
             clearFlag(m_isAudio, "isMusic");

@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -119,17 +120,18 @@ private:
     struct ImageFacts;
     // Fills the group once; a copy of the pointer stays valid when an event clears the cache.
     std::shared_ptr<const ImageFacts> imageFacts() const;
-    quint8 kindFlag(quint8 &slot, bool (PXFile::*test)() const) const;
+    // Kind flags are read for every file of a folder when counting; atomics keep that lock-free.
+    quint8 kindFlag(std::atomic<quint8> &slot, bool (PXFile::*test)() const) const;
     bool testImage() const;
     bool testAudio() const;
     bool testVideo() const;
     bool testText() const;
     QString cachedDateString(std::optional<QString> &slot, QDateTime (ZQStandardFile::*date)() const) const;
 
-    mutable quint8 m_isImage = notComputed;
-    mutable quint8 m_isText = notComputed;
-    mutable quint8 m_isVideo = notComputed;
-    mutable quint8 m_isAudio = notComputed;
+    mutable std::atomic<quint8> m_isImage = notComputed;
+    mutable std::atomic<quint8> m_isText = notComputed;
+    mutable std::atomic<quint8> m_isVideo = notComputed;
+    mutable std::atomic<quint8> m_isAudio = notComputed;
     mutable quint8 m_imageMetadataEditable = notComputed;
     mutable int m_imageOrientation = -1;
     mutable std::optional<qint64> m_fileSize;

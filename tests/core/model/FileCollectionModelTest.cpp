@@ -3,6 +3,7 @@
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 
@@ -149,4 +150,85 @@ TEST(FileCollectionModel, VanishedAndBrokenEntriesDoNotStopTheListing)
             EXPECT_EQ(file->megapixels(), 0);
         }
     }
+}
+
+namespace {
+
+QStringList pathsOf(const QList<FileModelPtr> &nodes)
+{
+    QStringList paths;
+    for (const FileModelPtr &node : nodes)
+        paths << node->file()->path();
+    return paths;
+}
+
+QStringList groupsOf(const FileCollectionModel &collection)
+{
+    QStringList groups;
+    for (const FileCollectionModel::FolderGroup &group : collection.folderGroups())
+        groups << group.folder->file()->name() + QLatin1Char(':') + namesOf(group.files).join(QLatin1Char(','));
+    return groups;
+}
+
+} // namespace
+
+// File events patch the published order in place; whatever they do, the result must be what a
+// fresh listing of the same folders shows.
+TEST(FileCollectionModel, RebuildsAfterFileEventsMatchAFreshListing)
+{
+    TestDir dir;
+    for (const char *folder : {"a", "b"}) {
+        for (int i = 0; i < 12; ++i)
+            dir.write(QLatin1String(folder) + QStringLiteral("/f%1.txt").arg(i), QByteArray(i % 5 + 1, 'x'));
+    }
+    dir.write(QStringLiteral("top.txt"), "xx");
+
+    const auto configure = [&dir](FileCollectionModel &collection) {
+        collection.setFolderDepth(1);
+        collection.setFileSort(FileSortType::fileSize);
+        collection.setCollectionRoots({PXFile::fileForPath(dir.path())});
+    };
+    FileCollectionModel collection;
+    configure(collection);
+    ASSERT_TRUE(settle(collection));
+    ASSERT_EQ(collection.itemCount(), 2 + 24 + 1);
+
+    const auto matchesFreshListing = [&] {
+        FileCollectionModel fresh;
+        configure(fresh);
+        if (!settle(fresh))
+            return false;
+        return waitUntil([&] {
+            return collection.isSettled() && pathsOf(collection.flatRepresentation()) == pathsOf(fresh.flatRepresentation())
+                && pathsOf(collection.byFolderFlatRepresentation()) == pathsOf(fresh.byFolderFlatRepresentation())
+                && groupsOf(collection) == groupsOf(fresh);
+        });
+    };
+
+    // Grow and shrink files (they move in a size sort, ties with equal sizes across folders).
+    dir.write(QStringLiteral("a/f0.txt"), QByteArray(9, 'x'));
+    dir.write(QStringLiteral("b/f4.txt"), QByteArray(1, 'x'));
+    EXPECT_TRUE(matchesFreshListing()) << "after resizing";
+
+    // New files, one of them invisible (filtered out), and removals.
+    dir.write(QStringLiteral("a/new.txt"), QByteArray(3, 'x'));
+    dir.write(QStringLiteral("b/.hidden"), QByteArray(3, 'x'));
+    QFile::remove(dir.filePath(QStringLiteral("b/f7.txt")));
+    QFile::remove(dir.filePath(QStringLiteral("top.txt")));
+    EXPECT_TRUE(matchesFreshListing()) << "after adding and removing";
+
+    // A rename inside a folder and a move between the two folders.
+    QFile::rename(dir.filePath(QStringLiteral("a/f3.txt")), dir.filePath(QStringLiteral("a/g3.txt")));
+    QFile::rename(dir.filePath(QStringLiteral("a/f8.txt")), dir.filePath(QStringLiteral("b/f8-moved.txt")));
+    EXPECT_TRUE(matchesFreshListing()) << "after renaming and moving";
+
+    // Many changes at once in one folder.
+    for (int i = 0; i < 12; ++i)
+        dir.write(QStringLiteral("b/f%1.txt").arg(i), QByteArray(12 - i, 'x'));
+    EXPECT_TRUE(matchesFreshListing()) << "after rewriting a whole folder";
+
+    // A subfolder removed while shown.
+    QDir(dir.filePath(QStringLiteral("a"))).removeRecursively();
+    EXPECT_TRUE(matchesFreshListing()) << "after removing a subfolder";
+    EXPECT_EQ(collection.itemCount(), 1 + 13); // b with f0..f11 written again and the moved file
 }
