@@ -60,6 +60,7 @@ public:
     void selectFiles(const QList<PXFilePtr> &files);
 
     ThumbnailGridView *gridView() const { return m_grid; }
+    ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
     FileCollectionModel *collection() const { return m_collection; }
     // The drop decision for `urls` onto item `index` (-1: the background of `section`).
     FileDropOperation dropOperation(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
