@@ -49,6 +49,8 @@ void ThumbnailItem::update()
             if (!self)
                 return;
             self->m_requested = false;
+            if (self->m_visible == Visibility::offscreen)
+                return;
             self->m_lookedForThumbnail = true;
             self->m_thumbnail = image;
             if (self->m_controllerGuard && self->m_controller)
@@ -59,6 +61,7 @@ void ThumbnailItem::update()
 
 void ThumbnailItem::reset()
 {
+    m_visible = Visibility::unknown;
     m_thumbnail = {};
     m_lookedForThumbnail = false;
 }
