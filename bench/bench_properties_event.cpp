@@ -50,6 +50,6 @@ int main(int argc, char **argv)
     const double median = seconds.at(seconds.size() / 2);
     std::printf("%-46s %8.0f files/s (%.3f s for %lld files, %lld records, %lld errors, %d threads)\n",
                 "ImagePropertiesLoader", double(files.size()) / median, median, qlonglong(files.size()),
-                qlonglong(results), qlonglong(errors), QThreadPool::globalInstance()->maxThreadCount());
+                qlonglong(results), qlonglong(errors), loader.pool()->maxThreadCount());
     return 0;
 }

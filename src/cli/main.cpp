@@ -3,6 +3,7 @@
 #include "LsCommand.h"
 #include "RenameCommand.h"
 #include "SettingsCommand.h"
+#include "ThumbsCommand.h"
 
 #include <QCoreApplication>
 
@@ -17,7 +18,9 @@ constexpr char usage[] = "pixcove-cli COMMAND [OPTIONS]\n"
                          "  rename  new names for files by rename rules or a preset, as OLD -> NEW paths with\n"
                          "          collisions marked; renames with --apply (pixcove-cli rename --help)\n"
                          "  settings  print the settings file's path (--path, the default) or check a\n"
-                         "            settings file as start-up reads it (--check FILE)\n";
+                         "            settings file as start-up reads it (--check FILE)\n"
+                         "  thumbs  make the thumbnails a grid shows and fill the thumbnail cache, printing\n"
+                         "          SOURCE PATH per file and the throughput (pixcove-cli thumbs --help)\n";
 
 } // namespace
 
@@ -41,5 +44,7 @@ int main(int argc, char **argv)
         return runRenameCommand(args);
     if (command == QLatin1String("settings"))
         return runSettingsCommand(args);
+    if (command == QLatin1String("thumbs"))
+        return runThumbsCommand(args);
     return Cli::usageError(QStringLiteral("unknown command %1").arg(command), "pixcove-cli COMMAND [OPTIONS]");
 }

@@ -40,6 +40,7 @@ public:
     void load(const QList<PXFilePtr> &files, Completion completion);
     void cancel();
 
+    QThreadPool *pool() const { return m_pool; }
     bool isLoading() const { return m_isLoading; }
     const QList<ImagePropertiesItemPtr> &results() const { return m_results; }
     const QList<ImagePropertiesError> &errors() const { return m_errors; }

@@ -46,6 +46,7 @@ QList<InspectorRow> inspectorRows(InspectorList list, const QList<ImagePropertie
             row.isHeader = true;
         } else {
             row.value = InspectorFormatter::formattedValue(configuration, records);
+            row.isMap = configuration.rowType == InspectorRowType::map;
         }
         row.section = section;
         rows.append(row);

@@ -7,8 +7,9 @@
 #include <QList>
 #include <QString>
 
-// One line of the inspector: a section header (label = section = its title, value empty) or a
-// labelled value. `identifier` is the property's name ("none" for headers).
+// One line of the inspector: a section header (label = section = its title, value empty), a
+// labelled value, or the map (value: the signed position as "latitude, longitude", or empty).
+// `identifier` is the property's name ("none" for headers).
 struct InspectorRow
 {
     QString identifier;
@@ -16,6 +17,7 @@ struct InspectorRow
     QString section;
     QString value;
     bool isHeader = false;
+    bool isMap = false;
 };
 
 // The rows of `list` for a selection, exactly as `pixcove-cli info` prints them. `files` is the

@@ -23,7 +23,7 @@ QString cameraJpeg(const TestDir &dir, const QString &name, const QString &model
     return TestImages::writeJpeg(dir.filePath(name), QSize(40, 30), options);
 }
 
-// The value rows of text output, "Label value", by label; headers as "[Title]" lines.
+// The lines of text output: "[Title]" for a header, "Label: value" for a row.
 QStringList lines(const QString &out)
 {
     return out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
@@ -85,11 +85,14 @@ TEST(InfoCommand, mergesSelectionsAndReportsUnreadableFiles)
     QMap<QString, QJsonObject> rows;
     for (const QJsonValue &row : json[0][QStringLiteral("rows")].toArray())
         rows.insert(row[QStringLiteral("id")].toString(), row.toObject());
-    EXPECT_EQ(rows.value(QStringLiteral("tiffHardwareModel")).value(QStringLiteral("value")).toString(), QStringLiteral("Mixed Values"));
-    EXPECT_EQ(rows.value(QStringLiteral("tiffHardwareModel")).value(QStringLiteral("label")).toString(), QStringLiteral("Model:"));
-    EXPECT_EQ(rows.value(QStringLiteral("tiffHardwareModel")).value(QStringLiteral("section")).toString(), QStringLiteral("Hardware"));
-    EXPECT_EQ(rows.value(QStringLiteral("fNumber")).value(QStringLiteral("value")).toString(), QStringLiteral("2.8"));
-    EXPECT_EQ(rows.value(QStringLiteral("filename")).value(QStringLiteral("value")).toString(), QStringLiteral("Mixed Values"));
+    const auto field = [&](const char *id, const char *key) {
+        return rows.value(QLatin1String(id)).value(QLatin1String(key)).toString();
+    };
+    EXPECT_EQ(field("tiffHardwareModel", "value"), QStringLiteral("Mixed Values"));
+    EXPECT_EQ(field("tiffHardwareModel", "label"), QStringLiteral("Model:"));
+    EXPECT_EQ(field("tiffHardwareModel", "section"), QStringLiteral("Hardware"));
+    EXPECT_EQ(field("fNumber", "value"), QStringLiteral("2.8"));
+    EXPECT_EQ(field("filename", "value"), QStringLiteral("Mixed Values"));
 
     run = runCli({QStringLiteral("info"), QStringLiteral("--json"), b, a});
     EXPECT_EQ(run.exitCode, 0);
