@@ -15,6 +15,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
 #include <QMimeData>
@@ -46,6 +47,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_grid);
     m_loadingLabel->setAlignment(Qt::AlignCenter);
+    m_loadingLabel->setWordWrap(true);
     m_loadingLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_loadingLabel->hide();
     m_grid->gridLayout().setSectionInsets(sectionInsets);
@@ -85,10 +87,10 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     connect(m_collection, &FileCollectionModel::itemCountChanged, this, &ThumbnailsViewController::updateStatus);
     connect(m_collection, &FileCollectionModel::folderFailed, this, [this](const QString &path, const QString &reason) {
         logError(tr("Cannot list %1: %2").arg(path, reason));
-        for (const PXFilePtr &source : std::as_const(m_currentSources)) {
-            if (source->path() == path)
-                Q_EMIT sourceVanished(source, reason);
-        }
+        // Shown in place of the files; a folder that is gone altogether is the window's to leave.
+        m_failureText = tr("\"%1\" cannot be read. %2").arg(PXFile::fileForPath(path)->displayName(), reason);
+        checkSourcesExist();
+        updateStatus();
     });
 
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
@@ -168,6 +170,7 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
         return;
     saveState();
     m_currentSources = folders;
+    m_failureText.clear();
     m_dropValidator.reset();
     m_selectedFiles.clear();
     m_newFile.reset();
@@ -302,10 +305,35 @@ void ThumbnailsViewController::publish()
         m_grid->setSelectedIndexes({index}, index);
         m_grid->editName(index);
     }
-    m_loadingLabel->setVisible(m_collection->isLoading() && m_allItemsFlat.isEmpty());
     updateVisibility();
     updateStatus();
     restoreStateIfSettled();
+    if (m_collection->isSettled())
+        checkSourcesExist();
+}
+
+void ThumbnailsViewController::checkSourcesExist()
+{
+    // On a worker: asking a vanished network mount may hang.
+    QPointer<ThumbnailsViewController> self(this);
+    const QList<PXFilePtr> sources = m_currentSources;
+    runOnPool(QStringLiteral("FileDrop"), [self, sources] {
+        QList<PXFilePtr> gone;
+        for (const PXFilePtr &source : sources) {
+            if (!QFileInfo(source->path()).isDir())
+                gone.append(source);
+        }
+        if (gone.isEmpty())
+            return;
+        postToGui([self, gone] {
+            if (!self)
+                return;
+            for (const PXFilePtr &source : gone) {
+                if (self->m_currentSources.contains(source))
+                    Q_EMIT self->sourceVanished(source, tr("The folder \"%1\" is no longer there.").arg(source->displayName()));
+            }
+        });
+    });
 }
 
 void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files)
@@ -599,7 +627,9 @@ void ThumbnailsViewController::updateStatus()
     input.fileCount = int(m_allItemsFlat.size());
     input.selectedCount = int(m_selectedFiles.size());
     const QString text = thumbnailsStatusText(input);
-    m_loadingLabel->setVisible(input.loading && m_allItemsFlat.isEmpty() && !m_currentSources.isEmpty());
+    const bool empty = m_allItemsFlat.isEmpty() && !m_currentSources.isEmpty();
+    m_loadingLabel->setText(input.loading || m_failureText.isEmpty() ? tr("Loading Files...") : m_failureText);
+    m_loadingLabel->setVisible(empty && (input.loading || !m_failureText.isEmpty()));
     if (text == m_statusText)
         return;
     m_statusText = text;

@@ -125,6 +125,8 @@ private:
     void updateStatus();
     void saveState();
     void restoreStateIfSettled();
+    // Tells the window of sources deleted or unmounted while shown.
+    void checkSourcesExist();
     ThumbnailItemPtr itemForNode(const FileModelPtr &node);
     PXFilePtr fileAt(int index) const;
     PXFilePtr dropDestination(int index, int section) const;
@@ -162,4 +164,5 @@ private:
 
     QTimer *m_selectionChangeTimer;
     QString m_statusText;
+    QString m_failureText; // why a source could not be listed
 };

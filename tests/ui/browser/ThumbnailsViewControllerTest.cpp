@@ -6,6 +6,7 @@
 #include "support/TestImages.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QTest>
@@ -192,4 +193,22 @@ TEST(ThumbnailsViewController, RenamesInPlaceThroughTheFileLayerAndKeepsTheSelec
     ASSERT_TRUE(waitUntil([&] { return namesOf(pane.files()).contains("after.txt"); }));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("before.txt")));
     ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"after.txt"}; }));
+}
+
+TEST(ThumbnailsViewController, TellsTheWindowWhenItsFolderIsDeletedWhileShown)
+{
+    TestDir dir;
+    dir.write(QStringLiteral("shown/a.txt"), "x");
+    const PXFilePtr shown = PXFile::fileForPath(dir.filePath("shown"));
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.setSources({shown});
+    ASSERT_TRUE(settle(pane, 1));
+    pane.selectAll();
+
+    QSignalSpy vanished(&pane, &ThumbnailsViewController::sourceVanished);
+    ASSERT_TRUE(QDir(dir.filePath("shown")).removeRecursively());
+    ASSERT_TRUE(vanished.wait(5000) || !vanished.isEmpty());
+    EXPECT_EQ(vanished.first().first().value<PXFilePtr>(), shown);
+    ASSERT_TRUE(waitUntil([&] { return pane.files().isEmpty() && pane.selectedFiles().isEmpty(); }));
+    EXPECT_EQ(pane.statusText(), "0 files");
 }
