@@ -536,6 +536,21 @@ QString ThumbnailsViewController::gridSectionTitle(int section)
     return folder->displayName();
 }
 
+int ThumbnailsViewController::gridMark(int index)
+{
+    if (!m_flagLookup)
+        return 0;
+    const PXFilePtr file = fileAt(index);
+    if (!file)
+        return 0;
+    switch (m_flagLookup(file)) {
+    case FileFlag::flagged: return 1;
+    case FileFlag::rejected: return 2;
+    case FileFlag::none: break;
+    }
+    return 0;
+}
+
 QString ThumbnailsViewController::gridEditableName(int index)
 {
     const PXFilePtr file = fileAt(index);

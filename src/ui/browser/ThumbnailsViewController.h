@@ -110,6 +110,7 @@ protected:
     QPixmap gridIcon(int index, int side) override;
     QStringList gridInfoLines(int index) override;
     QString gridSectionTitle(int section) override;
+    int gridMark(int index) override;
     QString gridEditableName(int index) override;
     QMimeData *gridMimeDataForDrag(const QList<int> &indexes) override;
     Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;

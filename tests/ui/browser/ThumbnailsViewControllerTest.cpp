@@ -212,3 +212,33 @@ TEST(ThumbnailsViewController, TellsTheWindowWhenItsFolderIsDeletedWhileShown)
     ASSERT_TRUE(waitUntil([&] { return pane.files().isEmpty() && pane.selectedFiles().isEmpty(); }));
     EXPECT_EQ(pane.statusText(), "0 files");
 }
+
+TEST(ThumbnailsViewController, FlagCommandsGoThroughTheWindowsFlagStore)
+{
+    TestDir dir;
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt"})
+        dir.write(QLatin1String(name), "x");
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 4));
+    pane.selectFiles({pane.files().at(1)});
+    EXPECT_FALSE(pane.validateAction("flagItem")); // no store plugged in yet
+
+    QHash<PXFilePtr, FileFlag> store;
+    pane.setFlagLookup([&store](const PXFilePtr &file) { return store.value(file, FileFlag::none); });
+    QObject::connect(&pane, &ThumbnailsViewController::flagChangeRequested, [&store](const QList<PXFilePtr> &files, FileFlag flag) {
+        for (const PXFilePtr &file : files)
+            store.insert(file, flag);
+    });
+    ASSERT_TRUE(pane.validateAction("flagItem"));
+    pane.flagItem();
+    pane.selectFiles({pane.files().at(2), pane.files().at(3)});
+    pane.rejectItem();
+    pane.selectFiles({pane.files().at(3)});
+    pane.clearItemFlag();
+
+    pane.selectFlagged();
+    EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"b.txt"});
+    pane.selectRejected();
+    EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"c.txt"});
+}
