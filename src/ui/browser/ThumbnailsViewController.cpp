@@ -289,16 +289,13 @@ void ThumbnailsViewController::publish()
     }
     m_allItemsByFile = std::move(items);
     m_allItemsFlat = std::move(flat);
-    // Pixmaps and visibility follow positions: take them again for the new order.
-    for (ThumbnailItem *item : std::as_const(m_nearItems))
-        item->setVisible(Visibility::offscreen);
-    m_nearItems.clear();
 
     const bool headers = byFolder && (m_currentSources.size() > 1 || m_windowSettings->thumbnailsFolderSearchDepth() > 0);
     m_grid->gridLayout().setSections(counts, headers);
     const QList<PXFilePtr> previousSelection = m_selectedFiles;
     m_grid->relayout();
-    selectFiles(previousSelection);
+    // Files arriving or changing must not pull the view back to the selection.
+    selectFiles(previousSelection, false);
     if (m_newFile && m_indexByFile.contains(m_newFile.get())) {
         const int index = m_indexByFile.value(m_newFile.get());
         m_newFile.reset();
@@ -336,7 +333,7 @@ void ThumbnailsViewController::checkSourcesExist()
     });
 }
 
-void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files)
+void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files, bool scroll)
 {
     QList<int> indexes;
     for (const PXFilePtr &file : files) {
@@ -348,7 +345,7 @@ void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files)
     if (!indexes.contains(current))
         current = indexes.isEmpty() ? -1 : indexes.first();
     m_grid->setSelectedIndexes(indexes, current);
-    if (current >= 0)
+    if (scroll && current >= 0)
         m_grid->scrollToItem(current);
 }
 

@@ -57,7 +57,8 @@ public:
 
     // The window plugs its flag manager in; without it the flag commands are disabled.
     void setFlagLookup(std::function<FileFlag(const PXFilePtr &)> lookup);
-    void selectFiles(const QList<PXFilePtr> &files);
+    // Selects those of `files` that are shown and, with `scroll`, brings them into view.
+    void selectFiles(const QList<PXFilePtr> &files, bool scroll = true);
 
     ThumbnailGridView *gridView() const { return m_grid; }
     ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
