@@ -25,6 +25,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <sys/stat.h>
+
 namespace {
 // Room around each section's cells.
 const QMargins sectionInsets(10, 10, 10, 10);
@@ -33,6 +35,8 @@ const QMargins sectionInsets(10, 10, 10, 10);
 constexpr int selectionChangeDelayMs = 40;
 // Items this many screens away from the view forget their pictures.
 constexpr int keepScreens = 3;
+// Renames from outside are followed for selections up to this size: each costs a stat.
+constexpr int followedSelectionLimit = 200;
 }
 
 ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, QWidget *parent)
@@ -75,8 +79,10 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     m_collection->fileSwapCallback = [this](const FileModelPtr &node, const PXFilePtr &previous) {
         // A file renamed from outside keeps its place in the selection under its new record.
         for (PXFilePtr &selected : m_selectedFiles) {
-            if (selected == previous)
+            if (selected == previous) {
                 selected = node->file();
+                m_selectionChangeTimer->start();
+            }
         }
     };
     connect(m_collection, &FileCollectionModel::representationsPublished, this, &ThumbnailsViewController::publish);
@@ -171,6 +177,7 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     saveState();
     m_currentSources = folders;
     m_failureText.clear();
+    m_lostIdentities.clear();
     m_dropValidator.reset();
     m_selectedFiles.clear();
     m_newFile.reset();
@@ -264,10 +271,20 @@ void ThumbnailsViewController::publish()
         counts.append(int(nodes.size()));
     }
 
+    // Where the selection started, for choosing the item that followed it when it goes away.
+    int firstSelectedIndex = -1;
+    const int previousCount = int(m_allItemsFlat.size());
+    for (const PXFilePtr &file : std::as_const(m_selectedFiles)) {
+        const int index = m_indexByFile.value(file.get(), -1);
+        if (index >= 0 && (firstSelectedIndex < 0 || index < firstSelectedIndex))
+            firstSelectedIndex = index;
+    }
+
     QHash<const PXFile *, ThumbnailItemPtr> items;
     items.reserve(nodes.size());
     QList<ThumbnailItemPtr> flat;
     flat.reserve(nodes.size());
+    m_indexByFileBefore = std::move(m_indexByFile);
     m_indexByFile.clear();
     m_indexByFile.reserve(nodes.size());
     for (const FileModelPtr &node : std::as_const(nodes)) {
@@ -287,6 +304,13 @@ void ThumbnailsViewController::publish()
             m_infoLines.remove(it.key());
         }
     }
+    QList<PXFilePtr> arrived;
+    if (!m_selectedFiles.isEmpty()) {
+        for (auto it = items.cbegin(); it != items.cend(); ++it) {
+            if (!m_allItemsByFile.contains(it.key()) || !m_indexByFileBefore.contains(it.key()))
+                arrived.append(it.value()->file());
+        }
+    }
     m_allItemsByFile = std::move(items);
     m_allItemsFlat = std::move(flat);
 
@@ -294,8 +318,25 @@ void ThumbnailsViewController::publish()
     m_grid->gridLayout().setSections(counts, headers);
     const QList<PXFilePtr> previousSelection = m_selectedFiles;
     m_grid->relayout();
+    // A selected file that left may come back under another name, in this or a later publication.
+    for (auto it = m_selectedIdentities.cbegin(); it != m_selectedIdentities.cend(); ++it) {
+        if (!m_indexByFile.contains(it.value().get()) && m_lostIdentities.size() < followedSelectionLimit)
+            m_lostIdentities.insert(it.key(), it.value());
+    }
     // Files arriving or changing must not pull the view back to the selection.
     selectFiles(previousSelection, false);
+    followRenamedSelection(arrived);
+    m_indexByFileBefore.clear();
+    AppSettings *app = SettingsManager::shared().settings();
+    // Exactly the selected files left (moved away or deleted, not filtered out with others): the
+    // item that followed them takes over.
+    const bool selectionLeft = int(m_allItemsFlat.size()) == previousCount - int(previousSelection.size());
+    if (m_selectedFiles.isEmpty() && firstSelectedIndex >= 0 && selectionLeft && !m_allItemsFlat.isEmpty() && app
+        && app->thumbnailsAutoselectNextItemAfterMove()) {
+        const int next = std::min(firstSelectedIndex, int(m_allItemsFlat.size()) - 1);
+        m_grid->setSelectedIndexes({next}, next);
+        m_autoselectedFile = fileAt(next);
+    }
     if (m_newFile && m_indexByFile.contains(m_newFile.get())) {
         const int index = m_indexByFile.value(m_newFile.get());
         m_newFile.reset();
@@ -626,6 +667,77 @@ void ThumbnailsViewController::gridSelectionChanged()
     m_selectedFiles = files;
     updateStatus();
     m_selectionChangeTimer->start();
+    rememberSelectedIdentities();
+}
+
+namespace {
+// Device and inode of each file (by path), read on a worker; files that cannot be read are left out.
+using FileIdentity = QPair<quint64, quint64>;
+QHash<FileIdentity, PXFilePtr> identitiesOf(const QList<PXFilePtr> &files)
+{
+    QHash<FileIdentity, PXFilePtr> identities;
+    for (const PXFilePtr &file : files) {
+        struct stat info{};
+        if (::lstat(file->nativePath().constData(), &info) == 0)
+            identities.insert({quint64(info.st_dev), quint64(info.st_ino)}, file);
+    }
+    return identities;
+}
+}
+
+void ThumbnailsViewController::rememberSelectedIdentities()
+{
+    const quint64 generation = ++m_identityGeneration;
+    m_selectedIdentities.clear();
+    if (m_selectedFiles.isEmpty() || m_selectedFiles.size() > followedSelectionLimit)
+        return;
+    QPointer<ThumbnailsViewController> self(this);
+    const QList<PXFilePtr> files = m_selectedFiles;
+    runOnPool(QStringLiteral("FileDrop"), [self, files, generation] {
+        const QHash<FileIdentity, PXFilePtr> identities = identitiesOf(files);
+        postToGui([self, identities, generation] {
+            if (self && generation == self->m_identityGeneration)
+                self->m_selectedIdentities = identities;
+        });
+    });
+}
+
+void ThumbnailsViewController::followRenamedSelection(const QList<PXFilePtr> &arrived)
+{
+    // A selected file that left while a file with its identity arrived was renamed: select the
+    // new name.
+    if (m_lostIdentities.isEmpty() || arrived.isEmpty() || arrived.size() > followedSelectionLimit)
+        return;
+    QPointer<ThumbnailsViewController> self(this);
+    const QHash<FileIdentity, PXFilePtr> remembered = m_lostIdentities;
+    runOnPool(QStringLiteral("FileDrop"), [self, arrived, remembered] {
+        const QHash<FileIdentity, PXFilePtr> identities = identitiesOf(arrived);
+        QList<PXFilePtr> renamed;
+        QList<FileIdentity> found;
+        for (auto it = identities.cbegin(); it != identities.cend(); ++it) {
+            if (remembered.contains(it.key())) {
+                renamed.append(it.value());
+                found.append(it.key());
+            }
+        }
+        if (renamed.isEmpty())
+            return;
+        postToGui([self, renamed, found] {
+            if (!self)
+                return;
+            for (const FileIdentity &identity : found)
+                self->m_lostIdentities.remove(identity);
+            // What was chosen only because the file seemed gone gives way to the file itself.
+            QList<PXFilePtr> selection = self->m_selectedFiles;
+            if (selection.size() == 1 && selection.first() == self->m_autoselectedFile)
+                selection.clear();
+            for (const PXFilePtr &file : renamed) {
+                if (!selection.contains(file))
+                    selection.append(file);
+            }
+            self->selectFiles(selection, false);
+        });
+    });
 }
 
 void ThumbnailsViewController::updateStatus()
@@ -789,6 +901,7 @@ void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
         self->m_newFile.reset();
         const PXFilePtr renamed = PXFile::fileForPath(newPath);
         self->m_selectedFiles = {renamed};
+        self->m_selectionChangeTimer->start();
     });
 }
 

@@ -129,6 +129,10 @@ private:
     void restoreStateIfSettled();
     // Tells the window of sources deleted or unmounted while shown.
     void checkSourcesExist();
+    // Renames from outside: the selection is remembered by device and inode and follows a file
+    // that arrives under a new name.
+    void rememberSelectedIdentities();
+    void followRenamedSelection(const QList<PXFilePtr> &arrived);
     ThumbnailItemPtr itemForNode(const FileModelPtr &node);
     PXFilePtr fileAt(int index) const;
     PXFilePtr dropDestination(int index, int section) const;
@@ -146,6 +150,11 @@ private:
     QHash<const PXFile *, ThumbnailItemPtr> m_allItemsByFile;
     QList<ThumbnailItemPtr> m_allItemsFlat;
     QHash<const PXFile *, int> m_indexByFile;
+    QHash<const PXFile *, int> m_indexByFileBefore; // during a publication
+    QHash<QPair<quint64, quint64>, PXFilePtr> m_selectedIdentities;
+    QHash<QPair<quint64, quint64>, PXFilePtr> m_lostIdentities; // selected files that left
+    PXFilePtr m_autoselectedFile; // selected because the selection before it left
+    quint64 m_identityGeneration = 0;
     QList<FileModelPtr> m_sectionFolders;
     QList<PXFilePtr> m_selectedFiles;
     QHash<QString, ThumbnailsSavedState> m_savedStates;

@@ -242,3 +242,35 @@ TEST(ThumbnailsViewController, FlagCommandsGoThroughTheWindowsFlagStore)
     pane.selectRejected();
     EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"c.txt"});
 }
+
+TEST(ThumbnailsViewController, SelectsTheFollowingItemWhenTheSelectionIsDeletedOrRenamedOutside)
+{
+    TestDir dir;
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt", "e.txt"})
+        dir.write(QLatin1String(name), "x");
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 5));
+    QSignalSpy selections(&pane, &ThumbnailsViewController::selectionChanged);
+
+    // Renamed from outside while selected: the selection follows the file.
+    pane.selectFiles({pane.files().at(3)});
+    ASSERT_TRUE(selections.wait(5000)); // the selection has settled before the file moves
+    ASSERT_TRUE(QFile::rename(dir.filePath("d.txt"), dir.filePath("z.txt")));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.files()).contains("z.txt"); }));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"z.txt"}; }))
+        << namesOf(pane.selectedFiles()).join(' ').toStdString();
+
+    pane.selectFiles({pane.files().at(1), pane.files().at(2)});
+    ASSERT_TRUE(QFile::remove(dir.filePath("b.txt")));
+    ASSERT_TRUE(QFile::remove(dir.filePath("c.txt")));
+    ASSERT_TRUE(waitUntil([&] { return pane.files().size() == 3; }));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"e.txt"}; }))
+        << namesOf(pane.selectedFiles()).join(' ').toStdString();
+    ASSERT_TRUE(waitUntil([&] { return selections.last().first().value<QList<PXFilePtr>>() == pane.selectedFiles(); }));
+
+    // Filtering the selection away is not a move: nothing else gets selected.
+    pane.thumbnailViewSearch(QStringLiteral("a"));
+    ASSERT_TRUE(waitUntil([&] { return pane.files().size() == 1; }));
+    EXPECT_TRUE(pane.selectedFiles().isEmpty());
+}
