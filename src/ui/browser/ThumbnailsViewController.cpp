@@ -3,7 +3,9 @@
 #include "app/Dispatch.h"
 #include "app/Log.h"
 #include "browser/FileDropPerformer.h"
+#include "browser/FileOpener.h"
 #include "browser/InlineRenameOperation.h"
+#include "browser/RenamedFileFollower.h"
 #include "browser/ThumbnailContextMenu.h"
 #include "browser/ThumbnailInfoLines.h"
 #include "browser/ThumbnailItemSize.h"
@@ -20,12 +22,10 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QMimeDatabase>
-#include <QProcess>
 #include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include <sys/stat.h>
 
 namespace {
 // Room around each section's cells.
@@ -35,8 +35,6 @@ const QMargins sectionInsets(10, 10, 10, 10);
 constexpr int selectionChangeDelayMs = 40;
 // Items this many screens away from the view forget their pictures.
 constexpr int keepScreens = 3;
-// Renames from outside are followed for selections up to this size: each costs a stat.
-constexpr int followedSelectionLimit = 200;
 }
 
 ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, QWidget *parent)
@@ -46,6 +44,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     , m_grid(new ThumbnailGridView(this, this))
     , m_loadingLabel(new QLabel(tr("Loading Files..."), this))
     , m_selectionChangeTimer(new QTimer(this))
+    , m_renameFollower(new RenamedFileFollower(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -177,7 +176,7 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     saveState();
     m_currentSources = folders;
     m_failureText.clear();
-    m_lostIdentities.clear();
+    m_renameFollower->clear();
     m_dropValidator.reset();
     m_selectedFiles.clear();
     m_newFile.reset();
@@ -305,7 +304,7 @@ void ThumbnailsViewController::publish()
         }
     }
     QList<PXFilePtr> arrived;
-    if (!m_selectedFiles.isEmpty()) {
+    if (!m_selectedFiles.isEmpty() || m_renameFollower->isWaiting()) {
         for (auto it = items.cbegin(); it != items.cend(); ++it) {
             if (!m_allItemsByFile.contains(it.key()) || !m_indexByFileBefore.contains(it.key()))
                 arrived.append(it.value()->file());
@@ -319,13 +318,14 @@ void ThumbnailsViewController::publish()
     const QList<PXFilePtr> previousSelection = m_selectedFiles;
     m_grid->relayout();
     // A selected file that left may come back under another name, in this or a later publication.
-    for (auto it = m_selectedIdentities.cbegin(); it != m_selectedIdentities.cend(); ++it) {
-        if (!m_indexByFile.contains(it.value().get()) && m_lostIdentities.size() < followedSelectionLimit)
-            m_lostIdentities.insert(it.key(), it.value());
-    }
+    m_renameFollower->noteShown([this](const PXFilePtr &file) { return m_indexByFile.contains(file.get()); });
     // Files arriving or changing must not pull the view back to the selection.
     selectFiles(previousSelection, false);
-    followRenamedSelection(arrived);
+    QPointer<ThumbnailsViewController> self(this);
+    m_renameFollower->lookForRenamed(arrived, [self](const QList<PXFilePtr> &renamed) {
+        if (self)
+            self->selectRenamedFiles(renamed);
+    });
     m_indexByFileBefore.clear();
     AppSettings *app = SettingsManager::shared().settings();
     // Exactly the selected files left (moved away or deleted, not filtered out with others): the
@@ -667,77 +667,20 @@ void ThumbnailsViewController::gridSelectionChanged()
     m_selectedFiles = files;
     updateStatus();
     m_selectionChangeTimer->start();
-    rememberSelectedIdentities();
+    m_renameFollower->remember(m_selectedFiles);
 }
 
-namespace {
-// Device and inode of each file (by path), read on a worker; files that cannot be read are left out.
-using FileIdentity = QPair<quint64, quint64>;
-QHash<FileIdentity, PXFilePtr> identitiesOf(const QList<PXFilePtr> &files)
+void ThumbnailsViewController::selectRenamedFiles(const QList<PXFilePtr> &renamed)
 {
-    QHash<FileIdentity, PXFilePtr> identities;
-    for (const PXFilePtr &file : files) {
-        struct stat info{};
-        if (::lstat(file->nativePath().constData(), &info) == 0)
-            identities.insert({quint64(info.st_dev), quint64(info.st_ino)}, file);
+    // What was chosen only because the file seemed gone gives way to the file itself.
+    QList<PXFilePtr> selection = m_selectedFiles;
+    if (selection.size() == 1 && selection.first() == m_autoselectedFile)
+        selection.clear();
+    for (const PXFilePtr &file : renamed) {
+        if (!selection.contains(file))
+            selection.append(file);
     }
-    return identities;
-}
-}
-
-void ThumbnailsViewController::rememberSelectedIdentities()
-{
-    const quint64 generation = ++m_identityGeneration;
-    m_selectedIdentities.clear();
-    if (m_selectedFiles.isEmpty() || m_selectedFiles.size() > followedSelectionLimit)
-        return;
-    QPointer<ThumbnailsViewController> self(this);
-    const QList<PXFilePtr> files = m_selectedFiles;
-    runOnPool(QStringLiteral("FileDrop"), [self, files, generation] {
-        const QHash<FileIdentity, PXFilePtr> identities = identitiesOf(files);
-        postToGui([self, identities, generation] {
-            if (self && generation == self->m_identityGeneration)
-                self->m_selectedIdentities = identities;
-        });
-    });
-}
-
-void ThumbnailsViewController::followRenamedSelection(const QList<PXFilePtr> &arrived)
-{
-    // A selected file that left while a file with its identity arrived was renamed: select the
-    // new name.
-    if (m_lostIdentities.isEmpty() || arrived.isEmpty() || arrived.size() > followedSelectionLimit)
-        return;
-    QPointer<ThumbnailsViewController> self(this);
-    const QHash<FileIdentity, PXFilePtr> remembered = m_lostIdentities;
-    runOnPool(QStringLiteral("FileDrop"), [self, arrived, remembered] {
-        const QHash<FileIdentity, PXFilePtr> identities = identitiesOf(arrived);
-        QList<PXFilePtr> renamed;
-        QList<FileIdentity> found;
-        for (auto it = identities.cbegin(); it != identities.cend(); ++it) {
-            if (remembered.contains(it.key())) {
-                renamed.append(it.value());
-                found.append(it.key());
-            }
-        }
-        if (renamed.isEmpty())
-            return;
-        postToGui([self, renamed, found] {
-            if (!self)
-                return;
-            for (const FileIdentity &identity : found)
-                self->m_lostIdentities.remove(identity);
-            // What was chosen only because the file seemed gone gives way to the file itself.
-            QList<PXFilePtr> selection = self->m_selectedFiles;
-            if (selection.size() == 1 && selection.first() == self->m_autoselectedFile)
-                selection.clear();
-            for (const PXFilePtr &file : renamed) {
-                if (!selection.contains(file))
-                    selection.append(file);
-            }
-            self->selectFiles(selection, false);
-        });
-    });
+    selectFiles(selection, false);
 }
 
 void ThumbnailsViewController::updateStatus()
@@ -837,17 +780,7 @@ void ThumbnailsViewController::openInApp()
 
 void ThumbnailsViewController::openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files)
 {
-    QStringList arguments;
-    QString program;
-    if (application->name().endsWith(QLatin1String(".desktop"))) {
-        program = QStringLiteral("gio");
-        arguments << QStringLiteral("launch") << application->path();
-    } else {
-        program = application->path();
-    }
-    for (const PXFilePtr &file : files)
-        arguments << file->path();
-    if (!QProcess::startDetached(program, arguments)) {
+    if (!FileOpener::openWith(application, files)) {
         logError(tr("Cannot start %1").arg(application->path()));
         Q_EMIT errorOccurred(tr("The application could not be started"), application->displayName());
     }
@@ -912,33 +845,7 @@ void ThumbnailsViewController::moveToTrash() {}
 
 void ThumbnailsViewController::revealInFinder()
 {
-    QList<PXFilePtr> files = m_selectedFiles;
-    if (files.isEmpty())
-        files = m_currentSources;
-    if (files.isEmpty())
-        return;
-    QStringList uris;
-    for (const PXFilePtr &file : std::as_const(files))
-        uris.append(file->url().toString(QUrl::FullyEncoded));
-    // The file manager's D-Bus interface selects the files; without one, open their folder.
-    const QStringList arguments{QStringLiteral("--session"), QStringLiteral("--dest=org.freedesktop.FileManager1"),
-                                QStringLiteral("--type=method_call"), QStringLiteral("/org/freedesktop/FileManager1"),
-                                QStringLiteral("org.freedesktop.FileManager1.ShowItems"),
-                                QStringLiteral("array:string:") + uris.join(QLatin1Char(',')), QStringLiteral("string:")};
-    auto *process = new QProcess(this);
-    const QString parent = files.first()->parentPath();
-    connect(process, &QProcess::finished, this, [process, parent](int exitCode, QProcess::ExitStatus status) {
-        if (exitCode != 0 || status != QProcess::NormalExit)
-            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
-        process->deleteLater();
-    });
-    connect(process, &QProcess::errorOccurred, this, [process, parent](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
-            process->deleteLater();
-        }
-    });
-    process->start(QStringLiteral("dbus-send"), arguments);
+    FileOpener::reveal(m_selectedFiles.isEmpty() ? m_currentSources : m_selectedFiles, this);
 }
 
 void ThumbnailsViewController::newFolder()

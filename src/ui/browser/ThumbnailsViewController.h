@@ -23,6 +23,7 @@ class FileCollectionModel;
 class QLabel;
 class QMenu;
 class QTimer;
+class RenamedFileFollower;
 
 // A file's mark for the current run, kept by the application's flag manager.
 enum class FileFlag { none, flagged, rejected };
@@ -129,10 +130,7 @@ private:
     void restoreStateIfSettled();
     // Tells the window of sources deleted or unmounted while shown.
     void checkSourcesExist();
-    // Renames from outside: the selection is remembered by device and inode and follows a file
-    // that arrives under a new name.
-    void rememberSelectedIdentities();
-    void followRenamedSelection(const QList<PXFilePtr> &arrived);
+    void selectRenamedFiles(const QList<PXFilePtr> &renamed);
     ThumbnailItemPtr itemForNode(const FileModelPtr &node);
     PXFilePtr fileAt(int index) const;
     PXFilePtr dropDestination(int index, int section) const;
@@ -151,10 +149,7 @@ private:
     QList<ThumbnailItemPtr> m_allItemsFlat;
     QHash<const PXFile *, int> m_indexByFile;
     QHash<const PXFile *, int> m_indexByFileBefore; // during a publication
-    QHash<QPair<quint64, quint64>, PXFilePtr> m_selectedIdentities;
-    QHash<QPair<quint64, quint64>, PXFilePtr> m_lostIdentities; // selected files that left
     PXFilePtr m_autoselectedFile; // selected because the selection before it left
-    quint64 m_identityGeneration = 0;
     QList<FileModelPtr> m_sectionFolders;
     QList<PXFilePtr> m_selectedFiles;
     QHash<QString, ThumbnailsSavedState> m_savedStates;
@@ -174,6 +169,7 @@ private:
     QHash<QString, QIcon> m_iconsByType;
 
     QTimer *m_selectionChangeTimer;
+    RenamedFileFollower *m_renameFollower; // keeps the selection across renames from outside
     QString m_statusText;
     QString m_failureText; // why a source could not be listed
 };
