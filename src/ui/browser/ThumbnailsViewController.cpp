@@ -145,8 +145,10 @@ ThumbnailsViewController::~ThumbnailsViewController()
 {
     m_grid->disconnect(this);
     // Items may outlive the pane in a pending result: they must not call back into it.
-    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile))
+    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile)) {
         item->setController(nullptr, nullptr);
+        item->setVisible(Visibility::offscreen);
+    }
 }
 
 bool ThumbnailsViewController::eventFilter(QObject *watched, QEvent *event)
@@ -181,8 +183,11 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     m_selectedFiles.clear();
     m_newFile.reset();
     // The grid empties at once; the new folders' files follow as they are listed.
-    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile))
+    // Offscreen first: that takes the waiting requests out of the generator's queue.
+    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile)) {
+        item->setVisible(Visibility::offscreen);
         item->reset();
+    }
     m_allItemsByFile.clear();
     m_allItemsFlat.clear();
     m_indexByFile.clear();
@@ -297,6 +302,7 @@ void ThumbnailsViewController::publish()
         if (!items.contains(it.key())) {
             ThumbnailItem *gone = it.value().get();
             gone->setController(nullptr, nullptr);
+            gone->setVisible(Visibility::offscreen);
             gone->reset();
             m_nearItems.remove(gone);
             m_pixmaps.remove(gone);
