@@ -54,10 +54,8 @@ SystemThumbnailer &SystemThumbnailer::shared()
     return *thumbnailer;
 }
 
-std::shared_ptr<SystemThumbnailRequest> SystemThumbnailer::generate(const QByteArray &nativePath, QSizeF size,
-                                                                    double scale, Handler handler)
+void SystemThumbnailer::generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler)
 {
-    auto request = std::make_shared<SystemThumbnailRequest>(nativePath, size, scale);
     m_pool.start([this, request, handler = std::move(handler)] {
         if (request->isCancelled()) {
             handler(failure(2, QStringLiteral("The request was cancelled.")));
@@ -65,7 +63,6 @@ std::shared_ptr<SystemThumbnailRequest> SystemThumbnailer::generate(const QByteA
         }
         handler(thumbnail(*request));
     });
-    return request;
 }
 
 SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest &request) const
@@ -82,11 +79,16 @@ SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest 
 
     if (m_cacheEnabled) {
         QString error;
-        const QImage cached = m_cache.lookup(uri, mtime, flavor, &error);
+        if (!request.wantsImage()) {
+            if (m_cache.verify(uri, mtime, flavor, &error))
+                return {QImage(), std::nullopt, ThumbnailSource::cached};
+        } else {
+            const QImage cached = m_cache.lookup(uri, mtime, flavor, &error);
+            if (!cached.isNull())
+                return {ImageDecoder::scaledToFit(cached, fit), std::nullopt, ThumbnailSource::cached};
+        }
         if (!error.isEmpty())
             logError(error);
-        if (!cached.isNull())
-            return {ImageDecoder::scaledToFit(cached, fit), std::nullopt, ThumbnailSource::cached};
         if (m_cache.hasFailure(uri, mtime))
             return failure(4, QStringLiteral("No thumbnail can be made of %1.").arg(QFile::decodeName(path)));
     }

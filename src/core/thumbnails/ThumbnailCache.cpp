@@ -3,16 +3,14 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
-#include <QBuffer>
 #include <QHash>
 #include <QtEndian>
-#include <QImageWriter>
 #include <QSaveFile>
 #include <QUrl>
 
 #include <sys/stat.h>
+#include <zlib.h>
 
-#include <array>
 
 namespace {
 
@@ -36,22 +34,9 @@ bool makeFolder(const QString &path, QString *error)
     return false;
 }
 
-quint32 crc32(const QByteArray &bytes)
+quint32 chunkCrc(const QByteArray &typeAndData)
 {
-    static const auto table = [] {
-        std::array<quint32, 256> values{};
-        for (quint32 n = 0; n < 256; ++n) {
-            quint32 c = n;
-            for (int k = 0; k < 8; ++k)
-                c = (c & 1) ? 0xEDB88320u ^ (c >> 1) : c >> 1;
-            values[n] = c;
-        }
-        return values;
-    }();
-    quint32 crc = 0xFFFFFFFFu;
-    for (const char byte : bytes)
-        crc = table[(crc ^ quint8(byte)) & 0xFF] ^ (crc >> 8);
-    return ~crc;
+    return quint32(::crc32(0, reinterpret_cast<const Bytef *>(typeAndData.constData()), uInt(typeAndData.size())));
 }
 
 QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
@@ -60,8 +45,50 @@ QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
     qToBigEndian<quint32>(quint32(data.size()), chunk.data());
     const QByteArray body = type + data;
     QByteArray crc(4, Qt::Uninitialized);
-    qToBigEndian<quint32>(crc32(body), crc.data());
+    qToBigEndian<quint32>(chunkCrc(body), crc.data());
     return chunk + body + crc;
+}
+
+// Our own PNG encoder for cache entries: 8-bit RGB (RGBA with alpha), every row with the Sub
+// filter, deflated at level 1. Qt's writer tries every filter on every row, which made writing
+// an entry cost more than a third of rendering a 24 MP photo; this writes in a fraction of that
+// and reads back faster too. Texts go in as plain tEXt chunks right after the header.
+QByteArray encodePng(const QImage &source, const QList<std::pair<QByteArray, QByteArray>> &texts)
+{
+    const bool alpha = source.hasAlphaChannel();
+    const QImage image = source.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+    const int channels = alpha ? 4 : 3;
+    const qsizetype rowBytes = qsizetype(image.width()) * channels;
+    QByteArray raw(image.height() * (rowBytes + 1), Qt::Uninitialized);
+    char *out = raw.data();
+    for (int y = 0; y < image.height(); ++y) {
+        const uchar *row = image.constScanLine(y);
+        *out++ = 1; // Sub: each byte minus the same channel of the pixel to its left
+        for (qsizetype x = 0; x < channels; ++x)
+            *out++ = char(row[x]);
+        for (qsizetype x = channels; x < rowBytes; ++x)
+            *out++ = char(row[x] - row[x - channels]);
+    }
+    uLongf compressedLength = compressBound(uLong(raw.size()));
+    QByteArray compressed(qsizetype(compressedLength), Qt::Uninitialized);
+    if (compress2(reinterpret_cast<Bytef *>(compressed.data()), &compressedLength,
+                  reinterpret_cast<const Bytef *>(raw.constData()), uLong(raw.size()), 1)
+        != Z_OK)
+        return {};
+    compressed.truncate(qsizetype(compressedLength));
+
+    QByteArray header(13, '\0');
+    qToBigEndian<quint32>(quint32(image.width()), header.data());
+    qToBigEndian<quint32>(quint32(image.height()), header.data() + 4);
+    header[8] = 8;                 // bits per sample
+    header[9] = alpha ? 6 : 2;     // RGBA or RGB
+    QByteArray png("\x89PNG\r\n\x1A\n", 8);
+    png += pngChunk("IHDR", header);
+    for (const auto &[key, value] : texts)
+        png += pngChunk("tEXt", key + '\0' + value);
+    png += pngChunk("IDAT", compressed);
+    png += pngChunk("IEND", {});
+    return png;
 }
 
 // The text chunks before the pixel data, read straight from the PNG's bytes. (QImageReader's
@@ -94,6 +121,27 @@ QHash<QByteArray, QByteArray> pngTexts(const QByteArray &bytes)
         pos += 12 + qsizetype(length);
     }
     return texts;
+}
+
+// Whether the chunks run, with matching checksums, from the header to IEND.
+bool pngComplete(const QByteArray &bytes)
+{
+    qsizetype pos = 8;
+    bool sawData = false;
+    while (pos + 12 <= bytes.size()) {
+        const quint32 length = qFromBigEndian<quint32>(bytes.constData() + pos);
+        if (length > quint32(bytes.size() - pos - 12))
+            return false;
+        const QByteArray body = QByteArray::fromRawData(bytes.constData() + pos + 4, qsizetype(length) + 4);
+        if (chunkCrc(body) != qFromBigEndian<quint32>(bytes.constData() + pos + 8 + length))
+            return false;
+        if (body.startsWith("IDAT"))
+            sawData = true;
+        else if (body.startsWith("IEND"))
+            return sawData;
+        pos += 12 + qsizetype(length);
+    }
+    return false;
 }
 
 QByteArray readAll(const QString &path)
@@ -201,6 +249,26 @@ QImage ThumbnailCache::lookup(const QString &uri, qint64 mtime, Flavor flavor, Q
     return {};
 }
 
+bool ThumbnailCache::verify(const QString &uri, qint64 mtime, Flavor flavor, QString *error) const
+{
+    const QByteArray wantedTime = QByteArray::number(mtime);
+    const QByteArray wantedUri = uri.toUtf8();
+    for (int f = int(flavor); f <= int(Flavor::xxLarge); ++f) {
+        const QString path = entryPath(uri, Flavor(f));
+        const QByteArray bytes = readAll(path);
+        if (bytes.isEmpty())
+            continue;
+        const auto texts = pngTexts(bytes);
+        if (texts.value(mtimeKey) != wantedTime || texts.value(uriKey) != wantedUri)
+            continue;
+        if (pngComplete(bytes))
+            return true;
+        if (error)
+            *error = QStringLiteral("damaged thumbnail %1").arg(path);
+    }
+    return false;
+}
+
 bool ThumbnailCache::store(const QString &uri, qint64 mtime, Flavor flavor, const QImage &image, QString *error) const
 {
     const QString folder = m_root + QLatin1Char('/') + flavorFolder(flavor);
@@ -227,24 +295,12 @@ bool ThumbnailCache::storeFailure(const QString &uri, qint64 mtime, QString *err
 bool ThumbnailCache::writeAtomically(const QString &path, const QImage &image, const QString &uri, qint64 mtime,
                                      QString *error) const
 {
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "png");
-    // Light compression: entries are written once per file but read on every visit, and
-    // inflating a lightly deflated PNG is what keeps cache hits cheap.
-    writer.setQuality(80);
-    if (!writer.write(image) || png.size() < 33) {
+    const QByteArray png = encodePng(image, {{mtimeKey, QByteArray::number(mtime)}, {uriKey, uri.toUtf8()}});
+    if (png.isEmpty()) {
         if (error)
-            *error = QStringLiteral("cannot encode the thumbnail %1: %2").arg(path, writer.errorString());
+            *error = QStringLiteral("cannot encode the thumbnail %1").arg(path);
         return false;
     }
-    // Plain tEXt chunks right after the header (signature 8 bytes, IHDR 25), where every reader
-    // of the cache looks for them.
-    const QByteArray texts = pngChunk("tEXt", QByteArray(mtimeKey) + '\0' + QByteArray::number(mtime))
-                             + pngChunk("tEXt", QByteArray(uriKey) + '\0' + uri.toUtf8());
-    png.insert(33, texts);
-
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         if (error)

@@ -195,20 +195,19 @@ void ThumbnailGenerator::start(const RequestPtr &request)
             finished(request);
         return;
     }
+    // The screens are asked here: only the GUI thread may.
+    const int needed = int(screenScale() * request->size().width());
     std::weak_ptr<Request> weakRequest = request;
-    utilityQueue()->start([this, weakRequest] { runImagePath(weakRequest); });
+    QPointer<ThumbnailGenerator> generator = this;
+    utilityQueue()->start([generator, weakRequest, needed] { runImagePath(generator, weakRequest, needed); });
 }
 
-void ThumbnailGenerator::runImagePath(const std::weak_ptr<Request> &weakRequest)
+void ThumbnailGenerator::runImagePath(QPointer<ThumbnailGenerator> generator, const std::weak_ptr<Request> &weakRequest,
+                                      int needed)
 {
     RequestPtr request = weakRequest.lock();
-    if (!request)
+    if (!request || !generator)
         return;
-    QPointer<ThumbnailGenerator> generator = request->m_generator;
-    if (!generator)
-        return;
-
-    const int needed = int(generator->screenScale() * request->size().width());
     if (!request->isCancelled()) {
         const QImage preview = EmbeddedPreview::read(request->file()->resolvedNativePath(), needed);
         if (!preview.isNull()) {
@@ -240,19 +239,21 @@ void ThumbnailGenerator::startSystemThumbnail(const RequestPtr &request)
     }
     QPointer<ThumbnailGenerator> generator = this;
     std::weak_ptr<Request> weakRequest = request;
-    auto systemRequest = m_thumbnailer->generate(
-        request->file()->resolvedNativePath(), request->size(), screenScale(),
-        [generator, weakRequest](const SystemThumbnailResult &result) {
-            if (!generator)
+    auto systemRequest = std::make_shared<SystemThumbnailRequest>(request->file()->resolvedNativePath(),
+                                                                  request->size(), screenScale());
+    systemRequest->setWantsImage(request->wantsImage());
+    // Stored first, so that a cancel from now on reaches the rendering.
+    request->setSystemRequest(systemRequest);
+    m_thumbnailer->generate(systemRequest, [generator, weakRequest](const SystemThumbnailResult &result) {
+        if (!generator)
+            return;
+        postTo(generator, [generator, weakRequest, result] {
+            const RequestPtr request = weakRequest.lock();
+            if (!request)
                 return;
-            postTo(generator, [generator, weakRequest, result] {
-                const RequestPtr request = weakRequest.lock();
-                if (!request)
-                    return;
-                request->deliver(result.image, true, result.error, result.source);
-                request->setSystemRequest(nullptr);
-                generator->finished(request);
-            });
+            request->deliver(result.image, true, result.error, result.source);
+            request->setSystemRequest(nullptr);
+            generator->finished(request);
         });
-    request->setSystemRequest(std::move(systemRequest));
+    });
 }

@@ -22,12 +22,10 @@ public:
     {
     }
 
-    std::shared_ptr<SystemThumbnailRequest> generate(const QByteArray &nativePath, QSizeF size, double scale,
-                                                     Handler handler) override
+    void generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler) override
     {
-        started.append(QFileInfo(QFile::decodeName(nativePath)).fileName());
+        started.append(QFileInfo(QFile::decodeName(request->nativePath())).fileName());
         handlers.append(handler);
-        return std::make_shared<SystemThumbnailRequest>(nativePath, size, scale);
     }
 
     void finish(qsizetype index, QSize size = QSize(800, 600))
