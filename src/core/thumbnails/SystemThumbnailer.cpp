@@ -71,6 +71,8 @@ SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest 
     struct stat info;
     if (::stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode))
         return failure(3, QStringLiteral("%1 is not a readable file.").arg(QFile::decodeName(path)));
+    if (info.st_size == 0)
+        return failure(3, QStringLiteral("%1 is empty.").arg(QFile::decodeName(path)));
     const qint64 mtime = info.st_mtime;
     const int pixels = request.pixelSize();
     const QSize fit(pixels, pixels);
