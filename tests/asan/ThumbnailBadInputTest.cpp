@@ -166,6 +166,17 @@ TEST_F(ThumbnailBadInputTest, BrokenCacheEntriesAndUnwritableCacheStillGiveThumb
     }
     EXPECT_EQ(thumbnail(photo).source, ThumbnailSource::cached);
 
+    // Checked without decoding (as the command line does), a cut-off entry is not taken either.
+    file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    file.write(good.left(good.size() - 20));
+    file.close();
+    SystemThumbnailRequest checkOnly(native(photo), QSizeF(200, 200), 1);
+    checkOnly.setWantsImage(false);
+    EXPECT_EQ(thumbnailer.thumbnail(checkOnly).source, ThumbnailSource::rendered);
+    const SystemThumbnailResult verified = thumbnailer.thumbnail(checkOnly);
+    EXPECT_EQ(verified.source, ThumbnailSource::cached);
+    EXPECT_TRUE(verified.image.isNull());
+
     // A cache root that cannot be made (a file stands in its way) only costs the caching.
     dir.write("blocked", "a file, not a folder");
     SystemThumbnailer blocked{ThumbnailCache(dir.filePath("blocked/thumbnails"))};

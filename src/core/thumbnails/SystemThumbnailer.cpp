@@ -2,6 +2,7 @@
 
 #include "app/Log.h"
 #include "imaging/ImageDecoder.h"
+#include "imaging/ImageHeaderReader.h"
 #include "thumbnails/DesktopThumbnailers.h"
 #include "thumbnails/VideoFrameGrabber.h"
 
@@ -127,15 +128,17 @@ SystemThumbnailResult SystemThumbnailer::render(const SystemThumbnailRequest &re
 
     const QSize fit(renderPixels, renderPixels);
     QString error;
-    if (!ImageDecoder::sniffFormat(head, path).isEmpty()) {
-        ImageDecoder::Options options;
-        options.fitSize = fit;
+    ImageDecoder::Options options;
+    options.fitSize = fit;
+    auto decoded = [&]() -> SystemThumbnailResult {
         const QImage image = ImageDecoder::decode(path, options, &error);
         if (!image.isNull())
             return {image, std::nullopt, ThumbnailSource::rendered};
         return failure(5, error);
-    }
-
+    };
+    // Signatures first; then videos by name, before anything loads the image plugins to ask them.
+    if (ImageHeaderReader::detectFormat(head, {}, path) != ImageFormat::Other)
+        return decoded();
     static const QMimeDatabase mimeDatabase;
     const QMimeType mime = mimeDatabase.mimeTypeForFile(displayPath);
     if (mime.name().startsWith(QLatin1String("video/"))) {
@@ -144,6 +147,8 @@ SystemThumbnailResult SystemThumbnailer::render(const SystemThumbnailRequest &re
             return {frame, std::nullopt, ThumbnailSource::rendered};
         return failure(6, error);
     }
+    if (!ImageDecoder::sniffFormat(head, path).isEmpty())
+        return decoded();
     const QImage image = DesktopThumbnailers::shared().render(path, mime, renderPixels, &error);
     if (!image.isNull())
         return {image, std::nullopt, ThumbnailSource::rendered};

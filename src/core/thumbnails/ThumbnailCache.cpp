@@ -50,7 +50,7 @@ QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
 }
 
 // Our own PNG encoder for cache entries: 8-bit RGB (RGBA with alpha), every row with the Sub
-// filter, deflated at level 1. Qt's writer tries every filter on every row, which made writing
+// filter, deflated by run-length matching. Qt's writer tries every filter on every row, which made writing
 // an entry cost more than a third of rendering a 24 MP photo; this writes in a fraction of that
 // and reads back faster too. Texts go in as plain tEXt chunks right after the header.
 QByteArray encodePng(const QImage &source, const QList<std::pair<QByteArray, QByteArray>> &texts)
@@ -69,13 +69,21 @@ QByteArray encodePng(const QImage &source, const QList<std::pair<QByteArray, QBy
         for (qsizetype x = channels; x < rowBytes; ++x)
             *out++ = char(row[x] - row[x - channels]);
     }
-    uLongf compressedLength = compressBound(uLong(raw.size()));
-    QByteArray compressed(qsizetype(compressedLength), Qt::Uninitialized);
-    if (compress2(reinterpret_cast<Bytef *>(compressed.data()), &compressedLength,
-                  reinterpret_cast<const Bytef *>(raw.constData()), uLong(raw.size()), 1)
-        != Z_OK)
+    // Run-length matching only: on Sub-filtered photos it packs nearly as well as level 1 and
+    // deflates several times faster.
+    z_stream stream{};
+    if (deflateInit2(&stream, 1, Z_DEFLATED, 15, 8, Z_RLE) != Z_OK)
         return {};
-    compressed.truncate(qsizetype(compressedLength));
+    QByteArray compressed(qsizetype(deflateBound(&stream, uLong(raw.size()))), Qt::Uninitialized);
+    stream.next_in = reinterpret_cast<Bytef *>(raw.data());
+    stream.avail_in = uInt(raw.size());
+    stream.next_out = reinterpret_cast<Bytef *>(compressed.data());
+    stream.avail_out = uInt(compressed.size());
+    const int result = deflate(&stream, Z_FINISH);
+    deflateEnd(&stream);
+    if (result != Z_STREAM_END)
+        return {};
+    compressed.truncate(qsizetype(stream.total_out));
 
     QByteArray header(13, '\0');
     qToBigEndian<quint32>(quint32(image.width()), header.data());
@@ -123,23 +131,37 @@ QHash<QByteArray, QByteArray> pngTexts(const QByteArray &bytes)
     return texts;
 }
 
-// Whether the chunks run, with matching checksums, from the header to IEND.
-bool pngComplete(const QByteArray &bytes)
+// Whether the chunks of the PNG in `file` run from the header to IEND and end with the file,
+// told from the chunk lengths alone (a few small reads; the pixels are not read). The texts,
+// which come first, are checked by their checksums.
+bool pngComplete(QFile &file, const QByteArray &head)
 {
-    qsizetype pos = 8;
+    const qint64 size = file.size();
+    qint64 pos = 8;
     bool sawData = false;
-    while (pos + 12 <= bytes.size()) {
-        const quint32 length = qFromBigEndian<quint32>(bytes.constData() + pos);
-        if (length > quint32(bytes.size() - pos - 12))
+    while (pos + 12 <= size) {
+        QByteArray chunkHead = head.mid(pos, 8);
+        if (chunkHead.size() < 8) {
+            if (!file.seek(pos))
+                return false;
+            chunkHead = file.read(8);
+            if (chunkHead.size() < 8)
+                return false;
+        }
+        const quint32 length = qFromBigEndian<quint32>(chunkHead.constData());
+        if (length > quint32(size - pos - 12))
             return false;
-        const QByteArray body = QByteArray::fromRawData(bytes.constData() + pos + 4, qsizetype(length) + 4);
-        if (chunkCrc(body) != qFromBigEndian<quint32>(bytes.constData() + pos + 8 + length))
-            return false;
-        if (body.startsWith("IDAT"))
+        const QByteArray type = chunkHead.mid(4, 4);
+        if (type == "tEXt" && pos + 12 + length <= head.size()) {
+            const QByteArray body = head.mid(pos + 4, qsizetype(length) + 4);
+            if (chunkCrc(body) != qFromBigEndian<quint32>(head.constData() + pos + 8 + length))
+                return false;
+        }
+        if (type == "IDAT")
             sawData = true;
-        else if (body.startsWith("IEND"))
-            return sawData;
-        pos += 12 + qsizetype(length);
+        else if (type == "IEND")
+            return sawData && pos + 12 == size;
+        pos += 12 + qint64(length);
     }
     return false;
 }
@@ -255,13 +277,15 @@ bool ThumbnailCache::verify(const QString &uri, qint64 mtime, Flavor flavor, QSt
     const QByteArray wantedUri = uri.toUtf8();
     for (int f = int(flavor); f <= int(Flavor::xxLarge); ++f) {
         const QString path = entryPath(uri, Flavor(f));
-        const QByteArray bytes = readAll(path);
-        if (bytes.isEmpty())
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
             continue;
-        const auto texts = pngTexts(bytes);
+        // The header and the texts fit in the first 4 KB of every entry but ones with huge texts.
+        const QByteArray head = file.read(4096);
+        const auto texts = pngTexts(head);
         if (texts.value(mtimeKey) != wantedTime || texts.value(uriKey) != wantedUri)
             continue;
-        if (pngComplete(bytes))
+        if (pngComplete(file, head))
             return true;
         if (error)
             *error = QStringLiteral("damaged thumbnail %1").arg(path);

@@ -3,6 +3,7 @@
 
 #include "thumbnails/SystemThumbnailer.h"
 #include "thumbnails/ThumbnailCache.h"
+#include "thumbnails/VideoThumbnailGenerator.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -104,6 +105,29 @@ TEST_F(SystemThumbnailerTest, VideoThumbnailIsAFrameFromPastTheBlackStart)
     ASSERT_FALSE(result.image.isNull()) << result.error->description.toStdString();
     EXPECT_EQ(result.image.size(), QSize(100, 75));
     EXPECT_GT(qGray(result.image.pixel(50, 37)), 200);
+
+    // Frames at chosen times for the viewer, handed back on the GUI thread; a cancelled
+    // request hands back nothing.
+    VideoThumbnailGenerator frames;
+    QList<QImage> got;
+    bool delivered = false;
+    frames.generate(QFile::encodeName(video), {0.5, 6.0}, QSize(64, 64),
+                    [&](const QList<QImage> &images, std::optional<ThumbnailError> error) {
+                        EXPECT_FALSE(error);
+                        got = images;
+                        delivered = true;
+                    });
+    bool cancelledDelivered = false;
+    frames.generate(QFile::encodeName(video), {1.0}, QSize(64, 64), [&](const QList<QImage> &, auto) {
+        cancelledDelivered = true;
+    })->cancel();
+    ASSERT_TRUE(waitUntil([&] { return delivered; }, 20000));
+    ASSERT_EQ(got.size(), 2);
+    EXPECT_EQ(got.at(0).size(), QSize(64, 48));
+    EXPECT_LT(qGray(got.at(0).pixel(32, 24)), 30);
+    EXPECT_GT(qGray(got.at(1).pixel(32, 24)), 200);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(cancelledDelivered);
 }
 
 } // namespace
