@@ -138,9 +138,8 @@ int runThumbsCommand(const QStringList &args)
             if (!final && !error)
                 return; // a preliminary picture: the final one follows
             const auto request = weakRequest.lock();
-            // A cache entry that was only checked comes without an image.
-            const bool ok = !error && request
-                            && (!image.isNull() || request->source() == ThumbnailSource::cached);
+            // Without --decode the thumbnailer answers without an image; an error says it failed.
+            const bool ok = !error && request && (!image.isNull() || !options.decode);
             const QString source = ok && request ? thumbnailSourceName(request->source()) : QStringLiteral("failed");
             if (ok)
                 ++made;

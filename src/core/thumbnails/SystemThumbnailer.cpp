@@ -111,7 +111,9 @@ SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest 
         if (!stored)
             logError(error);
     }
-    if (!result.image.isNull())
+    if (!request.wantsImage())
+        result.image = QImage();
+    else if (!result.image.isNull())
         result.image = ImageDecoder::scaledToFit(result.image, fit);
     return result;
 }

@@ -30,7 +30,8 @@ public:
     bool isCancelled() const { return m_cancelled.load(); }
 
     // Off for callers that only need the thumbnail to exist (filling the cache): a valid cache
-    // entry is then checked but not decoded, and the result carries no image.
+    // entry is then checked but not decoded, a rendered one is cached but not scaled, and a
+    // result without an error carries no image.
     bool wantsImage() const { return m_wantsImage; }
     void setWantsImage(bool wants) { m_wantsImage = wants; }
 
@@ -44,7 +45,7 @@ private:
 
 struct SystemThumbnailResult
 {
-    QImage image; // null on failure, and for a verified cache entry when no image was wanted
+    QImage image; // null on failure, and whenever no image was wanted
     std::optional<ThumbnailError> error;
     ThumbnailSource source = ThumbnailSource::failed;
 };

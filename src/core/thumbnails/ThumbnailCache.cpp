@@ -56,18 +56,26 @@ QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
 QByteArray encodePng(const QImage &source, const QList<std::pair<QByteArray, QByteArray>> &texts)
 {
     const bool alpha = source.hasAlphaChannel();
-    const QImage image = source.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+    // Read as 32-bit pixels (a no-op for what the decoders make) and written as RGB or RGBA
+    // samples, filtered in the same pass.
+    const QImage image = source.convertToFormat(alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     const int channels = alpha ? 4 : 3;
     const qsizetype rowBytes = qsizetype(image.width()) * channels;
     QByteArray raw(image.height() * (rowBytes + 1), Qt::Uninitialized);
-    char *out = raw.data();
+    auto *out = reinterpret_cast<uchar *>(raw.data());
     for (int y = 0; y < image.height(); ++y) {
-        const uchar *row = image.constScanLine(y);
-        *out++ = 1; // Sub: each byte minus the same channel of the pixel to its left
-        for (qsizetype x = 0; x < channels; ++x)
-            *out++ = char(row[x]);
-        for (qsizetype x = channels; x < rowBytes; ++x)
-            *out++ = char(row[x] - row[x - channels]);
+        const auto *row = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        *out++ = 1; // Sub: each sample minus the same sample of the pixel to its left
+        QRgb left = 0;
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb pixel = row[x];
+            *out++ = uchar(qRed(pixel) - qRed(left));
+            *out++ = uchar(qGreen(pixel) - qGreen(left));
+            *out++ = uchar(qBlue(pixel) - qBlue(left));
+            if (alpha)
+                *out++ = uchar(qAlpha(pixel) - qAlpha(left));
+            left = pixel;
+        }
     }
     // Run-length matching only: on Sub-filtered photos it packs nearly as well as level 1 and
     // deflates several times faster.

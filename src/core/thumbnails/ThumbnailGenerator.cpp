@@ -148,16 +148,25 @@ void ThumbnailGenerator::schedule()
         qsizetype chosen = -1;
         qsizetype firstMedium = -1;
         qsizetype firstLow = -1;
-        for (qsizetype i = 0; i < m_requests.size(); ++i) {
-            const Priority priority = m_requests.at(i)->priority();
-            if (priority == Priority::high) {
+        QList<RequestPtr> cancelledMet;
+        for (qsizetype i = 0; i < m_requests.size() && chosen < 0; ++i) {
+            const RequestPtr &candidate = m_requests.at(i);
+            switch (candidate->priority()) {
+            case Priority::cancelled:
+                cancelledMet.append(candidate);
+                break;
+            case Priority::high:
                 chosen = i;
                 break;
+            case Priority::medium:
+                if (firstMedium < 0)
+                    firstMedium = i;
+                break;
+            case Priority::low:
+                if (firstLow < 0)
+                    firstLow = i;
+                break;
             }
-            if (priority == Priority::medium && firstMedium < 0)
-                firstMedium = i;
-            else if (priority == Priority::low && firstLow < 0)
-                firstLow = i;
         }
         if (chosen < 0)
             chosen = firstMedium >= 0 ? firstMedium : firstLow;
@@ -166,6 +175,10 @@ void ThumbnailGenerator::schedule()
             return;
         }
         const RequestPtr request = m_requests.takeAt(chosen);
+        // Cancelled requests that the walk met are dropped, so that items released while waiting
+        // do not pile up; the others keep their order.
+        for (const RequestPtr &cancelled : std::as_const(cancelledMet))
+            m_requests.removeOne(cancelled);
         m_activeRequests.insert(request.get());
         m_activeOwners.append(request);
         start(request);

@@ -103,7 +103,8 @@ public:
     void cancel();
 
     // Off when the caller only needs the thumbnail to exist (the command line filling the
-    // cache): a thumbnail found in the cache is then delivered final without an image.
+    // cache): the thumbnailer's final delivery then comes without an image (an error still
+    // says that it failed).
     bool wantsImage() const { return m_wantsImage; }
     void setWantsImage(bool wants) { m_wantsImage = wants; }
 

@@ -131,6 +131,11 @@ TEST_F(ThumbnailGeneratorTest, PriorityIsReadWhenASlotFrees)
     EXPECT_EQ(thumbnailer.started.size(), 7);
     ASSERT_EQ(logged.size(), 1);
     EXPECT_TRUE(logged.first().contains("Error: Nothing but cancelled requests in the thumbnail queue"));
+
+    // The next choice drops the cancelled request it meets on the way.
+    generator.add(request(QStringLiteral("late.txt"), Priority::low));
+    EXPECT_EQ(thumbnailer.started.last(), "late.txt");
+    EXPECT_TRUE(generator.requests().isEmpty());
 }
 
 TEST_F(ThumbnailGeneratorTest, EmbeddedPreviewIsFinalOnlyWhenItCoversTheCell)
