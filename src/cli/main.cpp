@@ -1,4 +1,5 @@
 #include "CliSupport.h"
+#include "InfoCommand.h"
 #include "LsCommand.h"
 #include "RenameCommand.h"
 #include "SettingsCommand.h"
@@ -12,6 +13,7 @@ namespace {
 
 constexpr char usage[] = "pixcove-cli COMMAND [OPTIONS]\n"
                          "commands:\n"
+                         "  info    the inspector's rows for files, as text or JSON (pixcove-cli info --help)\n"
                          "  ls      list folders as a window shows them, sorted and filtered\n"
                          "  rename  new names for files by rename rules or a preset, as OLD -> NEW paths with\n"
                          "          collisions marked; renames with --apply (pixcove-cli rename --help)\n"
@@ -34,6 +36,8 @@ int main(int argc, char **argv)
         return args.isEmpty() ? Cli::exitUsage : Cli::exitOk;
     }
     const QString command = args.takeFirst();
+    if (command == QLatin1String("info"))
+        return runInfoCommand(args);
     if (command == QLatin1String("ls"))
         return runLsCommand(args);
     if (command == QLatin1String("rename"))
