@@ -16,16 +16,18 @@
 
 namespace {
 
-constexpr char usage[] = "pixcove-cli thumbs [--size POINTS] [--scale S] [--jobs N] [--no-cache] PATH...";
+constexpr char usage[] = "pixcove-cli thumbs [--size POINTS] [--scale S] [--jobs N] [--no-cache] [--decode] PATH...";
 constexpr char help[] =
-    "pixcove-cli thumbs [--size POINTS] [--scale S] [--jobs N] [--no-cache] PATH...\n"
+    "pixcove-cli thumbs [--size POINTS] [--scale S] [--jobs N] [--no-cache] [--decode] PATH...\n"
     "Makes the thumbnail that a grid cell of POINTS (default 400) shows on a screen of scale S\n"
     "(default 2) for every file (folders: their files, one level), through the thumbnail\n"
     "generator and the system thumbnailer, filling the freedesktop thumbnail cache.\n"
     "Prints SOURCE PATH per file (SOURCE: embedded, cached, rendered or failed), then\n"
     "\"N thumbnails in T s (R per second)\".\n"
     "  --jobs N     thumbnails made at once (default 6)\n"
-    "  --no-cache   neither read nor write the thumbnail cache\n";
+    "  --no-cache   neither read nor write the thumbnail cache\n"
+    "  --decode     decode thumbnails found in the cache as a grid does (by default they are\n"
+    "               checked, not decoded: the command only needs them to exist)\n";
 
 struct ThumbsOptions
 {
@@ -33,6 +35,7 @@ struct ThumbsOptions
     double scale = 2;  // a high-density screen
     int jobs = ThumbnailGenerator::defaultConcurrentRequestsCount;
     bool cache = true;
+    bool decode = false;
     QStringList paths;
 };
 
@@ -61,6 +64,8 @@ QString parse(const QStringList &args, ThumbsOptions &options)
             options.jobs = *value;
         } else if (arg == QLatin1String("--no-cache")) {
             options.cache = false;
+        } else if (arg == QLatin1String("--decode")) {
+            options.decode = true;
         } else if (arg.startsWith(QLatin1String("--"))) {
             return QStringLiteral("unknown option %1").arg(arg);
         } else {
@@ -127,12 +132,14 @@ int runThumbsCommand(const QStringList &args)
     for (const PXFilePtr &file : files) {
         auto request = std::make_shared<ThumbnailGenerator::Request>(file, QSizeF(options.size, options.size),
                                                                      ThumbnailGenerator::Priority::medium, nullptr);
+        request->setWantsImage(options.decode);
         std::weak_ptr<ThumbnailGenerator::Request> weakRequest = request;
         request->setUpdateHandler([&, weakRequest, file](const QImage &image, bool final, std::optional<ThumbnailError> error) {
             if (!final && !error)
                 return; // a preliminary picture: the final one follows
             const auto request = weakRequest.lock();
-            const bool ok = !image.isNull() && !error;
+            // Without --decode the thumbnailer answers without an image; an error says it failed.
+            const bool ok = !error && request && (!image.isNull() || !options.decode);
             const QString source = ok && request ? thumbnailSourceName(request->source()) : QStringLiteral("failed");
             if (ok)
                 ++made;

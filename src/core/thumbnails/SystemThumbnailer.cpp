@@ -2,6 +2,7 @@
 
 #include "app/Log.h"
 #include "imaging/ImageDecoder.h"
+#include "imaging/ImageHeaderReader.h"
 #include "thumbnails/DesktopThumbnailers.h"
 #include "thumbnails/VideoFrameGrabber.h"
 
@@ -54,10 +55,8 @@ SystemThumbnailer &SystemThumbnailer::shared()
     return *thumbnailer;
 }
 
-std::shared_ptr<SystemThumbnailRequest> SystemThumbnailer::generate(const QByteArray &nativePath, QSizeF size,
-                                                                    double scale, Handler handler)
+void SystemThumbnailer::generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler)
 {
-    auto request = std::make_shared<SystemThumbnailRequest>(nativePath, size, scale);
     m_pool.start([this, request, handler = std::move(handler)] {
         if (request->isCancelled()) {
             handler(failure(2, QStringLiteral("The request was cancelled.")));
@@ -65,7 +64,6 @@ std::shared_ptr<SystemThumbnailRequest> SystemThumbnailer::generate(const QByteA
         }
         handler(thumbnail(*request));
     });
-    return request;
 }
 
 SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest &request) const
@@ -74,6 +72,8 @@ SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest 
     struct stat info;
     if (::stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode))
         return failure(3, QStringLiteral("%1 is not a readable file.").arg(QFile::decodeName(path)));
+    if (info.st_size == 0)
+        return failure(3, QStringLiteral("%1 is empty.").arg(QFile::decodeName(path)));
     const qint64 mtime = info.st_mtime;
     const int pixels = request.pixelSize();
     const QSize fit(pixels, pixels);
@@ -82,11 +82,16 @@ SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest 
 
     if (m_cacheEnabled) {
         QString error;
-        const QImage cached = m_cache.lookup(uri, mtime, flavor, &error);
+        if (!request.wantsImage()) {
+            if (m_cache.verify(uri, mtime, flavor, &error))
+                return {QImage(), std::nullopt, ThumbnailSource::cached};
+        } else {
+            const QImage cached = m_cache.lookup(uri, mtime, flavor, &error);
+            if (!cached.isNull())
+                return {ImageDecoder::scaledToFit(cached, fit), std::nullopt, ThumbnailSource::cached};
+        }
         if (!error.isEmpty())
             logError(error);
-        if (!cached.isNull())
-            return {ImageDecoder::scaledToFit(cached, fit), std::nullopt, ThumbnailSource::cached};
         if (m_cache.hasFailure(uri, mtime))
             return failure(4, QStringLiteral("No thumbnail can be made of %1.").arg(QFile::decodeName(path)));
     }
@@ -106,7 +111,9 @@ SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest 
         if (!stored)
             logError(error);
     }
-    if (!result.image.isNull())
+    if (!request.wantsImage())
+        result.image = QImage();
+    else if (!result.image.isNull())
         result.image = ImageDecoder::scaledToFit(result.image, fit);
     return result;
 }
@@ -123,15 +130,17 @@ SystemThumbnailResult SystemThumbnailer::render(const SystemThumbnailRequest &re
 
     const QSize fit(renderPixels, renderPixels);
     QString error;
-    if (!ImageDecoder::sniffFormat(head, path).isEmpty()) {
-        ImageDecoder::Options options;
-        options.fitSize = fit;
+    ImageDecoder::Options options;
+    options.fitSize = fit;
+    auto decoded = [&]() -> SystemThumbnailResult {
         const QImage image = ImageDecoder::decode(path, options, &error);
         if (!image.isNull())
             return {image, std::nullopt, ThumbnailSource::rendered};
         return failure(5, error);
-    }
-
+    };
+    // Signatures first; then videos by name, before anything loads the image plugins to ask them.
+    if (ImageHeaderReader::detectFormat(head, {}, path) != ImageFormat::Other)
+        return decoded();
     static const QMimeDatabase mimeDatabase;
     const QMimeType mime = mimeDatabase.mimeTypeForFile(displayPath);
     if (mime.name().startsWith(QLatin1String("video/"))) {
@@ -140,6 +149,8 @@ SystemThumbnailResult SystemThumbnailer::render(const SystemThumbnailRequest &re
             return {frame, std::nullopt, ThumbnailSource::rendered};
         return failure(6, error);
     }
+    if (!ImageDecoder::sniffFormat(head, path).isEmpty())
+        return decoded();
     const QImage image = DesktopThumbnailers::shared().render(path, mime, renderPixels, &error);
     if (!image.isNull())
         return {image, std::nullopt, ThumbnailSource::rendered};

@@ -29,16 +29,23 @@ public:
     void cancel() { m_cancelled.store(true); }
     bool isCancelled() const { return m_cancelled.load(); }
 
+    // Off for callers that only need the thumbnail to exist (filling the cache): a valid cache
+    // entry is then checked but not decoded, a rendered one is cached but not scaled, and a
+    // result without an error carries no image.
+    bool wantsImage() const { return m_wantsImage; }
+    void setWantsImage(bool wants) { m_wantsImage = wants; }
+
 private:
     QByteArray m_nativePath;
     QSizeF m_size;
     double m_scale;
+    bool m_wantsImage = true;
     std::atomic<bool> m_cancelled = false;
 };
 
 struct SystemThumbnailResult
 {
-    QImage image; // null on failure
+    QImage image; // null on failure, and whenever no image was wanted
     std::optional<ThumbnailError> error;
     ThumbnailSource source = ThumbnailSource::failed;
 };
@@ -64,8 +71,8 @@ public:
 
     static SystemThumbnailer &shared();
 
-    virtual std::shared_ptr<SystemThumbnailRequest> generate(const QByteArray &nativePath, QSizeF size,
-                                                             double scale, Handler handler);
+    // Starts `request` on the pool.
+    virtual void generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler);
     // The same work done on the calling thread.
     SystemThumbnailResult thumbnail(const SystemThumbnailRequest &request) const;
 

@@ -3,16 +3,14 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
-#include <QBuffer>
 #include <QHash>
 #include <QtEndian>
-#include <QImageWriter>
 #include <QSaveFile>
 #include <QUrl>
 
 #include <sys/stat.h>
+#include <zlib.h>
 
-#include <array>
 
 namespace {
 
@@ -36,22 +34,9 @@ bool makeFolder(const QString &path, QString *error)
     return false;
 }
 
-quint32 crc32(const QByteArray &bytes)
+quint32 chunkCrc(const QByteArray &typeAndData)
 {
-    static const auto table = [] {
-        std::array<quint32, 256> values{};
-        for (quint32 n = 0; n < 256; ++n) {
-            quint32 c = n;
-            for (int k = 0; k < 8; ++k)
-                c = (c & 1) ? 0xEDB88320u ^ (c >> 1) : c >> 1;
-            values[n] = c;
-        }
-        return values;
-    }();
-    quint32 crc = 0xFFFFFFFFu;
-    for (const char byte : bytes)
-        crc = table[(crc ^ quint8(byte)) & 0xFF] ^ (crc >> 8);
-    return ~crc;
+    return quint32(::crc32(0, reinterpret_cast<const Bytef *>(typeAndData.constData()), uInt(typeAndData.size())));
 }
 
 QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
@@ -60,8 +45,66 @@ QByteArray pngChunk(const QByteArray &type, const QByteArray &data)
     qToBigEndian<quint32>(quint32(data.size()), chunk.data());
     const QByteArray body = type + data;
     QByteArray crc(4, Qt::Uninitialized);
-    qToBigEndian<quint32>(crc32(body), crc.data());
+    qToBigEndian<quint32>(chunkCrc(body), crc.data());
     return chunk + body + crc;
+}
+
+// Our own PNG encoder for cache entries: 8-bit RGB (RGBA with alpha), every row with the Sub
+// filter, deflated by run-length matching. Qt's writer tries every filter on every row, which made writing
+// an entry cost more than a third of rendering a 24 MP photo; this writes in a fraction of that
+// and reads back faster too. Texts go in as plain tEXt chunks right after the header.
+QByteArray encodePng(const QImage &source, const QList<std::pair<QByteArray, QByteArray>> &texts)
+{
+    const bool alpha = source.hasAlphaChannel();
+    // Read as 32-bit pixels (a no-op for what the decoders make) and written as RGB or RGBA
+    // samples, filtered in the same pass.
+    const QImage image = source.convertToFormat(alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    const int channels = alpha ? 4 : 3;
+    const qsizetype rowBytes = qsizetype(image.width()) * channels;
+    QByteArray raw(image.height() * (rowBytes + 1), Qt::Uninitialized);
+    auto *out = reinterpret_cast<uchar *>(raw.data());
+    for (int y = 0; y < image.height(); ++y) {
+        const auto *row = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        *out++ = 1; // Sub: each sample minus the same sample of the pixel to its left
+        QRgb left = 0;
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb pixel = row[x];
+            *out++ = uchar(qRed(pixel) - qRed(left));
+            *out++ = uchar(qGreen(pixel) - qGreen(left));
+            *out++ = uchar(qBlue(pixel) - qBlue(left));
+            if (alpha)
+                *out++ = uchar(qAlpha(pixel) - qAlpha(left));
+            left = pixel;
+        }
+    }
+    // Run-length matching only: on Sub-filtered photos it packs nearly as well as level 1 and
+    // deflates several times faster.
+    z_stream stream{};
+    if (deflateInit2(&stream, 1, Z_DEFLATED, 15, 8, Z_RLE) != Z_OK)
+        return {};
+    QByteArray compressed(qsizetype(deflateBound(&stream, uLong(raw.size()))), Qt::Uninitialized);
+    stream.next_in = reinterpret_cast<Bytef *>(raw.data());
+    stream.avail_in = uInt(raw.size());
+    stream.next_out = reinterpret_cast<Bytef *>(compressed.data());
+    stream.avail_out = uInt(compressed.size());
+    const int result = deflate(&stream, Z_FINISH);
+    deflateEnd(&stream);
+    if (result != Z_STREAM_END)
+        return {};
+    compressed.truncate(qsizetype(stream.total_out));
+
+    QByteArray header(13, '\0');
+    qToBigEndian<quint32>(quint32(image.width()), header.data());
+    qToBigEndian<quint32>(quint32(image.height()), header.data() + 4);
+    header[8] = 8;                 // bits per sample
+    header[9] = alpha ? 6 : 2;     // RGBA or RGB
+    QByteArray png("\x89PNG\r\n\x1A\n", 8);
+    png += pngChunk("IHDR", header);
+    for (const auto &[key, value] : texts)
+        png += pngChunk("tEXt", key + '\0' + value);
+    png += pngChunk("IDAT", compressed);
+    png += pngChunk("IEND", {});
+    return png;
 }
 
 // The text chunks before the pixel data, read straight from the PNG's bytes. (QImageReader's
@@ -94,6 +137,41 @@ QHash<QByteArray, QByteArray> pngTexts(const QByteArray &bytes)
         pos += 12 + qsizetype(length);
     }
     return texts;
+}
+
+// Whether the chunks of the PNG in `file` run from the header to IEND and end with the file,
+// told from the chunk lengths alone (a few small reads; the pixels are not read). The texts,
+// which come first, are checked by their checksums.
+bool pngComplete(QFile &file, const QByteArray &head)
+{
+    const qint64 size = file.size();
+    qint64 pos = 8;
+    bool sawData = false;
+    while (pos + 12 <= size) {
+        QByteArray chunkHead = head.mid(pos, 8);
+        if (chunkHead.size() < 8) {
+            if (!file.seek(pos))
+                return false;
+            chunkHead = file.read(8);
+            if (chunkHead.size() < 8)
+                return false;
+        }
+        const quint32 length = qFromBigEndian<quint32>(chunkHead.constData());
+        if (length > quint32(size - pos - 12))
+            return false;
+        const QByteArray type = chunkHead.mid(4, 4);
+        if (type == "tEXt" && pos + 12 + length <= head.size()) {
+            const QByteArray body = head.mid(pos + 4, qsizetype(length) + 4);
+            if (chunkCrc(body) != qFromBigEndian<quint32>(head.constData() + pos + 8 + length))
+                return false;
+        }
+        if (type == "IDAT")
+            sawData = true;
+        else if (type == "IEND")
+            return sawData && pos + 12 == size;
+        pos += 12 + qint64(length);
+    }
+    return false;
 }
 
 QByteArray readAll(const QString &path)
@@ -201,6 +279,28 @@ QImage ThumbnailCache::lookup(const QString &uri, qint64 mtime, Flavor flavor, Q
     return {};
 }
 
+bool ThumbnailCache::verify(const QString &uri, qint64 mtime, Flavor flavor, QString *error) const
+{
+    const QByteArray wantedTime = QByteArray::number(mtime);
+    const QByteArray wantedUri = uri.toUtf8();
+    for (int f = int(flavor); f <= int(Flavor::xxLarge); ++f) {
+        const QString path = entryPath(uri, Flavor(f));
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        // The header and the texts fit in the first 4 KB of every entry but ones with huge texts.
+        const QByteArray head = file.read(4096);
+        const auto texts = pngTexts(head);
+        if (texts.value(mtimeKey) != wantedTime || texts.value(uriKey) != wantedUri)
+            continue;
+        if (pngComplete(file, head))
+            return true;
+        if (error)
+            *error = QStringLiteral("damaged thumbnail %1").arg(path);
+    }
+    return false;
+}
+
 bool ThumbnailCache::store(const QString &uri, qint64 mtime, Flavor flavor, const QImage &image, QString *error) const
 {
     const QString folder = m_root + QLatin1Char('/') + flavorFolder(flavor);
@@ -227,24 +327,12 @@ bool ThumbnailCache::storeFailure(const QString &uri, qint64 mtime, QString *err
 bool ThumbnailCache::writeAtomically(const QString &path, const QImage &image, const QString &uri, qint64 mtime,
                                      QString *error) const
 {
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "png");
-    // Light compression: entries are written once per file but read on every visit, and
-    // inflating a lightly deflated PNG is what keeps cache hits cheap.
-    writer.setQuality(80);
-    if (!writer.write(image) || png.size() < 33) {
+    const QByteArray png = encodePng(image, {{mtimeKey, QByteArray::number(mtime)}, {uriKey, uri.toUtf8()}});
+    if (png.isEmpty()) {
         if (error)
-            *error = QStringLiteral("cannot encode the thumbnail %1: %2").arg(path, writer.errorString());
+            *error = QStringLiteral("cannot encode the thumbnail %1").arg(path);
         return false;
     }
-    // Plain tEXt chunks right after the header (signature 8 bytes, IHDR 25), where every reader
-    // of the cache looks for them.
-    const QByteArray texts = pngChunk("tEXt", QByteArray(mtimeKey) + '\0' + QByteArray::number(mtime))
-                             + pngChunk("tEXt", QByteArray(uriKey) + '\0' + uri.toUtf8());
-    png.insert(33, texts);
-
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         if (error)

@@ -34,6 +34,10 @@ public:
     // The entry of `flavor` or a larger one that is valid for `mtime`; null otherwise. A damaged
     // entry reads as missing, with the reason in `error`.
     QImage lookup(const QString &uri, qint64 mtime, Flavor flavor, QString *error = nullptr) const;
+    // Whether lookup() would find an entry, told from its texts and its chunk structure
+    // (complete up to IEND) without reading the pixels. Damage inside the pixel data shows only
+    // when the entry is decoded (lookup() then reads it as missing).
+    bool verify(const QString &uri, qint64 mtime, Flavor flavor, QString *error = nullptr) const;
     bool store(const QString &uri, qint64 mtime, Flavor flavor, const QImage &image, QString *error = nullptr) const;
 
     bool hasFailure(const QString &uri, qint64 mtime) const;

@@ -148,16 +148,25 @@ void ThumbnailGenerator::schedule()
         qsizetype chosen = -1;
         qsizetype firstMedium = -1;
         qsizetype firstLow = -1;
-        for (qsizetype i = 0; i < m_requests.size(); ++i) {
-            const Priority priority = m_requests.at(i)->priority();
-            if (priority == Priority::high) {
+        QList<RequestPtr> cancelledMet;
+        for (qsizetype i = 0; i < m_requests.size() && chosen < 0; ++i) {
+            const RequestPtr &candidate = m_requests.at(i);
+            switch (candidate->priority()) {
+            case Priority::cancelled:
+                cancelledMet.append(candidate);
+                break;
+            case Priority::high:
                 chosen = i;
                 break;
+            case Priority::medium:
+                if (firstMedium < 0)
+                    firstMedium = i;
+                break;
+            case Priority::low:
+                if (firstLow < 0)
+                    firstLow = i;
+                break;
             }
-            if (priority == Priority::medium && firstMedium < 0)
-                firstMedium = i;
-            else if (priority == Priority::low && firstLow < 0)
-                firstLow = i;
         }
         if (chosen < 0)
             chosen = firstMedium >= 0 ? firstMedium : firstLow;
@@ -166,6 +175,10 @@ void ThumbnailGenerator::schedule()
             return;
         }
         const RequestPtr request = m_requests.takeAt(chosen);
+        // Cancelled requests that the walk met are dropped, so that items released while waiting
+        // do not pile up; the others keep their order.
+        for (const RequestPtr &cancelled : std::as_const(cancelledMet))
+            m_requests.removeOne(cancelled);
         m_activeRequests.insert(request.get());
         m_activeOwners.append(request);
         start(request);
@@ -195,20 +208,19 @@ void ThumbnailGenerator::start(const RequestPtr &request)
             finished(request);
         return;
     }
+    // The screens are asked here: only the GUI thread may.
+    const int needed = int(screenScale() * request->size().width());
     std::weak_ptr<Request> weakRequest = request;
-    utilityQueue()->start([this, weakRequest] { runImagePath(weakRequest); });
+    QPointer<ThumbnailGenerator> generator = this;
+    utilityQueue()->start([generator, weakRequest, needed] { runImagePath(generator, weakRequest, needed); });
 }
 
-void ThumbnailGenerator::runImagePath(const std::weak_ptr<Request> &weakRequest)
+void ThumbnailGenerator::runImagePath(QPointer<ThumbnailGenerator> generator, const std::weak_ptr<Request> &weakRequest,
+                                      int needed)
 {
     RequestPtr request = weakRequest.lock();
-    if (!request)
+    if (!request || !generator)
         return;
-    QPointer<ThumbnailGenerator> generator = request->m_generator;
-    if (!generator)
-        return;
-
-    const int needed = int(generator->screenScale() * request->size().width());
     if (!request->isCancelled()) {
         const QImage preview = EmbeddedPreview::read(request->file()->resolvedNativePath(), needed);
         if (!preview.isNull()) {
@@ -240,19 +252,21 @@ void ThumbnailGenerator::startSystemThumbnail(const RequestPtr &request)
     }
     QPointer<ThumbnailGenerator> generator = this;
     std::weak_ptr<Request> weakRequest = request;
-    auto systemRequest = m_thumbnailer->generate(
-        request->file()->resolvedNativePath(), request->size(), screenScale(),
-        [generator, weakRequest](const SystemThumbnailResult &result) {
-            if (!generator)
+    auto systemRequest = std::make_shared<SystemThumbnailRequest>(request->file()->resolvedNativePath(),
+                                                                  request->size(), screenScale());
+    systemRequest->setWantsImage(request->wantsImage());
+    // Stored first, so that a cancel from now on reaches the rendering.
+    request->setSystemRequest(systemRequest);
+    m_thumbnailer->generate(systemRequest, [generator, weakRequest](const SystemThumbnailResult &result) {
+        if (!generator)
+            return;
+        postTo(generator, [generator, weakRequest, result] {
+            const RequestPtr request = weakRequest.lock();
+            if (!request)
                 return;
-            postTo(generator, [generator, weakRequest, result] {
-                const RequestPtr request = weakRequest.lock();
-                if (!request)
-                    return;
-                request->deliver(result.image, true, result.error, result.source);
-                request->setSystemRequest(nullptr);
-                generator->finished(request);
-            });
+            request->deliver(result.image, true, result.error, result.source);
+            request->setSystemRequest(nullptr);
+            generator->finished(request);
         });
-    request->setSystemRequest(std::move(systemRequest));
+    });
 }

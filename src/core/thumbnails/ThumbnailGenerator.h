@@ -68,7 +68,10 @@ public:
 private:
     void schedule();
     void start(const RequestPtr &request);
-    void runImagePath(const std::weak_ptr<Request> &weakRequest);
+    // On the utility queue: the embedded preview, then the thumbnailer if it does not cover
+    // `needed` pixels. Holds the request weakly and gives up silently when it is gone.
+    static void runImagePath(QPointer<ThumbnailGenerator> generator, const std::weak_ptr<Request> &weakRequest,
+                             int needed);
     void startSystemThumbnail(const RequestPtr &request);
 
     QList<RequestPtr> m_requests;
@@ -99,6 +102,12 @@ public:
     // Cancels the request and any rendering of it that is under way.
     void cancel();
 
+    // Off when the caller only needs the thumbnail to exist (the command line filling the
+    // cache): the thumbnailer's final delivery then comes without an image (an error still
+    // says that it failed).
+    bool wantsImage() const { return m_wantsImage; }
+    void setWantsImage(bool wants) { m_wantsImage = wants; }
+
     // How the latest delivery was made.
     ThumbnailSource source() const { return m_source.load(); }
 
@@ -114,6 +123,7 @@ private:
     std::atomic<Priority> m_priority;
     UpdateHandler m_updateHandler;
     std::atomic<ThumbnailSource> m_source = ThumbnailSource::none;
+    bool m_wantsImage = true;
     QMutex m_lock; // guards m_systemRequest
     std::shared_ptr<SystemThumbnailRequest> m_systemRequest;
     QPointer<ThumbnailGenerator> m_generator;

@@ -34,6 +34,7 @@ TEST(ThumbsCommandTest, PrintsTheSourceOfEveryThumbnailAndFillsTheCache)
     const CliRun second = runCli({"thumbs", photos + "/b-small.jpg"});
     EXPECT_EQ(second.exitCode, 0);
     EXPECT_TRUE(second.out.startsWith("cached " + photos + "/b-small.jpg\n")) << second.out.toStdString();
+    EXPECT_TRUE(runCli({"thumbs", "--decode", photos + "/b-small.jpg"}).out.startsWith("cached "));
     const CliRun uncached = runCli({"thumbs", "--no-cache", "--size", "100", "--scale", "1", photos + "/b-small.jpg"});
     EXPECT_TRUE(uncached.out.startsWith("embedded ")) << uncached.out.toStdString(); // 160 covers 100
 

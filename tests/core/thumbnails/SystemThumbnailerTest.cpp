@@ -3,7 +3,9 @@
 
 #include "thumbnails/SystemThumbnailer.h"
 #include "thumbnails/ThumbnailCache.h"
+#include "thumbnails/VideoThumbnailGenerator.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
@@ -59,8 +61,22 @@ TEST_F(SystemThumbnailerTest, RendersOnceThenAnswersFromTheCacheUntilTheFileChan
     const SystemThumbnailResult second = thumbnail(photo);
     EXPECT_EQ(second.source, ThumbnailSource::cached);
     EXPECT_EQ(second.image.size(), QSize(800, 532));
+    EXPECT_EQ(second.image.convertToFormat(QImage::Format_RGB32), first.image.convertToFormat(QImage::Format_RGB32));
     // A smaller request is served from the larger entry.
     EXPECT_EQ(thumbnail(photo, 64, 1).source, ThumbnailSource::cached);
+
+    // An entry written by another program (Qt's writer: every row filter, the URI as zTXt) reads
+    // back pixel for pixel.
+    QImage foreign(300, 200, QImage::Format_ARGB32);
+    for (int y = 0; y < foreign.height(); ++y)
+        for (int x = 0; x < foreign.width(); ++x)
+            foreign.setPixel(x, y, qRgba(x % 256, (x * y) % 256, (y * 7) % 256, 128 + (x + y) % 128));
+    foreign.setText("Thumb::URI", uri);
+    foreign.setText("Thumb::MTime", "1700000000");
+    QDir().mkpath(cache.root() + "/large");
+    ASSERT_TRUE(foreign.save(cache.entryPath(uri, ThumbnailCache::Flavor::large), "PNG"));
+    const QImage read = cache.lookup(uri, 1700000000, ThumbnailCache::Flavor::large);
+    EXPECT_EQ(read.convertToFormat(QImage::Format_ARGB32), foreign);
 
     setModified(photo, 1700000100);
     EXPECT_EQ(thumbnail(photo).source, ThumbnailSource::rendered);
@@ -104,6 +120,29 @@ TEST_F(SystemThumbnailerTest, VideoThumbnailIsAFrameFromPastTheBlackStart)
     ASSERT_FALSE(result.image.isNull()) << result.error->description.toStdString();
     EXPECT_EQ(result.image.size(), QSize(100, 75));
     EXPECT_GT(qGray(result.image.pixel(50, 37)), 200);
+
+    // Frames at chosen times for the viewer, handed back on the GUI thread; a cancelled
+    // request hands back nothing.
+    VideoThumbnailGenerator frames;
+    QList<QImage> got;
+    bool delivered = false;
+    frames.generate(QFile::encodeName(video), {0.5, 6.0}, QSize(64, 64),
+                    [&](const QList<QImage> &images, std::optional<ThumbnailError> error) {
+                        EXPECT_FALSE(error);
+                        got = images;
+                        delivered = true;
+                    });
+    bool cancelledDelivered = false;
+    frames.generate(QFile::encodeName(video), {1.0}, QSize(64, 64), [&](const QList<QImage> &, auto) {
+        cancelledDelivered = true;
+    })->cancel();
+    ASSERT_TRUE(waitUntil([&] { return delivered; }, 20000));
+    ASSERT_EQ(got.size(), 2);
+    EXPECT_EQ(got.at(0).size(), QSize(64, 48));
+    EXPECT_LT(qGray(got.at(0).pixel(32, 24)), 30);
+    EXPECT_GT(qGray(got.at(1).pixel(32, 24)), 200);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(cancelledDelivered);
 }
 
 } // namespace

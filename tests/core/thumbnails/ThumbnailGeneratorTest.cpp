@@ -22,12 +22,10 @@ public:
     {
     }
 
-    std::shared_ptr<SystemThumbnailRequest> generate(const QByteArray &nativePath, QSizeF size, double scale,
-                                                     Handler handler) override
+    void generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler) override
     {
-        started.append(QFileInfo(QFile::decodeName(nativePath)).fileName());
+        started.append(QFileInfo(QFile::decodeName(request->nativePath())).fileName());
         handlers.append(handler);
-        return std::make_shared<SystemThumbnailRequest>(nativePath, size, scale);
     }
 
     void finish(qsizetype index, QSize size = QSize(800, 600))
@@ -133,6 +131,11 @@ TEST_F(ThumbnailGeneratorTest, PriorityIsReadWhenASlotFrees)
     EXPECT_EQ(thumbnailer.started.size(), 7);
     ASSERT_EQ(logged.size(), 1);
     EXPECT_TRUE(logged.first().contains("Error: Nothing but cancelled requests in the thumbnail queue"));
+
+    // The next choice drops the cancelled request it meets on the way.
+    generator.add(request(QStringLiteral("late.txt"), Priority::low));
+    EXPECT_EQ(thumbnailer.started.last(), "late.txt");
+    EXPECT_TRUE(generator.requests().isEmpty());
 }
 
 TEST_F(ThumbnailGeneratorTest, EmbeddedPreviewIsFinalOnlyWhenItCoversTheCell)

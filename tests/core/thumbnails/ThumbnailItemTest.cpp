@@ -20,8 +20,7 @@ public:
     {
     }
 
-    std::shared_ptr<SystemThumbnailRequest> generate(const QByteArray &nativePath, QSizeF size, double scale,
-                                                     Handler handler) override
+    void generate(const std::shared_ptr<SystemThumbnailRequest> &, Handler handler) override
     {
         ++calls;
         if (fail) {
@@ -31,7 +30,6 @@ public:
             image.fill(Qt::gray);
             handler({image, std::nullopt, ThumbnailSource::rendered});
         }
-        return std::make_shared<SystemThumbnailRequest>(nativePath, size, scale);
     }
 
     int calls = 0;
