@@ -36,5 +36,14 @@ void runOnPool(const QString &poolName, F &&fn, int priority = 0)
     namedThreadPool(poolName)->start(std::forward<F>(fn), priority);
 }
 
+// Has `pool` drained with the named pools when the application object goes. For pools that live
+// as long as the process, such as a shared service's own pool.
+void registerThreadPool(QThreadPool *pool);
+
+// Drops queued work and waits for running work on every named or registered pool. Runs by itself
+// when the application object is destroyed, so that no worker still loads image plugins or posts
+// events while Qt tears them down.
+void drainThreadPools();
+
 // Whether the caller runs on the GUI thread (true too when there is no application object).
 bool isGuiThread();

@@ -1,5 +1,6 @@
 #include "thumbnails/SystemThumbnailer.h"
 
+#include "app/Dispatch.h"
 #include "app/Log.h"
 #include "imaging/ImageDecoder.h"
 #include "imaging/ImageHeaderReader.h"
@@ -51,7 +52,11 @@ SystemThumbnailer::~SystemThumbnailer()
 SystemThumbnailer &SystemThumbnailer::shared()
 {
     // Never deleted: its pool may be running while static destructors run.
-    static SystemThumbnailer *thumbnailer = new SystemThumbnailer;
+    static SystemThumbnailer *thumbnailer = [] {
+        auto *made = new SystemThumbnailer;
+        registerThreadPool(&made->m_pool);
+        return made;
+    }();
     return *thumbnailer;
 }
 
