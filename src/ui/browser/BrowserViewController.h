@@ -6,10 +6,13 @@
 #include <QList>
 #include <QWidget>
 
+class PreviewView;
+class QSplitter;
 class ThumbnailsViewController;
 
 // The browser of a main window: the thumbnail grid and, on the side the window's browserLayout
-// chooses, a preview of the selected image scaled to fit.
+// chooses, a preview of the selected image scaled to fit. With the preview on top the grid
+// becomes one row under it.
 class BrowserViewController : public QWidget
 {
     Q_OBJECT
@@ -19,6 +22,7 @@ public:
     ~BrowserViewController() override;
 
     ThumbnailsViewController *thumbnailsViewController() const { return m_thumbnails; }
+    PreviewView *previewView() const { return m_preview; }
     // The sidebar's selection.
     void setSources(const QList<PXFilePtr> &folders);
 
@@ -29,6 +33,10 @@ Q_SIGNALS:
     void sourceVanished(const PXFilePtr &folder, const QString &reason);
 
 private:
+    void applyLayout();
+
     WindowSettingsPtr m_windowSettings;
+    QSplitter *m_splitter;
     ThumbnailsViewController *m_thumbnails;
+    PreviewView *m_preview;
 };

@@ -1,36 +1,914 @@
 #include "browser/ThumbnailsViewController.h"
 
-ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, QWidget *parent)
-    : QWidget(parent)
-    , m_windowSettings(std::move(settings))
-{
+#include "app/Dispatch.h"
+#include "app/Log.h"
+#include "browser/FileDropPerformer.h"
+#include "browser/InlineRenameOperation.h"
+#include "browser/ThumbnailContextMenu.h"
+#include "browser/ThumbnailInfoLines.h"
+#include "browser/ThumbnailItemSize.h"
+#include "browser/ThumbnailsStatusText.h"
+#include "model/FileCollectionModel.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsManager.h"
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QMimeData>
+#include <QMimeDatabase>
+#include <QProcess>
+#include <QStyle>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace {
+// Room around each section's cells.
+const QMargins sectionInsets(10, 10, 10, 10);
+// Coalesces a run of keyboard moves into one report to the window (the inspector and the
+// preview load on each report).
+constexpr int selectionChangeDelayMs = 40;
+// Items this many screens away from the view forget their pictures.
+constexpr int keepScreens = 3;
 }
 
-ThumbnailsViewController::~ThumbnailsViewController() = default;
+ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, QWidget *parent)
+    : QWidget(parent)
+    , m_windowSettings(settings ? std::move(settings) : std::make_shared<WindowSettings>())
+    , m_collection(new FileCollectionModel(this))
+    , m_grid(new ThumbnailGridView(this, this))
+    , m_loadingLabel(new QLabel(tr("Loading Files..."), this))
+    , m_selectionChangeTimer(new QTimer(this))
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_grid);
+    m_loadingLabel->setAlignment(Qt::AlignCenter);
+    m_loadingLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_loadingLabel->hide();
+    m_grid->gridLayout().setSectionInsets(sectionInsets);
+    m_grid->installEventFilter(this);
+    setFocusProxy(m_grid);
 
-void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders) { m_currentSources = folders; }
-QList<PXFilePtr> ThumbnailsViewController::sources() const { return m_currentSources; }
-bool ThumbnailsViewController::validateAction(const QString &) const { return false; }
-QList<PXFilePtr> ThumbnailsViewController::selectedFiles() const { return {}; }
-QString ThumbnailsViewController::statusText() const { return tr("No Folder Selected"); }
-void ThumbnailsViewController::performOpen() {}
-void ThumbnailsViewController::openInApp() {}
-void ThumbnailsViewController::selectAll() {}
-void ThumbnailsViewController::deselectAll() {}
-void ThumbnailsViewController::renameFile() {}
+    m_collection->representedItemGenerator = [this](const PXFilePtr &file) -> std::any {
+        if (ThumbnailItemPtr item = m_allItemsByFile.value(file.get()))
+            return item;
+        auto item = std::make_shared<ThumbnailItem>(file, m_windowSettings);
+        item->setController(this, this);
+        m_allItemsByFile.insert(file.get(), item);
+        return item;
+    };
+    m_collection->fileUpdateCallback = [this](const FileModelPtr &node) {
+        const PXFile *file = node->file().get();
+        m_infoLines.remove(file);
+        if (ThumbnailItemPtr item = m_allItemsByFile.value(file)) {
+            if (item->lookedForThumbnail())
+                item->reload();
+            if (item->indexPath)
+                m_grid->updateItem(*item->indexPath);
+        }
+    };
+    m_collection->fileSwapCallback = [this](const FileModelPtr &node, const PXFilePtr &previous) {
+        // A file renamed from outside keeps its place in the selection under its new record.
+        for (PXFilePtr &selected : m_selectedFiles) {
+            if (selected == previous)
+                selected = node->file();
+        }
+    };
+    connect(m_collection, &FileCollectionModel::representationsPublished, this, &ThumbnailsViewController::publish);
+    connect(m_collection, &FileCollectionModel::isLoadingChanged, this, [this] {
+        updateStatus();
+        restoreStateIfSettled();
+    });
+    connect(m_collection, &FileCollectionModel::itemCountChanged, this, &ThumbnailsViewController::updateStatus);
+    connect(m_collection, &FileCollectionModel::folderFailed, this, [this](const QString &path, const QString &reason) {
+        logError(tr("Cannot list %1: %2").arg(path, reason));
+        for (const PXFilePtr &source : std::as_const(m_currentSources)) {
+            if (source->path() == path)
+                Q_EMIT sourceVanished(source, reason);
+        }
+    });
+
+    connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
+    connect(m_grid, &ThumbnailGridView::visibleRangeChanged, this, &ThumbnailsViewController::updateVisibility);
+    connect(m_grid, &ThumbnailGridView::activated, this, [this] { performOpen(); });
+    connect(m_grid, &ThumbnailGridView::nameEdited, this, &ThumbnailsViewController::commitNameEdit);
+    connect(m_grid, &ThumbnailGridView::renameShortcutPressed, this, &ThumbnailsViewController::renameFile);
+    connect(m_grid, &ThumbnailGridView::contextMenuRequested, this, [this](int index, const QPoint &globalPos) {
+        QMenu *menu = makeContextMenu(index);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        menu->popup(globalPos);
+    });
+
+    m_selectionChangeTimer->setSingleShot(true);
+    m_selectionChangeTimer->setInterval(selectionChangeDelayMs);
+    connect(m_selectionChangeTimer, &QTimer::timeout, this, [this] { Q_EMIT selectionChanged(m_selectedFiles); });
+
+    WindowSettings *ws = m_windowSettings.get();
+    connect(ws, &WindowSettings::thumbnailsFileSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsFolderSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsReverseSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsFileFilterChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsHideFoldersChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsFolderSearchDepthChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsSubfolderInclusionStyleChanged, this, &ThumbnailsViewController::publish);
+    connect(ws, &WindowSettings::thumbnailSizeChanged, this, &ThumbnailsViewController::updateItemSize);
+    connect(ws, &WindowSettings::browserLayoutChanged, this, &ThumbnailsViewController::updateItemSize);
+    connect(ws, &WindowSettings::thumbnailShowInformationChanged, this, &ThumbnailsViewController::updateItemSize);
+    connect(ws, &WindowSettings::thumbnailInformationChanged, this, [this] {
+        m_infoLines.clear();
+        m_infoLinesPending.clear();
+        ++m_infoGeneration;
+        updateItemSize();
+    });
+    if (AppSettings *app = SettingsManager::shared().settings()) {
+        m_grid->setClickToRename(!app->thumbnailsRenameOnlyOnEnter());
+        connect(app, &AppSettings::thumbnailsRenameOnlyOnEnterChanged, this, [this](bool onlyOnEnter) {
+            m_grid->setClickToRename(!onlyOnEnter);
+        });
+    }
+    applyCollectionSettings();
+    updateItemSize();
+    updateStatus();
+}
+
+ThumbnailsViewController::~ThumbnailsViewController()
+{
+    // Items may outlive the pane in a pending result: they must not call back into it.
+    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile))
+        item->setController(nullptr, nullptr);
+}
+
+bool ThumbnailsViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_grid && event->type() == QEvent::Resize) {
+        updateItemSize();
+        m_loadingLabel->setGeometry(m_grid->geometry());
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void ThumbnailsViewController::applyCollectionSettings()
+{
+    const WindowSettings &ws = *m_windowSettings;
+    m_collection->setFileSort(ws.thumbnailsFileSort());
+    m_collection->setFolderSort(ws.thumbnailsFolderSort());
+    m_collection->setReverseSort(ws.thumbnailsReverseSort());
+    m_collection->setFileFilter(ws.thumbnailsFileFilter());
+    m_collection->setExcludeFolders(ws.thumbnailsHideFolders());
+    m_collection->setFolderDepth(ws.thumbnailsFolderSearchDepth());
+}
+
+void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
+{
+    if (thumbnailsSavedSourcesKey(folders) == thumbnailsSavedSourcesKey(m_currentSources) && !folders.isEmpty())
+        return;
+    saveState();
+    m_currentSources = folders;
+    m_dropValidator.reset();
+    m_selectedFiles.clear();
+    m_newFile.reset();
+    // The grid empties at once; the new folders' files follow as they are listed.
+    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile))
+        item->reset();
+    m_allItemsByFile.clear();
+    m_allItemsFlat.clear();
+    m_indexByFile.clear();
+    m_sectionFolders.clear();
+    m_nearItems.clear();
+    m_pixmaps.clear();
+    m_infoLines.clear();
+    m_infoLinesPending.clear();
+    ++m_infoGeneration;
+    m_grid->gridLayout().setSections({}, false);
+    m_grid->relayout();
+    m_grid->setScrollOrigin({0, 0});
+    m_needsRestore = true;
+    m_collection->setCollectionRoots(folders);
+    m_selectionChangeTimer->start();
+    updateStatus();
+}
+
+void ThumbnailsViewController::saveState()
+{
+    if (m_currentSources.isEmpty())
+        return;
+    ThumbnailsSavedState state;
+    state.sources = m_currentSources;
+    state.selectedFiles = m_selectedFiles;
+    state.layout = m_windowSettings->browserLayout();
+    state.scrollOrigin = m_grid->scrollOrigin();
+    const int first = m_grid->firstVisibleIndex();
+    if (first >= 0)
+        state.initialIndexPath = first;
+    m_savedStates.insert(thumbnailsSavedSourcesKey(m_currentSources), state);
+}
+
+void ThumbnailsViewController::restoreStateIfSettled()
+{
+    if (!m_needsRestore || m_currentSources.isEmpty() || !m_collection->isSettled())
+        return;
+    m_needsRestore = false;
+    const auto it = m_savedStates.constFind(thumbnailsSavedSourcesKey(m_currentSources));
+    if (it != m_savedStates.cend()) {
+        selectFiles(it->selectedFiles);
+        if (it->layout == m_windowSettings->browserLayout())
+            m_grid->setScrollOrigin(it->scrollOrigin);
+        else if (it->initialIndexPath)
+            m_grid->scrollToItem(*it->initialIndexPath);
+        return;
+    }
+    AppSettings *app = SettingsManager::shared().settings();
+    if (app && app->thumbnailsAutoselectFirstItem() && !m_allItemsFlat.isEmpty() && m_selectedFiles.isEmpty())
+        selectFiles({m_allItemsFlat.first()->file()});
+}
+
+ThumbnailItemPtr ThumbnailsViewController::itemForNode(const FileModelPtr &node)
+{
+    const PXFilePtr &file = node->file();
+    if (node->representedItem.has_value()) {
+        if (const auto *item = std::any_cast<ThumbnailItemPtr>(&node->representedItem); item && *item && (*item)->file() == file) {
+            m_allItemsByFile.insert(file.get(), *item);
+            return *item;
+        }
+    }
+    if (ThumbnailItemPtr item = m_allItemsByFile.value(file.get()))
+        return item;
+    logDebug(QStringLiteral("There should always be a thumbnail item. Create a new one..."));
+    auto item = std::make_shared<ThumbnailItem>(file, m_windowSettings);
+    item->setController(this, this);
+    node->representedItem = item;
+    return item;
+}
+
+void ThumbnailsViewController::publish()
+{
+    const bool byFolder = m_windowSettings->thumbnailsSubfolderInclusionStyle() == SubfolderInclusionStyle::byFolder;
+    QList<int> counts;
+    QList<FileModelPtr> nodes;
+    m_sectionFolders.clear();
+    if (byFolder) {
+        for (const FileCollectionModel::FolderGroup &group : m_collection->folderGroups()) {
+            counts.append(int(group.files.size()));
+            m_sectionFolders.append(group.folder);
+            nodes.append(group.files);
+        }
+    } else {
+        nodes = m_collection->flatRepresentation();
+        counts.append(int(nodes.size()));
+    }
+
+    QHash<const PXFile *, ThumbnailItemPtr> items;
+    items.reserve(nodes.size());
+    QList<ThumbnailItemPtr> flat;
+    flat.reserve(nodes.size());
+    m_indexByFile.clear();
+    m_indexByFile.reserve(nodes.size());
+    for (const FileModelPtr &node : std::as_const(nodes)) {
+        ThumbnailItemPtr item = itemForNode(node);
+        item->indexPath = int(flat.size());
+        m_indexByFile.insert(item->file().get(), int(flat.size()));
+        items.insert(item->file().get(), item);
+        flat.append(item);
+    }
+    for (auto it = m_allItemsByFile.cbegin(); it != m_allItemsByFile.cend(); ++it) {
+        if (!items.contains(it.key())) {
+            ThumbnailItem *gone = it.value().get();
+            gone->setController(nullptr, nullptr);
+            gone->reset();
+            m_nearItems.remove(gone);
+            m_pixmaps.remove(gone);
+            m_infoLines.remove(it.key());
+        }
+    }
+    m_allItemsByFile = std::move(items);
+    m_allItemsFlat = std::move(flat);
+    // Pixmaps and visibility follow positions: take them again for the new order.
+    for (ThumbnailItem *item : std::as_const(m_nearItems))
+        item->setVisible(Visibility::offscreen);
+    m_nearItems.clear();
+
+    const bool headers = byFolder && (m_currentSources.size() > 1 || m_windowSettings->thumbnailsFolderSearchDepth() > 0);
+    m_grid->gridLayout().setSections(counts, headers);
+    const QList<PXFilePtr> previousSelection = m_selectedFiles;
+    m_grid->relayout();
+    selectFiles(previousSelection);
+    if (m_newFile && m_indexByFile.contains(m_newFile.get())) {
+        const int index = m_indexByFile.value(m_newFile.get());
+        m_newFile.reset();
+        m_grid->setSelectedIndexes({index}, index);
+        m_grid->editName(index);
+    }
+    m_loadingLabel->setVisible(m_collection->isLoading() && m_allItemsFlat.isEmpty());
+    updateVisibility();
+    updateStatus();
+    restoreStateIfSettled();
+}
+
+void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files)
+{
+    QList<int> indexes;
+    for (const PXFilePtr &file : files) {
+        const auto it = m_indexByFile.constFind(file.get());
+        if (it != m_indexByFile.cend())
+            indexes.append(*it);
+    }
+    int current = m_grid->currentIndex();
+    if (!indexes.contains(current))
+        current = indexes.isEmpty() ? -1 : indexes.first();
+    m_grid->setSelectedIndexes(indexes, current);
+    if (current >= 0)
+        m_grid->scrollToItem(current);
+}
+
+void ThumbnailsViewController::updateItemSize()
+{
+    const BrowserLayout layout = m_windowSettings->browserLayout();
+    const bool singleRow = layout == BrowserLayout::topPreview;
+    const int lines = thumbnailInfoLineCount(m_windowSettings->thumbnailInformation(), singleRow);
+    ThumbnailItemSizeInput input;
+    input.thumbnailSize = m_windowSettings->thumbnailSize();
+    input.layout = layout;
+    input.gridSize = m_grid->size();
+    input.stackViewHeight = thumbnailStackViewHeight(m_windowSettings->thumbnailShowInformation(), lines, m_grid->lineHeight());
+    input.sectionInsets = sectionInsets;
+    const QSize size = thumbnailItemSize(input);
+    ThumbnailGridLayout &grid = m_grid->gridLayout();
+    if (size == grid.itemSize() && singleRow == grid.isSingleRow())
+        return;
+    const int anchor = m_grid->currentIndex() >= 0 ? m_grid->currentIndex() : m_grid->firstVisibleIndex();
+    grid.setItemSize(size);
+    grid.setSingleRow(singleRow);
+    m_pixmaps.clear();
+    m_grid->relayout();
+    if (anchor >= 0)
+        m_grid->scrollToItem(anchor);
+}
+
+void ThumbnailsViewController::updateVisibility()
+{
+    const auto [first, last] = m_grid->onscreenRange();
+    const auto [nearFirst, nearLast] = m_grid->nearbyRange();
+    QSet<ThumbnailItem *> now;
+    now.reserve(nearLast - nearFirst);
+    // On-screen cells first, in reading order, so that their requests are the oldest of the
+    // most urgent class.
+    for (int i = first; i < last && i < m_allItemsFlat.size(); ++i) {
+        ThumbnailItem *item = m_allItemsFlat[i].get();
+        item->setVisible(Visibility::onscreen);
+        now.insert(item);
+    }
+    for (int i = nearFirst; i < nearLast && i < m_allItemsFlat.size(); ++i) {
+        if (i >= first && i < last)
+            continue;
+        ThumbnailItem *item = m_allItemsFlat[i].get();
+        item->setVisible(Visibility::nearby);
+        now.insert(item);
+    }
+    const int span = std::max(1, last - first);
+    const int keepFirst = first - keepScreens * span;
+    const int keepLast = last + keepScreens * span;
+    for (ThumbnailItem *item : std::as_const(m_nearItems)) {
+        if (now.contains(item))
+            continue;
+        item->setVisible(Visibility::offscreen);
+        const int index = item->indexPath.value_or(-1);
+        if (index < keepFirst || index >= keepLast) {
+            m_pixmaps.remove(item);
+            item->reset();
+        } else {
+            now.insert(item); // still close: keep its picture, watch it leave
+        }
+    }
+    m_nearItems = std::move(now);
+    requestInfoLines(nearFirst, nearLast);
+}
+
+void ThumbnailsViewController::requestInfoLines(int first, int last)
+{
+    const ThumbnailInfoOptions options = m_windowSettings->thumbnailInformation();
+    if (!m_windowSettings->thumbnailShowInformation() || options == ThumbnailInfoOptions(ThumbnailInfoOption::filename))
+        return;
+    QList<PXFilePtr> wanted;
+    for (int i = std::max(0, first); i < last && i < m_allItemsFlat.size(); ++i) {
+        const PXFilePtr &file = m_allItemsFlat[i]->file();
+        if (!m_infoLines.contains(file.get()) && !m_infoLinesPending.contains(file.get())) {
+            wanted.append(file);
+            m_infoLinesPending.insert(file.get());
+        }
+    }
+    if (wanted.isEmpty())
+        return;
+    QPointer<ThumbnailsViewController> self(this);
+    const quint64 generation = m_infoGeneration;
+    // Dimensions open each image: read them off the GUI thread.
+    runOnPool(QStringLiteral("Thumbnail Info"), [self, wanted, options, generation] {
+        QList<QStringList> lines;
+        lines.reserve(wanted.size());
+        for (const PXFilePtr &file : wanted)
+            lines.append(thumbnailInfoLines(*file, options));
+        postToGui([self, wanted, lines, generation] {
+            if (!self || generation != self->m_infoGeneration)
+                return;
+            for (qsizetype i = 0; i < wanted.size(); ++i) {
+                const PXFile *file = wanted[i].get();
+                self->m_infoLinesPending.remove(file);
+                const auto it = self->m_indexByFile.constFind(file);
+                if (it == self->m_indexByFile.cend())
+                    continue;
+                self->m_infoLines.insert(file, lines[i]);
+                self->m_grid->updateItem(*it);
+            }
+        });
+    });
+}
+
+void ThumbnailsViewController::thumbnailItemThumbnailChanged(ThumbnailItem &item)
+{
+    m_pixmaps.remove(&item);
+    if (item.indexPath)
+        m_grid->updateItem(*item.indexPath);
+}
+
+PXFilePtr ThumbnailsViewController::fileAt(int index) const
+{
+    return index >= 0 && index < m_allItemsFlat.size() ? m_allItemsFlat[index]->file() : nullptr;
+}
+
+QPixmap ThumbnailsViewController::gridThumbnail(int index, int side)
+{
+    if (index < 0 || index >= m_allItemsFlat.size())
+        return {};
+    ThumbnailItem *item = m_allItemsFlat[index].get();
+    const QImage &image = item->thumbnail();
+    if (image.isNull())
+        return {};
+    auto it = m_pixmaps.find(item);
+    if (it != m_pixmaps.end() && std::max(it->width(), it->height()) >= std::min(side, std::max(image.width(), image.height())))
+        return *it;
+    // Scaled once to the cell, so that painting a screenful costs blits, not resampling.
+    const QImage scaled = std::max(image.width(), image.height()) > side
+        ? image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+        : image;
+    QPixmap pixmap = QPixmap::fromImage(scaled);
+    m_pixmaps.insert(item, pixmap);
+    return pixmap;
+}
+
+QPixmap ThumbnailsViewController::gridIcon(int index, int side)
+{
+    const PXFilePtr file = fileAt(index);
+    if (!file)
+        return {};
+    QString key;
+    if (file->isDirectory())
+        key = QStringLiteral("inode/directory");
+    else
+        key = QMimeDatabase().mimeTypeForFile(file->name(), QMimeDatabase::MatchExtension).name();
+    auto it = m_iconsByType.find(key);
+    if (it == m_iconsByType.end()) {
+        QIcon icon;
+        if (key == QLatin1String("inode/directory")) {
+            icon = QIcon::fromTheme(QStringLiteral("folder"), style()->standardIcon(QStyle::SP_DirIcon));
+        } else {
+            const QMimeType mime = QMimeDatabase().mimeTypeForName(key);
+            icon = QIcon::fromTheme(mime.iconName(),
+                                    QIcon::fromTheme(mime.genericIconName(), style()->standardIcon(QStyle::SP_FileIcon)));
+        }
+        it = m_iconsByType.insert(key, icon);
+    }
+    return it->pixmap(QSize(side, side));
+}
+
+QStringList ThumbnailsViewController::gridInfoLines(int index)
+{
+    const PXFilePtr file = fileAt(index);
+    if (!file || !m_windowSettings->thumbnailShowInformation())
+        return {};
+    const ThumbnailInfoOptions options = m_windowSettings->thumbnailInformation();
+    if (m_windowSettings->browserLayout() != BrowserLayout::topPreview) {
+        const auto it = m_infoLines.constFind(file.get());
+        if (it != m_infoLines.cend())
+            return *it;
+    }
+    // Until the other lines are read, and in the single row: the name alone.
+    return options.testFlag(ThumbnailInfoOption::filename) ? QStringList{file->displayName()} : QStringList{};
+}
+
+QString ThumbnailsViewController::gridSectionTitle(int section)
+{
+    if (section < 0 || section >= m_sectionFolders.size() || !m_sectionFolders[section])
+        return {};
+    const PXFilePtr &folder = m_sectionFolders[section]->file();
+    for (const PXFilePtr &source : std::as_const(m_currentSources)) {
+        if (folder->path().startsWith(source->path() + QLatin1Char('/')))
+            return source->displayName() + QLatin1Char('/') + folder->path().mid(source->path().size() + 1);
+    }
+    return folder->displayName();
+}
+
+QString ThumbnailsViewController::gridEditableName(int index)
+{
+    const PXFilePtr file = fileAt(index);
+    return file ? file->name() : QString();
+}
+
+QMimeData *ThumbnailsViewController::gridMimeDataForDrag(const QList<int> &indexes)
+{
+    QList<QUrl> urls;
+    for (int index : indexes) {
+        if (const PXFilePtr file = fileAt(index))
+            urls.append(file->url());
+    }
+    if (urls.isEmpty())
+        return nullptr;
+    auto *data = new QMimeData;
+    data->setUrls(urls);
+    return data;
+}
+
+PXFilePtr ThumbnailsViewController::dropDestination(int index, int section) const
+{
+    if (const PXFilePtr file = fileAt(index); file && (file->isDirectory() || file->isApplication()))
+        return file;
+    if (m_grid->gridLayout().showsHeaders() && section >= 0 && section < m_sectionFolders.size() && m_sectionFolders[section])
+        return m_sectionFolders[section]->file();
+    return m_currentSources.size() == 1 ? m_currentSources.first() : nullptr;
+}
+
+FileDropOperation ThumbnailsViewController::dropOperation(const QList<QUrl> &urls, int index, int section,
+                                                          Qt::KeyboardModifiers modifiers)
+{
+    return m_dropValidator.validate(urls, dropDestination(index, section), modifiers);
+}
+
+Qt::DropAction ThumbnailsViewController::gridValidateDrop(const QMimeData *data, int index, int section,
+                                                          Qt::KeyboardModifiers modifiers)
+{
+    if (!data->hasUrls())
+        return Qt::IgnoreAction;
+    return dropActionForOperation(dropOperation(data->urls(), index, section, modifiers));
+}
+
+bool ThumbnailsViewController::gridAcceptDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers)
+{
+    const QList<QUrl> urls = data->urls();
+    const FileDropOperation operation = dropOperation(urls, index, section, modifiers);
+    const PXFilePtr destination = dropDestination(index, section);
+    if (operation == FileDropOperation::none || !destination)
+        return false;
+    QList<PXFilePtr> sources;
+    for (const QUrl &url : urls)
+        sources.append(PXFile::fileForPath(url.toLocalFile()));
+    m_dropValidator.reset();
+    if (operation == FileDropOperation::open) {
+        openFilesWith(destination, sources);
+        return true;
+    }
+    FileDropPerformer::perform(operation, sources, destination, this, [this](const QStringList &errors) {
+        if (!errors.isEmpty())
+            Q_EMIT errorOccurred(tr("Some items could not be placed"), errors.join(QLatin1Char('\n')));
+    });
+    return true;
+}
+
+void ThumbnailsViewController::gridSelectionChanged()
+{
+    QList<PXFilePtr> files;
+    const QList<int> indexes = m_grid->selectedIndexes();
+    files.reserve(indexes.size());
+    for (int index : indexes)
+        files.append(m_allItemsFlat.value(index) ? m_allItemsFlat[index]->file() : nullptr);
+    files.removeAll(nullptr);
+    if (files == m_selectedFiles)
+        return;
+    m_selectedFiles = files;
+    updateStatus();
+    m_selectionChangeTimer->start();
+}
+
+void ThumbnailsViewController::updateStatus()
+{
+    ThumbnailsStatusInput input;
+    for (const PXFilePtr &source : std::as_const(m_currentSources))
+        input.sourceNames.append(source->displayName());
+    input.includesSubfolders = m_windowSettings->thumbnailsFolderSearchDepth() > 0;
+    input.loading = m_collection->isLoading();
+    input.foundCount = m_collection->itemCount();
+    input.fileCount = int(m_allItemsFlat.size());
+    input.selectedCount = int(m_selectedFiles.size());
+    const QString text = thumbnailsStatusText(input);
+    m_loadingLabel->setVisible(input.loading && m_allItemsFlat.isEmpty() && !m_currentSources.isEmpty());
+    if (text == m_statusText)
+        return;
+    m_statusText = text;
+    Q_EMIT statusTextChanged(text);
+}
+
+QString ThumbnailsViewController::statusText() const
+{
+    return m_statusText;
+}
+
+QList<PXFilePtr> ThumbnailsViewController::files() const
+{
+    QList<PXFilePtr> result;
+    result.reserve(m_allItemsFlat.size());
+    for (const ThumbnailItemPtr &item : m_allItemsFlat)
+        result.append(item->file());
+    return result;
+}
+
+bool ThumbnailsViewController::isLoading() const
+{
+    return m_collection->isLoading() || !m_collection->isSettled();
+}
+
+void ThumbnailsViewController::setFlagLookup(std::function<FileFlag(const PXFilePtr &)> lookup)
+{
+    m_flagLookup = std::move(lookup);
+    m_grid->viewport()->update();
+}
+
+bool ThumbnailsViewController::validateAction(const QString &slotName) const
+{
+    const bool hasSelection = !m_selectedFiles.isEmpty();
+    const bool hasFiles = !m_allItemsFlat.isEmpty();
+    if (slotName == QLatin1String("performOpen") || slotName == QLatin1String("openInApp")
+        || slotName == QLatin1String("revealInFinder") || slotName == QLatin1String("deselectAll")
+        || slotName == QLatin1String("scrollSelectionToVisible"))
+        return hasSelection;
+    if (slotName == QLatin1String("selectAll") || slotName == QLatin1String("nextImageInBrowser")
+        || slotName == QLatin1String("previousImageInBrowser"))
+        return hasFiles;
+    if (slotName == QLatin1String("renameFile"))
+        return m_selectedFiles.size() == 1 && !m_selectedFiles.first()->isPlaceholder();
+    if (slotName == QLatin1String("newFolder"))
+        return m_currentSources.size() == 1 && m_currentSources.first()->isDirectory() && m_currentSources.first()->isWritable();
+    if (slotName == QLatin1String("flagItem") || slotName == QLatin1String("rejectItem")
+        || slotName == QLatin1String("clearItemFlag"))
+        return hasSelection && bool(m_flagLookup);
+    if (slotName == QLatin1String("selectFlagged") || slotName == QLatin1String("selectRejected"))
+        return hasFiles && bool(m_flagLookup);
+    if (slotName == QLatin1String("thumbnailViewSearch") || slotName == QLatin1String("setThumbnailViewSearchCategory"))
+        return true;
+    // Aliases, duplicates, the trash, rotation, slideshows and batch renaming run as activities,
+    // which this pane does not start yet.
+    return false;
+}
+
+QMenu *ThumbnailsViewController::makeContextMenu(int index)
+{
+    if (index >= 0 && !m_grid->isSelected(index))
+        m_grid->setSelectedIndexes({index}, index);
+    return buildThumbnailContextMenu(this, index >= 0);
+}
+
+void ThumbnailsViewController::performOpen()
+{
+    if (!m_selectedFiles.isEmpty())
+        Q_EMIT openRequested(m_selectedFiles);
+}
+
+void ThumbnailsViewController::openInApp()
+{
+    for (const PXFilePtr &file : std::as_const(m_selectedFiles)) {
+        if (!QDesktopServices::openUrl(file->url())) {
+            logError(tr("No application opens %1").arg(file->path()));
+            Q_EMIT errorOccurred(tr("The file could not be opened"), tr("No application is set to open \"%1\".").arg(file->displayName()));
+        }
+    }
+}
+
+void ThumbnailsViewController::openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files)
+{
+    QStringList arguments;
+    QString program;
+    if (application->name().endsWith(QLatin1String(".desktop"))) {
+        program = QStringLiteral("gio");
+        arguments << QStringLiteral("launch") << application->path();
+    } else {
+        program = application->path();
+    }
+    for (const PXFilePtr &file : files)
+        arguments << file->path();
+    if (!QProcess::startDetached(program, arguments)) {
+        logError(tr("Cannot start %1").arg(application->path()));
+        Q_EMIT errorOccurred(tr("The application could not be started"), application->displayName());
+    }
+}
+
+void ThumbnailsViewController::openWithApplication(const PXFilePtr &application)
+{
+    if (!m_selectedFiles.isEmpty())
+        openFilesWith(application, m_selectedFiles);
+}
+
+void ThumbnailsViewController::selectAll()
+{
+    m_grid->selectAll();
+}
+
+void ThumbnailsViewController::deselectAll()
+{
+    m_grid->clearSelection();
+}
+
+void ThumbnailsViewController::renameFile()
+{
+    if (m_selectedFiles.size() != 1)
+        return;
+    const auto it = m_indexByFile.constFind(m_selectedFiles.first().get());
+    if (it != m_indexByFile.cend())
+        m_grid->editName(*it);
+}
+
+void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
+{
+    const PXFilePtr file = fileAt(index);
+    if (!file) {
+        logError(QStringLiteral("Unable to get file for edit enabled text field"));
+        return;
+    }
+    const QString name = text.trimmed();
+    if (name.isEmpty() || name == file->name())
+        return;
+    QPointer<ThumbnailsViewController> self(this);
+    InlineRenameOperation::start(file, name, this, [self, name](const QString &newPath, const QString &error) {
+        if (!self)
+            return;
+        if (!error.isEmpty()) {
+            logError(tr("Cannot rename to \"%1\": %2").arg(name, error));
+            Q_EMIT self->errorOccurred(tr("The file could not be renamed"), error);
+            return;
+        }
+        // Keep the renamed file selected once the folder lists it under its new name.
+        self->m_newFile.reset();
+        const PXFilePtr renamed = PXFile::fileForPath(newPath);
+        self->m_selectedFiles = {renamed};
+    });
+}
+
 void ThumbnailsViewController::makeAlias() {}
 void ThumbnailsViewController::makeSymlink() {}
 void ThumbnailsViewController::duplicate() {}
 void ThumbnailsViewController::moveToTrash() {}
-void ThumbnailsViewController::revealInFinder() {}
-void ThumbnailsViewController::newFolder() {}
-void ThumbnailsViewController::flagItem() {}
-void ThumbnailsViewController::rejectItem() {}
-void ThumbnailsViewController::clearItemFlag() {}
-void ThumbnailsViewController::selectFlagged() {}
-void ThumbnailsViewController::selectRejected() {}
-void ThumbnailsViewController::nextImageInBrowser() {}
-void ThumbnailsViewController::previousImageInBrowser() {}
-void ThumbnailsViewController::scrollSelectionToVisible() {}
-void ThumbnailsViewController::thumbnailViewSearch(const QString &) {}
-void ThumbnailsViewController::setThumbnailViewSearchCategory(ThumbnailsSearchType) {}
+
+void ThumbnailsViewController::revealInFinder()
+{
+    QList<PXFilePtr> files = m_selectedFiles;
+    if (files.isEmpty())
+        files = m_currentSources;
+    if (files.isEmpty())
+        return;
+    QStringList uris;
+    for (const PXFilePtr &file : std::as_const(files))
+        uris.append(file->url().toString(QUrl::FullyEncoded));
+    // The file manager's D-Bus interface selects the files; without one, open their folder.
+    const QStringList arguments{QStringLiteral("--session"), QStringLiteral("--dest=org.freedesktop.FileManager1"),
+                                QStringLiteral("--type=method_call"), QStringLiteral("/org/freedesktop/FileManager1"),
+                                QStringLiteral("org.freedesktop.FileManager1.ShowItems"),
+                                QStringLiteral("array:string:") + uris.join(QLatin1Char(',')), QStringLiteral("string:")};
+    auto *process = new QProcess(this);
+    const QString parent = files.first()->parentPath();
+    connect(process, &QProcess::finished, this, [process, parent](int exitCode, QProcess::ExitStatus status) {
+        if (exitCode != 0 || status != QProcess::NormalExit)
+            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
+        process->deleteLater();
+    });
+    connect(process, &QProcess::errorOccurred, this, [process, parent](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
+            process->deleteLater();
+        }
+    });
+    process->start(QStringLiteral("dbus-send"), arguments);
+}
+
+void ThumbnailsViewController::newFolder()
+{
+    if (!validateAction(QStringLiteral("newFolder")))
+        return;
+    const QString parent = m_currentSources.first()->resolvedPath();
+    const QString baseName = tr("untitled folder");
+    QPointer<ThumbnailsViewController> self(this);
+    runOnPool(QStringLiteral("FileDrop"), [self, parent, baseName] {
+        QDir dir(parent);
+        QString name = baseName;
+        for (int n = 2; dir.exists(name) || QFileInfo(dir.filePath(name)).isSymLink(); ++n)
+            name = baseName + QLatin1Char(' ') + QString::number(n);
+        const bool ok = dir.mkdir(name);
+        const QString path = dir.filePath(name);
+        postToGui([self, ok, path, parent] {
+            if (!self)
+                return;
+            if (!ok) {
+                logError(tr("Cannot make a folder in %1").arg(parent));
+                Q_EMIT self->errorOccurred(tr("The folder could not be made"), parent);
+                return;
+            }
+            self->m_newFile = PXFile::fileForPath(path);
+            const auto it = self->m_indexByFile.constFind(self->m_newFile.get());
+            if (it != self->m_indexByFile.cend()) {
+                self->m_newFile.reset();
+                self->m_grid->setSelectedIndexes({*it}, *it);
+                self->m_grid->editName(*it);
+            }
+        });
+    });
+}
+
+void ThumbnailsViewController::flagItem()
+{
+    if (m_flagLookup && !m_selectedFiles.isEmpty())
+        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::flagged);
+    m_grid->viewport()->update();
+}
+
+void ThumbnailsViewController::rejectItem()
+{
+    if (m_flagLookup && !m_selectedFiles.isEmpty())
+        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::rejected);
+    m_grid->viewport()->update();
+}
+
+void ThumbnailsViewController::clearItemFlag()
+{
+    if (m_flagLookup && !m_selectedFiles.isEmpty())
+        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::none);
+    m_grid->viewport()->update();
+}
+
+void ThumbnailsViewController::selectByFlag(FileFlag flag)
+{
+    if (!m_flagLookup)
+        return;
+    QList<int> indexes;
+    for (int i = 0; i < m_allItemsFlat.size(); ++i) {
+        if (m_flagLookup(m_allItemsFlat[i]->file()) == flag)
+            indexes.append(i);
+    }
+    m_grid->setSelectedIndexes(indexes);
+    scrollSelectionToVisible();
+}
+
+void ThumbnailsViewController::selectFlagged()
+{
+    selectByFlag(FileFlag::flagged);
+}
+
+void ThumbnailsViewController::selectRejected()
+{
+    selectByFlag(FileFlag::rejected);
+}
+
+void ThumbnailsViewController::stepImage(int direction)
+{
+    const int count = int(m_allItemsFlat.size());
+    if (count == 0)
+        return;
+    int index = m_grid->currentIndex();
+    for (int i = index + direction; i >= 0 && i < count; i += direction) {
+        if (m_allItemsFlat[i]->file()->isImage()) {
+            m_grid->setSelectedIndexes({i}, i);
+            m_grid->scrollToItem(i);
+            return;
+        }
+    }
+}
+
+void ThumbnailsViewController::nextImageInBrowser()
+{
+    stepImage(1);
+}
+
+void ThumbnailsViewController::previousImageInBrowser()
+{
+    stepImage(-1);
+}
+
+void ThumbnailsViewController::scrollSelectionToVisible()
+{
+    const int current = m_grid->currentIndex();
+    if (current >= 0 && m_grid->isSelected(current))
+        m_grid->scrollToItem(current);
+    else if (const QList<int> selected = m_grid->selectedIndexes(); !selected.isEmpty())
+        m_grid->scrollToItem(selected.first());
+}
+
+void ThumbnailsViewController::thumbnailViewSearch(const QString &text)
+{
+    m_searchString = text;
+    m_collection->setSearch(m_searchType, m_searchString);
+}
+
+void ThumbnailsViewController::setThumbnailViewSearchCategory(ThumbnailsSearchType type)
+{
+    if (type == m_searchType)
+        return;
+    m_searchType = type;
+    if (!m_searchString.isEmpty())
+        m_collection->setSearch(m_searchType, m_searchString);
+}

@@ -1,16 +1,42 @@
 #pragma once
 
+#include "browser/FileDropValidator.h"
+#include "browser/ThumbnailGridView.h"
+#include "browser/ThumbnailsSavedState.h"
+#include "model/FileModel.h"
 #include "model/FileSortTypes.h"
 #include "model/PXFile.h"
 #include "settings/WindowSettings.h"
+#include "thumbnails/ThumbnailItem.h"
 
+#include <QHash>
+#include <QIcon>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QWidget>
 
+#include <functional>
+#include <optional>
+
+class FileCollectionModel;
+class QLabel;
+class QMenu;
+class QTimer;
+
+// A file's mark for the current run, kept by the application's flag manager.
+enum class FileFlag { none, flagged, rejected };
+
 // The thumbnail pane of a main window: the grid of the files of the window's sources, their
 // selection, the pane's commands and context menu, drops onto the grid and the status line.
-class ThumbnailsViewController : public QWidget
+//
+// It owns the folder collection of its sources and one ThumbnailItem per file shown (made when a
+// file first appears, dropped when it leaves the collection). The visible range of the grid,
+// settled once per frame while scrolling, decides which items ask for thumbnails: those on screen
+// first, then a band around them; items that scroll far away withdraw their requests and their
+// cached pixmaps. Leaving a set of sources remembers its selection and scroll position, which
+// come back when the same sources are shown again in this pane.
+class ThumbnailsViewController : public QWidget, public ThumbnailItemDelegate, public ThumbnailGridDelegate
 {
     Q_OBJECT
 
@@ -19,12 +45,29 @@ public:
     ~ThumbnailsViewController() override;
 
     void setSources(const QList<PXFilePtr> &folders);
-    QList<PXFilePtr> sources() const;
+    const QList<PXFilePtr> &sources() const { return m_currentSources; }
 
     // Whether the command named like its slot ("moveToTrash") can run now.
     bool validateAction(const QString &slotName) const;
-    QList<PXFilePtr> selectedFiles() const;
+    QList<PXFilePtr> selectedFiles() const { return m_selectedFiles; }
     QString statusText() const;
+    // Files in display order.
+    QList<PXFilePtr> files() const;
+    bool isLoading() const;
+
+    // The window plugs its flag manager in; without it the flag commands are disabled.
+    void setFlagLookup(std::function<FileFlag(const PXFilePtr &)> lookup);
+    void selectFiles(const QList<PXFilePtr> &files);
+
+    ThumbnailGridView *gridView() const { return m_grid; }
+    ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
+    FileCollectionModel *collection() const { return m_collection; }
+    // The drop decision for `urls` onto item `index` (-1: the background of `section`).
+    FileDropOperation dropOperation(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
+    // The context menu for item `index` (-1: the background), built as it is shown.
+    QMenu *makeContextMenu(int index);
+    // Opens the selection with a favourite application.
+    void openWithApplication(const PXFilePtr &application);
 
 public Q_SLOTS:
     void performOpen();
@@ -54,8 +97,69 @@ Q_SIGNALS:
     void statusTextChanged(const QString &text);
     void openRequested(const QList<PXFilePtr> &files);
     void sourceVanished(const PXFilePtr &folder, const QString &reason);
+    void flagChangeRequested(const QList<PXFilePtr> &files, FileFlag flag);
+    // A user-facing failure (a rename refused, a drop that could not be done).
+    void errorOccurred(const QString &title, const QString &text);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    // ThumbnailItemDelegate
+    void thumbnailItemThumbnailChanged(ThumbnailItem &item) override;
+    // ThumbnailGridDelegate
+    QPixmap gridThumbnail(int index, int side) override;
+    QPixmap gridIcon(int index, int side) override;
+    QStringList gridInfoLines(int index) override;
+    QString gridSectionTitle(int section) override;
+    QString gridEditableName(int index) override;
+    QMimeData *gridMimeDataForDrag(const QList<int> &indexes) override;
+    Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;
+    bool gridAcceptDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;
 
 private:
+    void applyCollectionSettings();
+    void publish();
+    void updateItemSize();
+    void updateVisibility();
+    void requestInfoLines(int first, int last);
+    void gridSelectionChanged();
+    void updateStatus();
+    void saveState();
+    void restoreStateIfSettled();
+    ThumbnailItemPtr itemForNode(const FileModelPtr &node);
+    PXFilePtr fileAt(int index) const;
+    PXFilePtr dropDestination(int index, int section) const;
+    void commitNameEdit(int index, const QString &text);
+    void stepImage(int direction);
+    void selectByFlag(FileFlag flag);
+    void openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files);
+
     WindowSettingsPtr m_windowSettings;
+    FileCollectionModel *m_collection;
+    ThumbnailGridView *m_grid;
+    QLabel *m_loadingLabel;
+
     QList<PXFilePtr> m_currentSources;
+    QHash<const PXFile *, ThumbnailItemPtr> m_allItemsByFile;
+    QList<ThumbnailItemPtr> m_allItemsFlat;
+    QHash<const PXFile *, int> m_indexByFile;
+    QList<FileModelPtr> m_sectionFolders;
+    QList<PXFilePtr> m_selectedFiles;
+    QHash<QString, ThumbnailsSavedState> m_savedStates;
+    bool m_needsRestore = false;
+    PXFilePtr m_newFile;
+    ThumbnailsSearchType m_searchType = ThumbnailsSearchType::filename;
+    QString m_searchString;
+    FileDropValidator m_dropValidator;
+    std::function<FileFlag(const PXFilePtr &)> m_flagLookup;
+
+    // Items with a visibility other than offscreen, and the pixmaps drawn for them.
+    QSet<ThumbnailItem *> m_nearItems;
+    QHash<const ThumbnailItem *, QPixmap> m_pixmaps;
+    QHash<const PXFile *, QStringList> m_infoLines;
+    QSet<const PXFile *> m_infoLinesPending;
+    quint64 m_infoGeneration = 0; // bumped when the lines' settings change
+    QHash<QString, QIcon> m_iconsByType;
+
+    QTimer *m_selectionChangeTimer;
+    QString m_statusText;
 };

@@ -1,0 +1,134 @@
+// Opens a folder in the browser (grid and preview) and reports: the time until the first screen
+// of thumbnails is complete, the longest stall of the event loop while the grid scrolls from top
+// to bottom at 60 steps per second, and the resident memory afterwards.
+// Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--hold SECONDS]
+//   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
+#include "browser/BrowserViewController.h"
+#include "browser/ThumbnailsViewController.h"
+#include "settings/WindowSettings.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QScrollBar>
+#include <QTextStream>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+long residentKilobytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').first().toLong();
+    }
+    return -1;
+}
+
+bool firstScreenComplete(ThumbnailsViewController *thumbnails)
+{
+    if (thumbnails->isLoading())
+        return false;
+    const auto [first, last] = thumbnails->gridView()->onscreenRange();
+    if (first >= last)
+        return false;
+    for (int i = first; i < last; ++i) {
+        const ThumbnailItemPtr item = thumbnails->itemAt(i);
+        if (!item || !item->lookedForThumbnail())
+            return false;
+    }
+    return true;
+}
+}
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    if (args.size() < 2) {
+        std::fprintf(stderr, "usage: %s FOLDER [--layout right|top|none] [--size N] [--hold SECONDS]\n", argv[0]);
+        return 2;
+    }
+    auto settings = std::make_shared<WindowSettings>();
+    int hold = -1;
+    for (int i = 2; i + 1 < args.size(); i += 2) {
+        if (args[i] == QLatin1String("--layout"))
+            settings->setBrowserLayout(args[i + 1] == QLatin1String("top") ? BrowserLayout::topPreview
+                                       : args[i + 1] == QLatin1String("none") ? BrowserLayout::noPreview
+                                                                              : BrowserLayout::rightPreview);
+        else if (args[i] == QLatin1String("--size"))
+            settings->setThumbnailSize(args[i + 1].toInt());
+        else if (args[i] == QLatin1String("--hold"))
+            hold = args[i + 1].toInt();
+    }
+
+    BrowserViewController browser(settings);
+    browser.resize(1400, 900);
+    browser.setWindowTitle(QStringLiteral("Pixcove browser"));
+    browser.show();
+    ThumbnailsViewController *thumbnails = browser.thumbnailsViewController();
+    QScrollBar *bar = thumbnails->gridView()->verticalScrollBar();
+
+    QElapsedTimer clock;
+    clock.start();
+    browser.setSources({PXFile::fileForPath(args[1])});
+
+    QTextStream out(stdout);
+    auto *poll = new QTimer(&app);
+    poll->setInterval(2);
+    qint64 firstScreenMs = -1;
+    QObject::connect(poll, &QTimer::timeout, &app, [&] {
+        if (!firstScreenComplete(thumbnails))
+            return;
+        poll->stop();
+        firstScreenMs = clock.elapsed();
+        out << "files: " << thumbnails->files().size() << "\n"
+            << "first screen of thumbnails complete: " << firstScreenMs << " ms\n";
+        out.flush();
+        if (hold >= 0) {
+            if (!thumbnails->files().isEmpty())
+                thumbnails->selectFiles({thumbnails->files().value(1, thumbnails->files().first())});
+            QTimer::singleShot(hold * 1000, &app, &QCoreApplication::quit);
+            return;
+        }
+        // Scroll top to bottom, one step per frame, while a 1 ms timer measures the gaps between
+        // its own turns: the longest one is the longest time the GUI thread did not come back.
+        auto *scroller = new QTimer(&app);
+        auto *probe = new QTimer(&app);
+        scroller->setTimerType(Qt::PreciseTimer);
+        probe->setTimerType(Qt::PreciseTimer);
+        scroller->setInterval(16);
+        probe->setInterval(1);
+        auto *gap = new QElapsedTimer;
+        auto longest = std::make_shared<qint64>(0);
+        gap->start();
+        QObject::connect(probe, &QTimer::timeout, &app, [gap, longest] {
+            *longest = std::max(*longest, gap->restart());
+        });
+        const int step = std::max(40, bar->maximum() / 600); // about ten seconds for any folder
+        QObject::connect(scroller, &QTimer::timeout, &app, [&, scroller, probe, longest, step] {
+            if (bar->value() >= bar->maximum()) {
+                scroller->stop();
+                probe->stop();
+                out << "longest event-loop stall while scrolling: " << *longest << " ms\n"
+                    << "resident memory: " << residentKilobytes() / 1024 << " MB\n";
+                out.flush();
+                QCoreApplication::quit();
+                return;
+            }
+            bar->setValue(bar->value() + step);
+        });
+        probe->start();
+        scroller->start();
+    });
+    poll->start();
+    QTimer::singleShot(120000, &app, [&] {
+        out << "timed out\n";
+        QCoreApplication::exit(1);
+    });
+    return app.exec();
+}

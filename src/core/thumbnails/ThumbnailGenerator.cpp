@@ -1,0 +1,7 @@
+#include "thumbnails/ThumbnailGenerator.h"
+
+ThumbnailGenerator &ThumbnailGenerator::shared()
+{
+    static ThumbnailGenerator generator;
+    return generator;
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "model/PXFile.h"
+
+#include <QList>
+#include <QUrl>
+#include <Qt>
+
+// What a drop of files onto the grid does.
+enum class FileDropOperation { none, move, copy, link, open };
+
+Qt::DropAction dropActionForOperation(FileDropOperation operation);
+
+// Decides what dropping file URLs onto a folder or an application does. Without modifiers files
+// move within a volume and are copied across volumes; Ctrl (Command where that key exists) moves,
+// Alt (Option) copies, both together make symbolic links. Dropping onto an application opens the
+// files with it. The decision for one drag over one destination is kept, so that the stream of
+// move events of a hovering drag does not stat the files again.
+class FileDropValidator
+{
+public:
+    FileDropOperation validate(const QList<QUrl> &urls, const PXFilePtr &destination,
+                               Qt::KeyboardModifiers modifiers);
+    void reset();
+
+    static FileDropOperation defaultOperation(const QList<PXFilePtr> &sources, const PXFilePtr &destination);
+    static FileDropOperation applyModifiers(FileDropOperation operation, Qt::KeyboardModifiers modifiers);
+
+private:
+    QList<QUrl> m_previousValidationURLs;
+    FileDropOperation m_previousResult = FileDropOperation::none;
+    PXFilePtr m_previousDestination;
+};

@@ -1,0 +1,723 @@
+#include "browser/ThumbnailGridView.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDrag>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPainter>
+#include <QPainterPath>
+#include <QRubberBand>
+#include <QScrollBar>
+#include <QStyle>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace {
+// Padding between a cell's edge and its picture.
+constexpr int cellPadding = 10;
+// One frame at 60 Hz: scrolling settles the visible range at most once per frame.
+constexpr int visibilityCheckIntervalMs = 16;
+}
+
+ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *parent)
+    : QAbstractScrollArea(parent)
+    , m_delegate(delegate)
+    , m_clickRenameTimer(new QTimer(this))
+    , m_visibilityTimer(new QTimer(this))
+{
+    setFocusPolicy(Qt::StrongFocus);
+    setAcceptDrops(true);
+    viewport()->setAcceptDrops(true);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+    viewport()->setBackgroundRole(QPalette::Base);
+    setFrameShape(QFrame::NoFrame);
+    verticalScrollBar()->setSingleStep(24);
+    horizontalScrollBar()->setSingleStep(24);
+    m_lineHeight = fontMetrics().height();
+
+    // A click on the name of the selected item edits it once the double-click time has passed
+    // without a second click.
+    m_clickRenameTimer->setSingleShot(true);
+    m_clickRenameTimer->setInterval(QApplication::doubleClickInterval());
+    connect(m_clickRenameTimer, &QTimer::timeout, this, [this] {
+        if (m_selectedCount == 1 && m_current >= 0 && isSelected(m_current))
+            editName(m_current);
+    });
+    m_visibilityTimer->setSingleShot(true);
+    m_visibilityTimer->setInterval(visibilityCheckIntervalMs);
+    connect(m_visibilityTimer, &QTimer::timeout, this, &ThumbnailGridView::visibleRangeChanged);
+}
+
+ThumbnailGridView::~ThumbnailGridView() = default;
+
+void ThumbnailGridView::relayout()
+{
+    const int oldCount = int(m_selected.size());
+    m_layout.layout(viewport()->width());
+    const int newCount = m_layout.itemCount();
+    if (newCount != oldCount) {
+        closeEditor(false);
+        m_selected.assign(size_t(newCount), 0);
+        m_selectedCount = 0;
+        m_current = std::min(m_current, newCount - 1);
+        m_anchor = std::min(m_anchor, newCount - 1);
+    }
+    updateScrollBars();
+    viewport()->update();
+    scheduleVisibilityCheck();
+}
+
+QList<int> ThumbnailGridView::selectedIndexes() const
+{
+    QList<int> result;
+    result.reserve(m_selectedCount);
+    for (size_t i = 0; i < m_selected.size() && result.size() < m_selectedCount; ++i) {
+        if (m_selected[i])
+            result.append(int(i));
+    }
+    return result;
+}
+
+bool ThumbnailGridView::isSelected(int index) const
+{
+    return index >= 0 && size_t(index) < m_selected.size() && m_selected[size_t(index)];
+}
+
+void ThumbnailGridView::setSelected(int index, bool selected)
+{
+    if (index < 0 || size_t(index) >= m_selected.size() || bool(m_selected[size_t(index)]) == selected)
+        return;
+    m_selected[size_t(index)] = selected;
+    m_selectedCount += selected ? 1 : -1;
+    updateItem(index);
+}
+
+void ThumbnailGridView::setSelectedIndexes(const QList<int> &indexes, int current)
+{
+    std::fill(m_selected.begin(), m_selected.end(), 0);
+    m_selectedCount = 0;
+    for (int index : indexes) {
+        if (index >= 0 && size_t(index) < m_selected.size() && !m_selected[size_t(index)]) {
+            m_selected[size_t(index)] = 1;
+            ++m_selectedCount;
+        }
+    }
+    m_current = current >= 0 ? current : (indexes.isEmpty() ? -1 : indexes.first());
+    m_anchor = m_current;
+    viewport()->update();
+    Q_EMIT selectionChanged();
+}
+
+void ThumbnailGridView::selectAll()
+{
+    std::fill(m_selected.begin(), m_selected.end(), 1);
+    m_selectedCount = int(m_selected.size());
+    viewport()->update();
+    Q_EMIT selectionChanged();
+}
+
+void ThumbnailGridView::clearSelection()
+{
+    if (m_selectedCount == 0)
+        return;
+    std::fill(m_selected.begin(), m_selected.end(), 0);
+    m_selectedCount = 0;
+    viewport()->update();
+    Q_EMIT selectionChanged();
+}
+
+void ThumbnailGridView::selectRange(int from, int to, bool add)
+{
+    if (!add) {
+        std::fill(m_selected.begin(), m_selected.end(), 0);
+        m_selectedCount = 0;
+    }
+    if (from > to)
+        std::swap(from, to);
+    for (int i = std::max(0, from); i <= to && size_t(i) < m_selected.size(); ++i) {
+        if (!m_selected[size_t(i)]) {
+            m_selected[size_t(i)] = 1;
+            ++m_selectedCount;
+        }
+    }
+    viewport()->update();
+}
+
+void ThumbnailGridView::moveCurrent(int key, Qt::KeyboardModifiers modifiers)
+{
+    const int count = m_layout.itemCount();
+    if (count == 0)
+        return;
+    int from = m_current >= 0 ? m_current : -1;
+    int to = from;
+    const int rowsPerPage = std::max(1, viewport()->height() / std::max(1, m_layout.itemSize().height()));
+    switch (key) {
+    case Qt::Key_Left: to = from < 0 ? 0 : m_layout.indexLeft(from); break;
+    case Qt::Key_Right: to = from < 0 ? 0 : m_layout.indexRight(from); break;
+    case Qt::Key_Up: to = from < 0 ? 0 : m_layout.indexAbove(from); break;
+    case Qt::Key_Down: to = from < 0 ? 0 : m_layout.indexBelow(from); break;
+    case Qt::Key_Home: to = 0; break;
+    case Qt::Key_End: to = count - 1; break;
+    case Qt::Key_PageUp:
+        to = std::max(0, from) ;
+        for (int i = 0; i < rowsPerPage; ++i)
+            to = m_layout.indexAbove(to);
+        break;
+    case Qt::Key_PageDown:
+        to = std::max(0, from);
+        for (int i = 0; i < rowsPerPage; ++i)
+            to = m_layout.indexBelow(to);
+        break;
+    default: return;
+    }
+    if (modifiers.testFlag(Qt::ShiftModifier) && m_anchor >= 0) {
+        selectRange(m_anchor, to, false);
+        m_current = to;
+    } else {
+        std::fill(m_selected.begin(), m_selected.end(), 0);
+        m_selected[size_t(to)] = 1;
+        m_selectedCount = 1;
+        m_current = m_anchor = to;
+        viewport()->update();
+    }
+    scrollToItem(to);
+    Q_EMIT selectionChanged();
+}
+
+QPoint ThumbnailGridView::contentPos(QPoint viewportPos) const
+{
+    return viewportPos + scrollOrigin();
+}
+
+QPoint ThumbnailGridView::scrollOrigin() const
+{
+    return {horizontalScrollBar()->value(), verticalScrollBar()->value()};
+}
+
+void ThumbnailGridView::setScrollOrigin(QPoint origin)
+{
+    horizontalScrollBar()->setValue(origin.x());
+    verticalScrollBar()->setValue(origin.y());
+}
+
+QRect ThumbnailGridView::visualRect(int index) const
+{
+    return m_layout.itemRect(index).translated(-scrollOrigin());
+}
+
+void ThumbnailGridView::scrollToItem(int index)
+{
+    const QRect rect = m_layout.itemRect(index);
+    if (rect.isEmpty())
+        return;
+    const QRect visible(scrollOrigin(), viewport()->size());
+    if (m_layout.isSingleRow()) {
+        if (rect.left() < visible.left())
+            horizontalScrollBar()->setValue(rect.left() - m_layout.sectionInsets().left());
+        else if (rect.right() > visible.right())
+            horizontalScrollBar()->setValue(rect.right() - visible.width() + m_layout.sectionInsets().right() + 1);
+        return;
+    }
+    const int section = m_layout.sectionOfItem(index);
+    const int headerRoom = m_layout.headerRect(section).height();
+    if (rect.top() < visible.top())
+        verticalScrollBar()->setValue(rect.top() - m_layout.sectionInsets().top()
+                                      - (m_layout.firstItemOfSection(section) + m_layout.columns() > index ? headerRoom : 0));
+    else if (rect.bottom() > visible.bottom())
+        verticalScrollBar()->setValue(rect.bottom() - visible.height() + m_layout.sectionInsets().bottom() + 1);
+}
+
+int ThumbnailGridView::firstVisibleIndex() const
+{
+    const auto [first, last] = onscreenRange();
+    return first < last ? first : -1;
+}
+
+std::pair<int, int> ThumbnailGridView::onscreenRange() const
+{
+    return m_layout.itemsInRect(QRect(scrollOrigin(), viewport()->size()));
+}
+
+std::pair<int, int> ThumbnailGridView::nearbyRange() const
+{
+    // One screen ahead and one behind: enough to keep up with a flick without asking for the
+    // whole folder.
+    QRect band(scrollOrigin(), viewport()->size());
+    if (m_layout.isSingleRow())
+        band.adjust(-band.width(), 0, band.width(), 0);
+    else
+        band.adjust(0, -band.height(), 0, band.height());
+    return m_layout.itemsInRect(band);
+}
+
+void ThumbnailGridView::updateItem(int index)
+{
+    const QRect rect = visualRect(index);
+    if (rect.intersects(viewport()->rect()))
+        viewport()->update(rect.adjusted(-2, -2, 2, 2));
+}
+
+void ThumbnailGridView::updateScrollBars()
+{
+    const QSize content = m_layout.contentSize();
+    const QSize view = viewport()->size();
+    if (m_layout.isSingleRow()) {
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+        verticalScrollBar()->setRange(0, 0);
+        horizontalScrollBar()->setRange(0, std::max(0, content.width() - view.width()));
+        horizontalScrollBar()->setPageStep(view.width());
+    } else {
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+        horizontalScrollBar()->setRange(0, 0);
+        verticalScrollBar()->setRange(0, std::max(0, content.height() - view.height()));
+        verticalScrollBar()->setPageStep(view.height());
+    }
+}
+
+void ThumbnailGridView::scheduleVisibilityCheck()
+{
+    if (!m_visibilityTimer->isActive())
+        m_visibilityTimer->start();
+}
+
+void ThumbnailGridView::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    // The first visible item stays in view across a change of the number of columns.
+    const int anchor = firstVisibleIndex();
+    const int oldColumns = m_layout.columns();
+    m_layout.layout(viewport()->width());
+    updateScrollBars();
+    if (anchor > 0 && oldColumns != m_layout.columns())
+        verticalScrollBar()->setValue(m_layout.itemRect(anchor).top() - m_layout.sectionInsets().top());
+    if (m_editor)
+        closeEditor(true);
+    scheduleVisibilityCheck();
+}
+
+void ThumbnailGridView::scrollContentsBy(int, int)
+{
+    if (m_editor)
+        m_editor->move(nameRect(m_editIndex).topLeft());
+    viewport()->update();
+    scheduleVisibilityCheck();
+}
+
+void ThumbnailGridView::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(viewport());
+    const QRect exposed = event->rect();
+    painter.fillRect(exposed, palette().base());
+    const QPoint origin = scrollOrigin();
+    const QRect contentRect = exposed.translated(origin);
+
+    if (m_layout.showsHeaders()) {
+        for (int section = 0; section < m_layout.sectionCount(); ++section) {
+            const QRect header = m_layout.headerRect(section).translated(-origin);
+            if (header.bottom() < exposed.top())
+                continue;
+            if (header.top() > exposed.bottom())
+                break;
+            QFont font = QWidget::font();
+            font.setBold(true);
+            painter.setFont(font);
+            painter.setPen(palette().color(QPalette::WindowText));
+            const QRect textRect = header.adjusted(m_layout.sectionInsets().left(), 0, -m_layout.sectionInsets().right(), 0);
+            painter.drawText(textRect, Qt::AlignLeft | Qt::AlignVCenter,
+                             painter.fontMetrics().elidedText(m_delegate->gridSectionTitle(section), Qt::ElideMiddle, textRect.width()));
+            painter.setPen(palette().color(QPalette::Mid));
+            painter.drawLine(textRect.bottomLeft(), textRect.bottomRight());
+            painter.setFont(QWidget::font());
+        }
+    }
+    const auto [first, last] = m_layout.itemsInRect(contentRect);
+    for (int index = first; index < last; ++index) {
+        const QRect rect = m_layout.itemRect(index).translated(-origin);
+        if (rect.intersects(exposed))
+            paintCell(painter, index, rect);
+    }
+}
+
+void ThumbnailGridView::paintCell(QPainter &painter, int index, const QRect &rect)
+{
+    const bool selected = isSelected(index);
+    const bool focused = hasFocus();
+    const QPalette &pal = palette();
+    const int side = std::max(1, rect.width() - 2 * cellPadding);
+    const QRect pictureArea(rect.left() + cellPadding, rect.top() + cellPadding, side, side);
+
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    if (selected || index == m_dropTarget) {
+        QColor back = pal.color(focused ? QPalette::Active : QPalette::Inactive, QPalette::Highlight);
+        back.setAlpha(index == m_dropTarget ? 110 : (focused ? 70 : 45));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(back);
+        painter.drawRoundedRect(QRectF(pictureArea).adjusted(-6, -6, 6, 6), 6, 6);
+    }
+    const qreal dpr = devicePixelRatioF();
+    const int deviceSide = int(side * dpr);
+    QPixmap pixmap = m_delegate->gridThumbnail(index, deviceSide);
+    const bool isThumbnail = !pixmap.isNull();
+    if (!isThumbnail)
+        pixmap = m_delegate->gridIcon(index, std::min(deviceSide, int(128 * dpr)));
+    if (!pixmap.isNull()) {
+        QSizeF size = QSizeF(pixmap.size()) / pixmap.devicePixelRatio();
+        if (isThumbnail)
+            size.scale(QSizeF(side, side), Qt::KeepAspectRatio);
+        QRectF target(QPointF(0, 0), size);
+        target.moveCenter(QRectF(pictureArea).center());
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, true);
+        painter.drawPixmap(target, pixmap, QRectF(pixmap.rect()));
+        if (isThumbnail) {
+            painter.setPen(QPen(pal.color(QPalette::Mid), 1));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRect(target.adjusted(-0.5, -0.5, 0.5, 0.5));
+        }
+    }
+    painter.setRenderHint(QPainter::Antialiasing, false);
+
+    const QStringList lines = m_delegate->gridInfoLines(index);
+    int y = rect.top() + side + 2 * cellPadding;
+    const QRect lineArea(rect.left() + 2, 0, rect.width() - 4, m_lineHeight);
+    for (int i = 0; i < lines.size() && y + m_lineHeight <= rect.bottom() + 2; ++i) {
+        QRect lineRect = lineArea.translated(0, y);
+        const QString text = painter.fontMetrics().elidedText(lines[i], Qt::ElideMiddle, lineRect.width() - 8);
+        if (i == 0 && selected) {
+            const int width = painter.fontMetrics().horizontalAdvance(text) + 10;
+            QRect pill(0, lineRect.top(), std::min(width, lineRect.width()), m_lineHeight);
+            pill.moveLeft(lineRect.center().x() - pill.width() / 2);
+            painter.setRenderHint(QPainter::Antialiasing, true);
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(pal.color(focused ? QPalette::Active : QPalette::Inactive, QPalette::Highlight));
+            painter.drawRoundedRect(pill, 4, 4);
+            painter.setRenderHint(QPainter::Antialiasing, false);
+            painter.setPen(pal.color(focused ? QPalette::Active : QPalette::Inactive, QPalette::HighlightedText));
+        } else {
+            painter.setPen(pal.color(i == 0 ? QPalette::Text : QPalette::PlaceholderText));
+        }
+        painter.drawText(lineRect, Qt::AlignHCenter | Qt::AlignVCenter, text);
+        y += m_lineHeight;
+    }
+}
+
+QRect ThumbnailGridView::nameRect(int index) const
+{
+    const QRect rect = visualRect(index);
+    const int side = std::max(1, rect.width() - 2 * cellPadding);
+    return QRect(rect.left(), rect.top() + side + 2 * cellPadding - 2, rect.width(), m_lineHeight + 6);
+}
+
+void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
+{
+    m_clickRenameTimer->stop();
+    if (m_editor)
+        closeEditor(true);
+    setFocus(Qt::MouseFocusReason);
+    const QPoint pos = event->position().toPoint();
+    const int index = m_layout.indexAt(contentPos(pos));
+    m_pressPos = pos;
+    m_pressIndex = index;
+    m_pressWasSelected = isSelected(index);
+    m_dragStarted = false;
+    const Qt::KeyboardModifiers mods = event->modifiers();
+    const bool toggle = mods.testFlag(Qt::ControlModifier);
+    const bool extend = mods.testFlag(Qt::ShiftModifier);
+
+    if (index < 0) {
+        if (event->button() == Qt::LeftButton) {
+            if (!toggle && !extend)
+                clearSelection();
+            m_rubberOrigin = contentPos(pos);
+            m_selectionBeforeRubber = m_selected;
+            if (!m_rubberBand)
+                m_rubberBand = new QRubberBand(QRubberBand::Rectangle, viewport());
+            m_rubberBand->setGeometry(QRect(pos, QSize()));
+            m_rubberBand->show();
+        }
+        return;
+    }
+    if (event->button() == Qt::RightButton) {
+        if (!m_pressWasSelected) {
+            setSelectedIndexes({index}, index);
+        }
+        return;
+    }
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (extend && m_anchor >= 0) {
+        selectRange(m_anchor, index, toggle);
+        m_current = index;
+        Q_EMIT selectionChanged();
+    } else if (toggle) {
+        setSelected(index, !m_pressWasSelected);
+        m_current = m_anchor = index;
+        Q_EMIT selectionChanged();
+    } else if (!m_pressWasSelected) {
+        setSelectedIndexes({index}, index);
+    }
+    // A press on a selected item without modifiers keeps the selection for a drag; the release
+    // narrows it to the item.
+}
+
+void ThumbnailGridView::mouseMoveEvent(QMouseEvent *event)
+{
+    const QPoint pos = event->position().toPoint();
+    if (m_rubberBand && m_rubberBand->isVisible()) {
+        updateRubberBand(pos);
+        return;
+    }
+    if (!(event->buttons() & Qt::LeftButton) || m_pressIndex < 0 || m_dragStarted)
+        return;
+    if ((pos - m_pressPos).manhattanLength() < QApplication::startDragDistance())
+        return;
+    if (!isSelected(m_pressIndex))
+        return;
+    m_dragStarted = true;
+    startDrag();
+}
+
+void ThumbnailGridView::updateRubberBand(QPoint viewportPos)
+{
+    const QRect band = QRect(m_rubberOrigin, contentPos(viewportPos)).normalized();
+    m_rubberBand->setGeometry(band.translated(-scrollOrigin()));
+    m_selected = m_selectionBeforeRubber;
+    m_selectedCount = int(std::count(m_selected.begin(), m_selected.end(), 1));
+    const auto [first, last] = m_layout.itemsInRect(band);
+    for (int index = first; index < last; ++index) {
+        if (m_layout.itemRect(index).intersects(band) && !m_selected[size_t(index)]) {
+            m_selected[size_t(index)] = 1;
+            ++m_selectedCount;
+            m_current = index;
+        }
+    }
+    m_anchor = m_current;
+    viewport()->update();
+    Q_EMIT selectionChanged();
+}
+
+void ThumbnailGridView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (m_rubberBand && m_rubberBand->isVisible()) {
+        m_rubberBand->hide();
+        m_selectionBeforeRubber.clear();
+        return;
+    }
+    const QPoint pos = event->position().toPoint();
+    if (event->button() == Qt::LeftButton && !m_dragStarted && m_pressIndex >= 0 && m_pressWasSelected
+        && event->modifiers() == Qt::NoModifier) {
+        const bool wasOnlySelection = m_selectedCount == 1;
+        setSelectedIndexes({m_pressIndex}, m_pressIndex);
+        if (wasOnlySelection && m_clickToRename && nameRect(m_pressIndex).contains(pos))
+            m_clickRenameTimer->start();
+    }
+    m_pressIndex = -1;
+}
+
+void ThumbnailGridView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    m_clickRenameTimer->stop();
+    const int index = m_layout.indexAt(contentPos(event->position().toPoint()));
+    if (index >= 0 && event->button() == Qt::LeftButton)
+        Q_EMIT activated(index);
+}
+
+void ThumbnailGridView::contextMenuEvent(QContextMenuEvent *event)
+{
+    int index = -1;
+    if (event->reason() == QContextMenuEvent::Mouse) {
+        index = m_layout.indexAt(contentPos(event->pos()));
+    } else if (m_current >= 0 && isSelected(m_current)) {
+        index = m_current;
+        scrollToItem(index);
+    }
+    QPoint global = event->globalPos();
+    if (event->reason() != QContextMenuEvent::Mouse && index >= 0)
+        global = viewport()->mapToGlobal(visualRect(index).center());
+    Q_EMIT contextMenuRequested(index, global);
+}
+
+void ThumbnailGridView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::SelectAll)) {
+        selectAll();
+        return;
+    }
+    switch (event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        moveCurrent(event->key(), event->modifiers());
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (m_current >= 0 && isSelected(m_current))
+            Q_EMIT activated(m_current);
+        return;
+    case Qt::Key_F2:
+        Q_EMIT renameShortcutPressed();
+        return;
+    case Qt::Key_Escape:
+        clearSelection();
+        return;
+    default:
+        break;
+    }
+    QAbstractScrollArea::keyPressEvent(event);
+}
+
+void ThumbnailGridView::wheelEvent(QWheelEvent *event)
+{
+    if (m_layout.isSingleRow()) {
+        // One row under the preview: the wheel scrolls it sideways.
+        const QPoint delta = event->pixelDelta().isNull() ? event->angleDelta() / 2 : event->pixelDelta();
+        const int step = delta.y() != 0 ? delta.y() : delta.x();
+        horizontalScrollBar()->setValue(horizontalScrollBar()->value() - step);
+        event->accept();
+        return;
+    }
+    QAbstractScrollArea::wheelEvent(event);
+}
+
+void ThumbnailGridView::startDrag()
+{
+    const QList<int> indexes = selectedIndexes();
+    QMimeData *data = m_delegate->gridMimeDataForDrag(indexes);
+    if (!data)
+        return;
+    auto *drag = new QDrag(this);
+    drag->setMimeData(data);
+    const qreal dpr = devicePixelRatioF();
+    QPixmap picture = m_delegate->gridThumbnail(m_pressIndex, int(96 * dpr));
+    if (picture.isNull())
+        picture = m_delegate->gridIcon(m_pressIndex, int(64 * dpr));
+    if (!picture.isNull()) {
+        picture = picture.scaled(QSize(96, 96) * dpr, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        picture.setDevicePixelRatio(dpr);
+        drag->setPixmap(picture);
+        drag->setHotSpot(QPoint(int(picture.width() / dpr / 2), int(picture.height() / dpr / 2)));
+    }
+    drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::CopyAction);
+}
+
+void ThumbnailGridView::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        dragMoveEvent(event);
+    else
+        event->ignore();
+}
+
+void ThumbnailGridView::dragMoveEvent(QDragMoveEvent *event)
+{
+    const QPoint pos = contentPos(event->position().toPoint());
+    const int index = m_layout.indexAt(pos);
+    const int section = m_layout.sectionAt(pos);
+    const Qt::DropAction action = m_delegate->gridValidateDrop(event->mimeData(), index, section, event->modifiers());
+    const int target = action != Qt::IgnoreAction ? index : -1;
+    if (target != m_dropTarget) {
+        const int old = m_dropTarget;
+        m_dropTarget = target;
+        updateItem(old);
+        updateItem(target);
+    }
+    if (action == Qt::IgnoreAction) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(action);
+    event->accept();
+}
+
+void ThumbnailGridView::dragLeaveEvent(QDragLeaveEvent *)
+{
+    const int old = m_dropTarget;
+    m_dropTarget = -1;
+    updateItem(old);
+}
+
+void ThumbnailGridView::dropEvent(QDropEvent *event)
+{
+    const QPoint pos = contentPos(event->position().toPoint());
+    const int index = m_layout.indexAt(pos);
+    const int section = m_layout.sectionAt(pos);
+    const int old = m_dropTarget;
+    m_dropTarget = -1;
+    updateItem(old);
+    const Qt::DropAction action = m_delegate->gridValidateDrop(event->mimeData(), index, section, event->modifiers());
+    if (action == Qt::IgnoreAction || !m_delegate->gridAcceptDrop(event->mimeData(), index, section, event->modifiers())) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(action);
+    event->accept();
+}
+
+void ThumbnailGridView::focusInEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusInEvent(event);
+    viewport()->update();
+}
+
+void ThumbnailGridView::focusOutEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
+void ThumbnailGridView::editName(int index)
+{
+    if (index < 0 || index >= count())
+        return;
+    closeEditor(false);
+    scrollToItem(index);
+    m_editIndex = index;
+    auto *editor = new QLineEdit(viewport());
+    m_editor = editor;
+    editor->setAlignment(Qt::AlignHCenter);
+    const QString name = m_delegate->gridEditableName(index);
+    editor->setText(name);
+    const int dot = name.lastIndexOf(QLatin1Char('.'));
+    if (dot > 0)
+        editor->setSelection(0, dot);
+    else
+        editor->selectAll();
+    editor->setGeometry(nameRect(index));
+    editor->show();
+    editor->setFocus(Qt::OtherFocusReason);
+    connect(editor, &QLineEdit::returnPressed, this, [this] { closeEditor(true); });
+    connect(editor, &QLineEdit::editingFinished, this, [this] {
+        if (m_editor && !m_editor->hasFocus())
+            closeEditor(true);
+    });
+    auto *escape = new QAction(editor);
+    escape->setShortcut(Qt::Key_Escape);
+    escape->setShortcutContext(Qt::WidgetShortcut);
+    editor->addAction(escape);
+    connect(escape, &QAction::triggered, this, [this] { closeEditor(false); });
+}
+
+void ThumbnailGridView::closeEditor(bool commit)
+{
+    if (!m_editor)
+        return;
+    QLineEdit *editor = m_editor;
+    m_editor = nullptr;
+    const QString text = editor->text();
+    const int index = m_editIndex;
+    m_editIndex = -1;
+    editor->hide();
+    editor->deleteLater();
+    setFocus(Qt::OtherFocusReason);
+    if (commit && index >= 0)
+        Q_EMIT nameEdited(index, text);
+}

@@ -1,0 +1,14 @@
+#include "browser/ThumbnailsSavedState.h"
+
+#include <QStringList>
+
+QString thumbnailsSavedSourcesKey(const QList<PXFilePtr> &sources)
+{
+    QStringList paths;
+    paths.reserve(sources.size());
+    for (const PXFilePtr &source : sources)
+        paths.append(source->path());
+    paths.sort();
+    paths.removeDuplicates();
+    return paths.join(QLatin1Char('\n'));
+}
