@@ -31,6 +31,9 @@ int runPixcove(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(PIXCOVE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("pixcove"));
     QApplication app(argc, argv);
+    // Without a desktop session (a bare X server, a minimal window manager) Qt finds no icon theme.
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
 
     QString error;

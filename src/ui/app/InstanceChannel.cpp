@@ -2,6 +2,9 @@
 
 #include "app/Log.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -16,9 +19,14 @@ InstanceChannel::InstanceChannel(const QString &name, QObject *parent)
 
 InstanceChannel::~InstanceChannel() = default;
 
+// The user's runtime folder is private to them (0700), so nobody else can hand us requests;
+// without one, the temporary folder with the user id in the name.
 QString InstanceChannel::defaultName()
 {
-    return QStringLiteral("pixcove-%1").arg(getuid());
+    const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+    if (!runtime.isEmpty() && QFileInfo(QFile::decodeName(runtime)).isDir())
+        return QFile::decodeName(runtime) + QStringLiteral("/pixcove.socket");
+    return QDir::tempPath() + QStringLiteral("/pixcove-%1.socket").arg(getuid());
 }
 
 bool InstanceChannel::listen()
@@ -26,7 +34,8 @@ bool InstanceChannel::listen()
     if (m_server)
         return true;
     auto *server = new QLocalServer(this);
-    server->setSocketOptions(QLocalServer::UserAccessOption);
+    // No socket options: with them Qt binds elsewhere and renames over an existing socket, which
+    // would take the name from a running instance.
     if (!server->listen(m_name)) {
         // Somebody answering means a running instance; silence means a stale socket file.
         QLocalSocket probe;

@@ -7,8 +7,8 @@
 
 class QLocalServer;
 
-// Keeps Pixcove to one instance per user: the first start listens on a local socket named after
-// the user; a later start hands its request to it and exits.
+// Keeps Pixcove to one instance per user: the first start listens on a local socket of the
+// user's; a later start hands its request to it and exits.
 //
 // listen() answers false when another instance already listens (the caller then forwards); a
 // socket file left behind by a crashed instance is removed and listening is tried again.
@@ -19,7 +19,7 @@ public:
     explicit InstanceChannel(const QString &name = defaultName(), QObject *parent = nullptr);
     ~InstanceChannel() override;
 
-    // "pixcove-<user id>": one instance per user and per display session is what users expect.
+    // A socket in the user's runtime folder: one instance per user.
     static QString defaultName();
 
     bool listen();

@@ -57,7 +57,9 @@ MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, b
 
     auto *controller = new MainWindowController(settings, this, file);
     m_windowControllers.append(controller);
-    if (asTab && front && front->frame()) {
+    // A window opened while the front one is in full screen joins it: a new top-level window
+    // would open behind the full-screen one.
+    if ((asTab || (front && front->isFullscreen())) && front && front->frame()) {
         front->frame()->addController(controller);
     } else {
         auto *frame = new MainWindowFrame;

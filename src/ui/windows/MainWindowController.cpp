@@ -55,3 +55,8 @@ void MainWindowController::close()
     emit closed(this);
     deleteLater();
 }
+
+MainWindowViewController *MainWindowController::mainViewController() const
+{
+    return m_mainViewController;
+}

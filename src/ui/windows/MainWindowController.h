@@ -26,7 +26,7 @@ public:
     ~MainWindowController() override;
 
     const WindowSettingsPtr &windowSettings() const { return m_windowSettings; }
-    MainWindowViewController *mainViewController() const { return m_mainViewController; }
+    MainWindowViewController *mainViewController() const;
     MainWindowFrame *frame() const { return m_frame; }
     void setFrame(MainWindowFrame *frame) { m_frame = frame; }
 
@@ -47,7 +47,7 @@ signals:
 
 private:
     WindowSettingsPtr m_windowSettings;
-    MainWindowViewController *m_mainViewController;
+    QPointer<MainWindowViewController> m_mainViewController; // a child of its frame while it has one
     WindowManager *m_delegate;
     QPointer<MainWindowFrame> m_frame;
     bool m_closed = false;

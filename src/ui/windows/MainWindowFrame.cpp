@@ -22,12 +22,19 @@ namespace {
 QPointer<MainWindowFrame> lastActiveFrame;
 }
 
+// The resources of a static library are registered by name, outside any namespace.
+static void initResources()
+{
+    Q_INIT_RESOURCE(pixcove_ui);
+}
+
 MainWindowFrame::MainWindowFrame(QWidget *parent)
     : QMainWindow(parent)
     , m_tabBar(new QTabBar(this))
     , m_stack(new QStackedWidget(this))
     , m_validateTimer(new QTimer(this))
 {
+    initResources();
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowIcon(QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
     resize(1280, 800);

@@ -24,6 +24,7 @@
 #include <QSlider>
 #include <QSplitter>
 #include <QStyle>
+#include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
 #include <QUrl>
@@ -134,7 +135,7 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, c
                     paths.append(file->path());
                 QString error;
                 if (!Applications::launch(application->path(), paths, &error))
-                    showStatus(tr("Cannot open with %1: %2").arg(application->displayName(), error));
+                    showNotice(tr("Cannot open with %1: %2").arg(application->displayName(), error));
             });
     connect(m_browserViewController, &BrowserViewController::selectionChanged, this,
             &MainWindowViewController::thumbnailSelectionChanged);
@@ -291,6 +292,11 @@ QWidget *MainWindowViewController::buildBottomBar()
     bar->setContentsMargins(8, 2, 8, 2);
     bar->setSpacing(6);
     m_statusBarText = new QLabel(bottomContainer);
+    // Eight seconds: long enough to read a sentence, short enough not to hide the counts for long.
+    m_noticeTimer = new QTimer(this);
+    m_noticeTimer->setSingleShot(true);
+    m_noticeTimer->setInterval(8000);
+    connect(m_noticeTimer, &QTimer::timeout, this, [this] { m_statusBarText->setText(m_statusText); });
     m_statusBarText->setTextFormat(Qt::PlainText);
     m_statusBarText->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     bar->addWidget(m_statusBarText, 1);
@@ -435,7 +441,7 @@ void MainWindowViewController::openFiles(const QList<PXFilePtr> &files)
     }
     for (const PXFilePtr &file : files) {
         if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file->path())))
-            showStatus(tr("No application opens “%1”.").arg(file->displayName()));
+            showNotice(tr("No application opens “%1”.").arg(file->displayName()));
     }
 }
 
@@ -460,12 +466,20 @@ void MainWindowViewController::showNearestExistingParent(const PXFilePtr &folder
     const QString text = tr("“%1” is no longer available (%2); showing “%3”.")
                              .arg(folder->displayName(), reason, existing->displayName());
     logError(QStringLiteral("%1 is no longer available (%2); showing %3").arg(folder->path(), reason, existing->path()));
-    showStatus(text);
+    showNotice(text);
 }
 
 void MainWindowViewController::showStatus(const QString &text)
 {
+    m_statusText = text;
+    if (!m_noticeTimer->isActive())
+        m_statusBarText->setText(text);
+}
+
+void MainWindowViewController::showNotice(const QString &text)
+{
     m_statusBarText->setText(text);
+    m_noticeTimer->start();
 }
 
 void MainWindowViewController::chooseFolder()

@@ -18,6 +18,7 @@ class QLineEdit;
 class QSlider;
 class QSplitter;
 class QToolBar;
+class QTimer;
 class QToolButton;
 class SidebarViewController;
 class ThumbnailsViewController;
@@ -73,6 +74,8 @@ private:
     void chooseFolder();
     void changeFolderDepth(int depth);
     void showStatus(const QString &text);
+    // A message that stays over the status line for a while.
+    void showNotice(const QString &text);
 
     WindowSettingsPtr m_windowSettings;
     NavigationHistory m_navigationHistory;
@@ -83,6 +86,8 @@ private:
     InspectorViewController *m_inspectorViewController = nullptr;
     PathBar *m_pathBar = nullptr;
     QLabel *m_statusBarText = nullptr;
+    QString m_statusText;
+    QTimer *m_noticeTimer = nullptr;
     QSlider *m_folderDepthSlider = nullptr;
     QSlider *m_thumbnailSizeSlider = nullptr;
     QLineEdit *m_searchField = nullptr;
