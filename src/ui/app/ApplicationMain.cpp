@@ -3,11 +3,13 @@
 #include "app/AppDelegate.h"
 #include "app/InstanceChannel.h"
 #include "app/LaunchRequest.h"
+#include "app/Log.h"
 #include "app/ServicesProvider.h"
 #include "settings/SettingsManager.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QIcon>
 #include <QMessageBox>
 
@@ -24,6 +26,8 @@ void printError(const QString &text)
 
 int runPixcove(int argc, char **argv)
 {
+    QElapsedTimer startup;
+    startup.start();
     Q_INIT_RESOURCE(pixcove_ui);
     QApplication::setOrganizationName(QStringLiteral("tallowmere"));
     QApplication::setApplicationName(QStringLiteral("Pixcove3"));
@@ -34,6 +38,7 @@ int runPixcove(int argc, char **argv)
     // Without a desktop session (a bare X server, a minimal window manager) Qt finds no icon theme.
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("Adwaita"));
+    logDebug(QStringLiteral("Start-up: application object after %1 ms").arg(startup.elapsed()));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
 
     QString error;
@@ -64,6 +69,7 @@ int runPixcove(int argc, char **argv)
         printError(QStringLiteral("another Pixcove is running but does not answer; starting anyway"));
     }
 
+    logDebug(QStringLiteral("Start-up: instance channel after %1 ms").arg(startup.elapsed()));
     SettingsManager &settings = SettingsManager::shared();
     settings.setAlertPresenter([](const QString &title, const QString &text) {
         QMessageBox::critical(nullptr, title, text);
@@ -76,6 +82,8 @@ int runPixcove(int argc, char **argv)
     AppDelegate delegate;
     QObject::connect(&channel, &InstanceChannel::requestReceived, &delegate, &AppDelegate::handleRequest);
     delegate.applicationWillFinishLaunching();
+    logDebug(QStringLiteral("Start-up: settings and managers after %1 ms").arg(startup.elapsed()));
     delegate.applicationDidFinishLaunching(*request);
+    logDebug(QStringLiteral("Start-up: launched after %1 ms").arg(startup.elapsed()));
     return QApplication::exec();
 }

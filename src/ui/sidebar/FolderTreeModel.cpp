@@ -237,8 +237,10 @@ void FolderTreeModel::startListing(Node *node)
                 if (current->listed)
                     self->applyListing(current);
             });
+    // Always after returning, also when another view listed the folder already: callers may be
+    // walking their own lists when they ask.
     if (node->subscription->isLoaded())
-        settle();
+        QMetaObject::invokeMethod(this, settle, Qt::QueuedConnection);
     else
         node->subscription->load();
 }

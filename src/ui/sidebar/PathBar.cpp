@@ -41,8 +41,12 @@ void PathBar::resizeEvent(QResizeEvent *event)
 // the rest fits.
 void PathBar::rebuild()
 {
+    // Later, not now: rebuilding may run inside a button's own click.
     while (QLayoutItem *item = m_layout->takeAt(0)) {
-        delete item->widget();
+        if (QWidget *widget = item->widget()) {
+            widget->hide();
+            widget->deleteLater();
+        }
         delete item;
     }
     const QList<PXFilePtr> folders = chain();
@@ -88,7 +92,7 @@ void PathBar::rebuild()
     }
     for (int i = 0; i < parts.size(); ++i) {
         if (i < folded) {
-            delete parts[i];
+            parts[i]->deleteLater();
             continue;
         }
         if (i > folded || folded > 0) {

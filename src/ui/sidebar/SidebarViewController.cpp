@@ -81,8 +81,10 @@ SidebarViewController::~SidebarViewController() = default;
 QList<PXFilePtr> SidebarViewController::selectedFiles() const
 {
     QList<PXFilePtr> files;
-    for (const QModelIndex &index : m_tree->selectionModel()->selectedRows(0))
-        files.append(m_model->fileForIndex(index));
+    for (const QModelIndex &index : m_tree->selectionModel()->selectedRows(0)) {
+        if (PXFilePtr file = m_model->fileForIndex(index))
+            files.append(std::move(file));
+    }
     return files;
 }
 
@@ -146,8 +148,11 @@ bool SidebarViewController::selectionLiesUnder(const PXFilePtr &file, const PXFi
 
 void SidebarViewController::beginRestore(const QList<PXFilePtr> &expanded, const QList<PXFilePtr> &selection)
 {
+    const auto missing = [](const PXFilePtr &file) { return !file; };
     m_pendingExpanded = expanded;
+    m_pendingExpanded.removeIf(missing);
     m_pendingSelection = selection;
+    m_pendingSelection.removeIf(missing);
     m_restoredSelection.clear();
     continueRestore();
 }
@@ -170,11 +175,10 @@ void SidebarViewController::continueRestore()
     }
     bool waiting = false;
     const PXFilePtr root = m_model->rootFolder();
-    for (auto it = m_pendingSelection.begin(); it != m_pendingSelection.end();) {
-        const PXFilePtr &file = *it;
+    const QList<PXFilePtr> pending = std::exchange(m_pendingSelection, {});
+    for (const PXFilePtr &file : pending) {
         if (m_model->indexForFile(file).isValid()) {
             m_restoredSelection.append(file);
-            it = m_pendingSelection.erase(it);
             continue;
         }
         // The nearest ancestor in the tree, listed now unless it already was (then the file is gone).
@@ -187,10 +191,8 @@ void SidebarViewController::continueRestore()
         }
         if (ancestor.isValid() && !m_model->isListed(ancestor)) {
             m_model->fetchMore(ancestor);
+            m_pendingSelection.append(file);
             waiting = true;
-            ++it;
-        } else {
-            it = m_pendingSelection.erase(it);
         }
     }
     // Folders to expand that are not listed yet appear with their parents, or never: they do not
@@ -204,8 +206,10 @@ void SidebarViewController::finishRestore()
     QItemSelection selection;
     for (const PXFilePtr &file : std::as_const(m_restoredSelection)) {
         const QModelIndex index = m_model->indexForFile(file);
-        selection.select(index, index.siblingAtColumn(1));
+        if (index.isValid())
+            selection.select(index, index.siblingAtColumn(1));
     }
+    m_restoredSelection.removeIf([this](const PXFilePtr &file) { return !m_model->indexForFile(file).isValid(); });
     m_tree->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     if (!m_restoredSelection.isEmpty()) {
         const QModelIndex current = m_model->indexForFile(m_restoredSelection.first());
