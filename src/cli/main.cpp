@@ -1,7 +1,9 @@
 #include "CliSupport.h"
+#include "InfoCommand.h"
 #include "LsCommand.h"
 #include "RenameCommand.h"
 #include "SettingsCommand.h"
+#include "ThumbsCommand.h"
 
 #include <QCoreApplication>
 
@@ -11,11 +13,14 @@ namespace {
 
 constexpr char usage[] = "pixcove-cli COMMAND [OPTIONS]\n"
                          "commands:\n"
+                         "  info    the inspector's rows for files, as text or JSON (pixcove-cli info --help)\n"
                          "  ls      list folders as a window shows them, sorted and filtered\n"
                          "  rename  new names for files by rename rules or a preset, as OLD -> NEW paths with\n"
                          "          collisions marked; renames with --apply (pixcove-cli rename --help)\n"
                          "  settings  print the settings file's path (--path, the default) or check a\n"
-                         "            settings file as start-up reads it (--check FILE)\n";
+                         "            settings file as start-up reads it (--check FILE)\n"
+                         "  thumbs  make the thumbnails a grid shows and fill the thumbnail cache, printing\n"
+                         "          SOURCE PATH per file and the throughput (pixcove-cli thumbs --help)\n";
 
 } // namespace
 
@@ -31,11 +36,15 @@ int main(int argc, char **argv)
         return args.isEmpty() ? Cli::exitUsage : Cli::exitOk;
     }
     const QString command = args.takeFirst();
+    if (command == QLatin1String("info"))
+        return runInfoCommand(args);
     if (command == QLatin1String("ls"))
         return runLsCommand(args);
     if (command == QLatin1String("rename"))
         return runRenameCommand(args);
     if (command == QLatin1String("settings"))
         return runSettingsCommand(args);
+    if (command == QLatin1String("thumbs"))
+        return runThumbsCommand(args);
     return Cli::usageError(QStringLiteral("unknown command %1").arg(command), "pixcove-cli COMMAND [OPTIONS]");
 }

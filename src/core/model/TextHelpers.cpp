@@ -7,6 +7,7 @@
 #include <unicode/coll.h>
 #include <unicode/unistr.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <mutex>
@@ -138,10 +139,15 @@ QString cleanedFilename(const QString &text)
 
 QString exposureFractionString(double seconds)
 {
+    // Values no camera writes (a rational with a zero denominator read as a float, corrupt data)
+    // print as numbers: the fraction's whole part and denominator must fit 64 bits.
+    if (!std::isfinite(seconds) || std::fabs(seconds) >= 1e15)
+        return QString::number(seconds);
     const double whole = std::floor(seconds);
     const double rest = seconds - whole;
     if (rest != 0) {
-        const int denominator = int(std::floor(1.0 / rest + 0.5));
+        // A rest of a few ulps would overflow a plain int; no camera states such a fraction anyway.
+        const qint64 denominator = qint64(std::min(std::floor(1.0 / rest + 0.5), 1e15));
         if (whole == 0)
             return QStringLiteral("%1/%2").arg(1).arg(denominator);
         return QStringLiteral("%1 %2/%3").arg(qint64(whole)).arg(1).arg(denominator);

@@ -1,7 +1,258 @@
 #include "thumbnails/ThumbnailGenerator.h"
 
+#include "app/Dispatch.h"
+#include "app/Log.h"
+#include "imaging/EmbeddedPreview.h"
+#include "thumbnails/SystemThumbnailer.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <cmath>
+
+namespace {
+
+const QString utilityQueueName = QStringLiteral("Thumbnail Generator");
+
+QThreadPool *utilityQueue()
+{
+    QThreadPool *pool = namedThreadPool(utilityQueueName);
+    // Embedded previews are small reads: as many at once as requests may run.
+    if (pool->maxThreadCount() < ThumbnailGenerator::defaultConcurrentRequestsCount)
+        pool->setMaxThreadCount(ThumbnailGenerator::defaultConcurrentRequestsCount);
+    return pool;
+}
+
+} // namespace
+
+// ---- Request ------------------------------------------------------------------------------
+
+ThumbnailGenerator::Request::Request(PXFilePtr file, QSizeF size, Priority priority, UpdateHandler updateHandler)
+    : m_file(std::move(file))
+    , m_size(size)
+    , m_priority(priority)
+    , m_updateHandler(std::move(updateHandler))
+{
+}
+
+ThumbnailGenerator::Request::~Request() = default;
+
+void ThumbnailGenerator::Request::cancel()
+{
+    setPriority(Priority::cancelled);
+    QMutexLocker locker(&m_lock);
+    if (m_systemRequest)
+        m_systemRequest->cancel();
+}
+
+void ThumbnailGenerator::Request::setSystemRequest(std::shared_ptr<SystemThumbnailRequest> systemRequest)
+{
+    QMutexLocker locker(&m_lock);
+    m_systemRequest = std::move(systemRequest);
+    if (m_systemRequest && isCancelled())
+        m_systemRequest->cancel();
+}
+
+void ThumbnailGenerator::Request::deliver(const QImage &image, bool final, const std::optional<ThumbnailError> &error,
+                                          ThumbnailSource source)
+{
+    if (isCancelled())
+        return;
+    m_source.store(source);
+    if (m_updateHandler)
+        m_updateHandler(image, final, error);
+}
+
+// ---- Generator ----------------------------------------------------------------------------
+
+ThumbnailGenerator::ThumbnailGenerator(SystemThumbnailer *thumbnailer, QObject *parent)
+    : QObject(parent)
+    , m_thumbnailer(thumbnailer ? thumbnailer : &SystemThumbnailer::shared())
+{
+}
+
+ThumbnailGenerator::~ThumbnailGenerator()
+{
+    for (const RequestPtr &request : std::as_const(m_activeOwners))
+        request->cancel();
+}
+
 ThumbnailGenerator &ThumbnailGenerator::shared()
 {
-    static ThumbnailGenerator generator;
-    return generator;
+    // Never deleted: requests may finish on pool threads while static destructors run.
+    static ThumbnailGenerator *generator = new ThumbnailGenerator;
+    return *generator;
+}
+
+void ThumbnailGenerator::setConcurrentRequestsCount(int count)
+{
+    m_concurrentRequestsCount = qMax(1, count);
+    if (utilityQueue()->maxThreadCount() < m_concurrentRequestsCount)
+        utilityQueue()->setMaxThreadCount(m_concurrentRequestsCount);
+}
+
+double ThumbnailGenerator::screenScale() const
+{
+    if (m_screenScale)
+        return *m_screenScale;
+    double scale = 1.0;
+    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+        const auto screens = QGuiApplication::screens();
+        for (const QScreen *screen : screens)
+            scale = qMax(scale, screen->devicePixelRatio());
+    }
+    return scale;
+}
+
+void ThumbnailGenerator::setScreenScale(double scale)
+{
+    m_screenScale = scale;
+}
+
+void ThumbnailGenerator::add(const RequestPtr &request)
+{
+    if (!isGuiThread()) {
+        postTo(this, [this, request] { add(request); });
+        return;
+    }
+    request->m_generator = this;
+    m_requests.append(request);
+    schedule();
+}
+
+void ThumbnailGenerator::remove(const RequestPtr &request)
+{
+    if (!isGuiThread()) {
+        postTo(this, [this, request] { remove(request); });
+        return;
+    }
+    m_requests.removeAll(request);
+}
+
+void ThumbnailGenerator::finished(const RequestPtr &request)
+{
+    if (!isGuiThread()) {
+        postTo(this, [this, request] { finished(request); });
+        return;
+    }
+    if (m_activeRequests.remove(request.get()))
+        m_activeOwners.removeOne(request);
+    schedule();
+}
+
+void ThumbnailGenerator::schedule()
+{
+    while (m_activeRequests.size() < m_concurrentRequestsCount && !m_requests.isEmpty()) {
+        // Most urgent class first, earliest arrival within a class; read now, so that priorities
+        // changed while waiting count.
+        qsizetype chosen = -1;
+        qsizetype firstMedium = -1;
+        qsizetype firstLow = -1;
+        for (qsizetype i = 0; i < m_requests.size(); ++i) {
+            const Priority priority = m_requests.at(i)->priority();
+            if (priority == Priority::high) {
+                chosen = i;
+                break;
+            }
+            if (priority == Priority::medium && firstMedium < 0)
+                firstMedium = i;
+            else if (priority == Priority::low && firstLow < 0)
+                firstLow = i;
+        }
+        if (chosen < 0)
+            chosen = firstMedium >= 0 ? firstMedium : firstLow;
+        if (chosen < 0) {
+            logError(QStringLiteral("Error: Nothing but cancelled requests in the thumbnail queue"));
+            return;
+        }
+        const RequestPtr request = m_requests.takeAt(chosen);
+        m_activeRequests.insert(request.get());
+        m_activeOwners.append(request);
+        start(request);
+    }
+}
+
+void ThumbnailGenerator::start(const RequestPtr &request)
+{
+    const PXFilePtr &file = request->file();
+    if (!file || file->nativePath().isEmpty()) {
+        // A file without a location gets no thumbnail. The error is made but, as the request is
+        // cancelled first, never delivered. Its slot is freed at once: nothing runs for it.
+        request->cancel();
+        m_requests.removeAll(request);
+        m_activeRequests.remove(request.get());
+        m_activeOwners.removeOne(request);
+        request->deliver({}, true,
+                         ThumbnailError{QStringLiteral("ThumbnailGenerator"), 1,
+                                        QStringLiteral("URL to file could not be found.")},
+                         ThumbnailSource::failed);
+        return;
+    }
+    if (!file->isImage()) {
+        if (!request->isCancelled())
+            startSystemThumbnail(request);
+        else
+            finished(request);
+        return;
+    }
+    std::weak_ptr<Request> weakRequest = request;
+    utilityQueue()->start([this, weakRequest] { runImagePath(weakRequest); });
+}
+
+void ThumbnailGenerator::runImagePath(const std::weak_ptr<Request> &weakRequest)
+{
+    RequestPtr request = weakRequest.lock();
+    if (!request)
+        return;
+    QPointer<ThumbnailGenerator> generator = request->m_generator;
+    if (!generator)
+        return;
+
+    const int needed = int(generator->screenScale() * request->size().width());
+    if (!request->isCancelled()) {
+        const QImage preview = EmbeddedPreview::read(request->file()->resolvedNativePath(), needed);
+        if (!preview.isNull()) {
+            if (preview.width() < needed && preview.height() < needed) {
+                postTo(generator, [request, preview] {
+                    request->deliver(preview, false, std::nullopt, ThumbnailSource::embedded);
+                });
+            } else {
+                postTo(generator, [generator, request, preview] {
+                    generator->finished(request);
+                    request->deliver(preview, true, std::nullopt, ThumbnailSource::embedded);
+                });
+                return;
+            }
+        }
+    }
+    if (request->isCancelled()) {
+        postTo(generator, [generator, request] { generator->finished(request); });
+        return;
+    }
+    postTo(generator, [generator, request] { generator->startSystemThumbnail(request); });
+}
+
+void ThumbnailGenerator::startSystemThumbnail(const RequestPtr &request)
+{
+    if (request->isCancelled()) {
+        finished(request);
+        return;
+    }
+    QPointer<ThumbnailGenerator> generator = this;
+    std::weak_ptr<Request> weakRequest = request;
+    auto systemRequest = m_thumbnailer->generate(
+        request->file()->resolvedNativePath(), request->size(), screenScale(),
+        [generator, weakRequest](const SystemThumbnailResult &result) {
+            if (!generator)
+                return;
+            postTo(generator, [generator, weakRequest, result] {
+                const RequestPtr request = weakRequest.lock();
+                if (!request)
+                    return;
+                request->deliver(result.image, true, result.error, result.source);
+                request->setSystemRequest(nullptr);
+                generator->finished(request);
+            });
+        });
+    request->setSystemRequest(std::move(systemRequest));
 }

@@ -1,16 +1,16 @@
 #include "thumbnails/ThumbnailItem.h"
 
-#include "app/Dispatch.h"
-
-#include <QImageReader>
-
-ThumbnailItem::ThumbnailItem(PXFilePtr file, WindowSettingsPtr windowSettings, ThumbnailGenerator &)
+ThumbnailItem::ThumbnailItem(PXFilePtr file, WindowSettingsPtr windowSettings, ThumbnailGenerator &generator)
     : m_file(std::move(file))
     , m_windowSettings(std::move(windowSettings))
+    , m_generator(generator)
 {
 }
 
-ThumbnailItem::~ThumbnailItem() = default;
+ThumbnailItem::~ThumbnailItem()
+{
+    reset();
+}
 
 void ThumbnailItem::setController(ThumbnailItemDelegate *controller, QObject *guard)
 {
@@ -20,7 +20,7 @@ void ThumbnailItem::setController(ThumbnailItemDelegate *controller, QObject *gu
 
 void ThumbnailItem::setVisible(Visibility visible)
 {
-    if (visible == m_visible)
+    if (m_visible == visible)
         return;
     m_visible = visible;
     update();
@@ -28,43 +28,74 @@ void ThumbnailItem::setVisible(Visibility visible)
 
 void ThumbnailItem::update()
 {
-    if (m_lookedForThumbnail || m_requested || (m_visible != Visibility::onscreen && m_visible != Visibility::nearby))
+    if (m_lookedForThumbnail && !m_thumbnailRequest)
         return;
-    if (!m_file->isImage()) {
-        m_lookedForThumbnail = true;
+
+    ThumbnailGenerator::Priority wanted = ThumbnailGenerator::Priority::high;
+    switch (m_visible) {
+    case Visibility::offscreen:
+    case Visibility::unknown:
+        if (m_thumbnailRequest) {
+            m_generator.remove(m_thumbnailRequest);
+            m_thumbnailRequest.reset();
+        }
+        return;
+    case Visibility::nearby:
+        wanted = ThumbnailGenerator::Priority::medium;
+        break;
+    case Visibility::onscreen:
+        wanted = ThumbnailGenerator::Priority::high;
+        break;
+    }
+
+    if (m_thumbnailRequest) {
+        m_thumbnailRequest->setPriority(wanted);
         return;
     }
-    m_requested = true;
-    std::weak_ptr<ThumbnailItem> weak = weak_from_this();
-    const QString path = m_file->resolvedPath();
-    runOnPool(QStringLiteral("Thumbnail Generator"), [weak, path] {
-        QImageReader reader(path);
-        reader.setAutoTransform(true);
-        const QSize size = reader.size();
-        if (size.isValid())
-            reader.setScaledSize(size.scaled(400, 400, Qt::KeepAspectRatio));
-        QImage image = reader.read();
-        postToGui([weak, image] {
-            auto self = weak.lock();
-            if (!self)
-                return;
-            self->m_requested = false;
-            self->m_lookedForThumbnail = true;
-            self->m_thumbnail = image;
-            if (self->m_controllerGuard && self->m_controller)
-                self->m_controller->thumbnailItemThumbnailChanged(*self);
-        });
-    });
+
+    // The handler holds the item weakly: an item released while its request runs drops the result.
+    auto cell = std::make_shared<ThumbnailGenerator::Request *>(nullptr);
+    std::weak_ptr<ThumbnailItem> weakSelf = weak_from_this();
+    auto handler = [weakSelf, cell](const QImage &image, bool final, std::optional<ThumbnailError> error) {
+        const auto self = weakSelf.lock();
+        if (!self || !self->m_thumbnailRequest || self->m_thumbnailRequest.get() != *cell)
+            return;
+        self->handleResult(image, final, error);
+    };
+    m_thumbnailRequest = std::make_shared<ThumbnailGenerator::Request>(
+        m_file, QSizeF(thumbnailPoints, thumbnailPoints), wanted, std::move(handler));
+    *cell = m_thumbnailRequest.get();
+    m_generator.add(m_thumbnailRequest);
+}
+
+void ThumbnailItem::handleResult(const QImage &image, bool final, const std::optional<ThumbnailError> &error)
+{
+    m_lookedForThumbnail = true;
+    m_thumbnail = image;
+    if (final || error)
+        m_thumbnailRequest.reset();
+    if (m_controller && m_controllerGuard)
+        m_controller->thumbnailItemThumbnailChanged(*this);
+}
+
+void ThumbnailItem::cancelRequest()
+{
+    if (!m_thumbnailRequest)
+        return;
+    m_thumbnailRequest->cancel();
+    m_thumbnailRequest.reset();
 }
 
 void ThumbnailItem::reset()
 {
-    m_thumbnail = {};
+    cancelRequest();
+    m_thumbnail = QImage();
     m_lookedForThumbnail = false;
 }
 
 void ThumbnailItem::reload()
 {
+    cancelRequest();
     m_lookedForThumbnail = false;
     update();
 }

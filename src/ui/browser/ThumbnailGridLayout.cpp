@@ -174,13 +174,13 @@ int ThumbnailGridLayout::indexAbove(int index) const
     const int local = index - m_sectionStarts[section];
     if (local >= m_columns)
         return index - m_columns;
-    if (section == 0)
+    // Into the last row of the nearest section above with items, same column where it has one.
+    int above = section - 1;
+    while (above >= 0 && m_counts[above] == 0)
+        --above;
+    if (above < 0)
         return index;
-    // Into the last row of the section above, same column where it has one.
-    const int above = section - 1;
     const int count = m_counts[above];
-    if (count == 0)
-        return m_sectionStarts[section] > 0 ? m_sectionStarts[section] - 1 : index;
     const int lastRowStart = ((count - 1) / m_columns) * m_columns;
     return m_sectionStarts[above] + std::min(count - 1, lastRowStart + local % m_columns);
 }

@@ -14,6 +14,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 // Padding between a cell's edge and its picture.
@@ -51,7 +52,14 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
     connect(m_visibilityTimer, &QTimer::timeout, this, &ThumbnailGridView::visibleRangeChanged);
 }
 
-ThumbnailGridView::~ThumbnailGridView() = default;
+ThumbnailGridView::~ThumbnailGridView()
+{
+    // An open editor loses its focus while the view goes away: it must not commit then.
+    if (m_editor) {
+        m_editor->disconnect(this);
+        delete m_editor;
+    }
+}
 
 void ThumbnailGridView::relayout()
 {
@@ -366,13 +374,13 @@ void ThumbnailGridView::paintCell(QPainter &painter, int index, const QRect &rec
     if (!isThumbnail)
         pixmap = m_delegate->gridIcon(index, std::min(deviceSide, int(128 * dpr)));
     if (!pixmap.isNull()) {
-        QSizeF size = QSizeF(pixmap.size()) / pixmap.devicePixelRatio();
-        if (isThumbnail)
-            size.scale(QSizeF(side, side), Qt::KeepAspectRatio);
+        // The delegate hands pictures made for this cell's size: drawn without resampling.
+        const QSizeF size = QSizeF(pixmap.size()) / dpr;
         QRectF target(QPointF(0, 0), size);
         target.moveCenter(QRectF(pictureArea).center());
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, true);
-        painter.drawPixmap(target, pixmap, QRectF(pixmap.rect()));
+        target.moveTopLeft(QPointF(std::round(target.left()), std::round(target.top())));
+        pixmap.setDevicePixelRatio(dpr);
+        painter.drawPixmap(target.topLeft(), pixmap);
         if (isThumbnail) {
             painter.setPen(QPen(pal.color(QPalette::Mid), 1));
             painter.setBrush(Qt::NoBrush);

@@ -136,6 +136,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
 
 ThumbnailsViewController::~ThumbnailsViewController()
 {
+    m_grid->disconnect(this);
     // Items may outlive the pane in a pending result: they must not call back into it.
     for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile))
         item->setController(nullptr, nullptr);
@@ -446,13 +447,11 @@ QPixmap ThumbnailsViewController::gridThumbnail(int index, int side)
     if (image.isNull())
         return {};
     auto it = m_pixmaps.find(item);
-    if (it != m_pixmaps.end() && std::max(it->width(), it->height()) >= std::min(side, std::max(image.width(), image.height())))
+    if (it != m_pixmaps.end() && std::max(it->width(), it->height()) == side)
         return *it;
-    // Scaled once to the cell, so that painting a screenful costs blits, not resampling.
-    const QImage scaled = std::max(image.width(), image.height()) > side
-        ? image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-        : image;
-    QPixmap pixmap = QPixmap::fromImage(scaled);
+    // Scaled once to fit the cell exactly, so that painting a screenful costs blits, not
+    // resampling.
+    QPixmap pixmap = QPixmap::fromImage(image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation));
     m_pixmaps.insert(item, pixmap);
     return pixmap;
 }

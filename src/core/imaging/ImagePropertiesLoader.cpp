@@ -1,0 +1,106 @@
+#include "imaging/ImagePropertiesLoader.h"
+
+#include "app/Dispatch.h"
+
+#include <QPointer>
+#include <QThreadPool>
+
+#include <utility>
+
+// One load: its stop flag and the count of reads still to report. The read that brings the
+// count to zero posts the completion after its own result, so the completion always comes last.
+struct ImagePropertiesLoader::Batch
+{
+    std::atomic<bool> cancelled = false;
+    std::atomic<qsizetype> remaining = 0;
+};
+
+ImagePropertiesLoader::ImagePropertiesLoader(QThreadPool *pool, QObject *parent)
+    : QObject(parent)
+    , m_pool(pool ? pool : namedThreadPool(QStringLiteral("ImagePropertiesLoader")))
+{
+}
+
+ImagePropertiesLoader::~ImagePropertiesLoader()
+{
+    if (m_batch)
+        m_batch->cancelled = true;
+}
+
+void ImagePropertiesLoader::load(const QList<PXFilePtr> &files, Completion completion)
+{
+    cancel();
+    m_completion = nullptr;
+    m_results.clear();
+    m_errors.clear();
+    m_completion = std::move(completion);
+    m_isLoading = true;
+
+    auto batch = std::make_shared<Batch>();
+    if (m_batch)
+        m_batch->cancelled = true;
+    m_batch = batch;
+    const QPointer<ImagePropertiesLoader> self(this);
+
+    if (files.isEmpty()) {
+        postToGui([self, batch] {
+            if (self && !batch->cancelled)
+                self->finishBatch(batch);
+        });
+        return;
+    }
+
+    batch->remaining = files.size();
+    for (const PXFilePtr &file : files) {
+        m_pool->start([self, batch, file] {
+            std::optional<ImagePropertiesError> failure;
+            ImagePropertiesItemPtr item;
+            if (!batch->cancelled) {
+                LoadingError error = LoadingError::cannotLoadData;
+                QString reason;
+                item = ImagePropertiesItem::load(file, &error, &reason);
+                if (!item)
+                    failure = ImagePropertiesError{file, error, reason};
+            }
+            const bool last = --batch->remaining == 0;
+            postToGui([self, batch, item, failure, last] {
+                if (!self || batch->cancelled)
+                    return;
+                if (item)
+                    self->m_results.append(item);
+                else if (failure)
+                    self->m_errors.append(*failure);
+                if (last)
+                    self->finishBatch(batch);
+            });
+        });
+    }
+}
+
+void ImagePropertiesLoader::finishBatch(const std::shared_ptr<Batch> &batch)
+{
+    if (batch != m_batch)
+        return;
+    m_batch.reset();
+    m_isLoading = false;
+    const Completion completion = std::exchange(m_completion, nullptr);
+    if (completion)
+        completion(CompletionState{CompletionState::Kind::completed, m_results, m_errors});
+}
+
+void ImagePropertiesLoader::cancel()
+{
+    if (!m_isLoading)
+        return;
+    // The completion goes first, so that the call below finds none: a cancelled load is silent.
+    m_completion = nullptr;
+    m_results.clear();
+    m_errors.clear();
+    if (m_batch) {
+        m_batch->cancelled = true;
+        m_batch.reset();
+    }
+    m_isLoading = false;
+    if (const Completion completion = std::exchange(m_completion, nullptr))
+        completion(CompletionState{CompletionState::Kind::cancelled, {}, {}});
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QSize>
+#include <QString>
+
+// JPEG decoding through libjpeg-turbo. A size to fit picks the smallest DCT scale (1/8 .. 1)
+// whose result still covers it, so a 24 MP photo wanted at 1024 pixels decodes a quarter of its
+// edge and never the whole image. A truncated file gives what decoded (the rest is grey). The
+// only file that sees libjpeg-turbo types.
+namespace JpegDecoder {
+
+// The pixel size from the frame header; empty when `data` is not a JPEG it can read.
+QSize size(const char *data, qsizetype length);
+
+// Decodes `data` (a whole JPEG stream). Refuses, before allocating, an output larger than
+// `memoryLimit` bytes. The result may still be larger than `fitSize` (the nearest DCT scale);
+// the caller scales it down. Not oriented.
+QImage decode(const char *data, qsizetype length, QSize fitSize, qint64 memoryLimit, QString *error);
+
+} // namespace JpegDecoder

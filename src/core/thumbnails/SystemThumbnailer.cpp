@@ -1,0 +1,147 @@
+#include "thumbnails/SystemThumbnailer.h"
+
+#include "app/Log.h"
+#include "imaging/ImageDecoder.h"
+#include "thumbnails/DesktopThumbnailers.h"
+#include "thumbnails/VideoFrameGrabber.h"
+
+#include <QFile>
+#include <QMimeDatabase>
+
+#include <sys/stat.h>
+
+#include <cmath>
+
+namespace {
+
+const QString errorDomain = QStringLiteral("SystemThumbnailer");
+
+SystemThumbnailResult failure(int code, const QString &description)
+{
+    return {QImage(), ThumbnailError{errorDomain, code, description}, ThumbnailSource::failed};
+}
+
+} // namespace
+
+SystemThumbnailRequest::SystemThumbnailRequest(QByteArray nativePath, QSizeF size, double scale)
+    : m_nativePath(std::move(nativePath))
+    , m_size(size)
+    , m_scale(scale > 0 ? scale : 1.0)
+{
+}
+
+int SystemThumbnailRequest::pixelSize() const
+{
+    return qMax(1, int(std::ceil(qMax(m_size.width(), m_size.height()) * m_scale)));
+}
+
+SystemThumbnailer::SystemThumbnailer(ThumbnailCache cache)
+    : m_cache(std::move(cache))
+{
+    m_pool.setObjectName(QStringLiteral("System Thumbnailer"));
+    m_pool.setMaxThreadCount(defaultThreadCount);
+}
+
+SystemThumbnailer::~SystemThumbnailer()
+{
+    m_pool.waitForDone();
+}
+
+SystemThumbnailer &SystemThumbnailer::shared()
+{
+    // Never deleted: its pool may be running while static destructors run.
+    static SystemThumbnailer *thumbnailer = new SystemThumbnailer;
+    return *thumbnailer;
+}
+
+std::shared_ptr<SystemThumbnailRequest> SystemThumbnailer::generate(const QByteArray &nativePath, QSizeF size,
+                                                                    double scale, Handler handler)
+{
+    auto request = std::make_shared<SystemThumbnailRequest>(nativePath, size, scale);
+    m_pool.start([this, request, handler = std::move(handler)] {
+        if (request->isCancelled()) {
+            handler(failure(2, QStringLiteral("The request was cancelled.")));
+            return;
+        }
+        handler(thumbnail(*request));
+    });
+    return request;
+}
+
+SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest &request) const
+{
+    const QByteArray &path = request.nativePath();
+    struct stat info;
+    if (::stat(path.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+        return failure(3, QStringLiteral("%1 is not a readable file.").arg(QFile::decodeName(path)));
+    const qint64 mtime = info.st_mtime;
+    const int pixels = request.pixelSize();
+    const QSize fit(pixels, pixels);
+    const ThumbnailCache::Flavor flavor = ThumbnailCache::flavorForPixels(pixels);
+    const QString uri = ThumbnailCache::uriForNativePath(path);
+
+    if (m_cacheEnabled) {
+        QString error;
+        const QImage cached = m_cache.lookup(uri, mtime, flavor, &error);
+        if (!error.isEmpty())
+            logError(error);
+        if (!cached.isNull())
+            return {ImageDecoder::scaledToFit(cached, fit), std::nullopt, ThumbnailSource::cached};
+        if (m_cache.hasFailure(uri, mtime))
+            return failure(4, QStringLiteral("No thumbnail can be made of %1.").arg(QFile::decodeName(path)));
+    }
+    if (request.isCancelled())
+        return failure(2, QStringLiteral("The request was cancelled."));
+
+    const int renderPixels = ThumbnailCache::flavorPixels(flavor);
+    SystemThumbnailResult result = render(request, qMax(renderPixels, pixels));
+    if (request.isCancelled())
+        return failure(2, QStringLiteral("The request was cancelled."));
+
+    if (m_cacheEnabled) {
+        QString error;
+        const bool stored = result.image.isNull()
+                                ? m_cache.storeFailure(uri, mtime, &error)
+                                : m_cache.store(uri, mtime, flavor, ImageDecoder::scaledToFit(result.image, QSize(renderPixels, renderPixels)), &error);
+        if (!stored)
+            logError(error);
+    }
+    if (!result.image.isNull())
+        result.image = ImageDecoder::scaledToFit(result.image, fit);
+    return result;
+}
+
+SystemThumbnailResult SystemThumbnailer::render(const SystemThumbnailRequest &request, int renderPixels) const
+{
+    const QByteArray &path = request.nativePath();
+    const QString displayPath = QFile::decodeName(path);
+    QFile file(displayPath);
+    QByteArray head;
+    if (file.open(QIODevice::ReadOnly))
+        head = file.read(64);
+    file.close();
+
+    const QSize fit(renderPixels, renderPixels);
+    QString error;
+    if (!ImageDecoder::sniffFormat(head, path).isEmpty()) {
+        ImageDecoder::Options options;
+        options.fitSize = fit;
+        const QImage image = ImageDecoder::decode(path, options, &error);
+        if (!image.isNull())
+            return {image, std::nullopt, ThumbnailSource::rendered};
+        return failure(5, error);
+    }
+
+    static const QMimeDatabase mimeDatabase;
+    const QMimeType mime = mimeDatabase.mimeTypeForFile(displayPath);
+    if (mime.name().startsWith(QLatin1String("video/"))) {
+        const QImage frame = VideoFrameGrabber::thumbnailFrame(path, fit, &error);
+        if (!frame.isNull())
+            return {frame, std::nullopt, ThumbnailSource::rendered};
+        return failure(6, error);
+    }
+    const QImage image = DesktopThumbnailers::shared().render(path, mime, renderPixels, &error);
+    if (!image.isNull())
+        return {image, std::nullopt, ThumbnailSource::rendered};
+    return failure(7, error.isEmpty() ? QStringLiteral("No thumbnailer knows %1 files.").arg(mime.name()) : error);
+}

@@ -1,0 +1,131 @@
+#include "support/CameraJpegs.h"
+#include "support/TestDir.h"
+#include "support/TestImages.h"
+
+#include "imaging/EmbeddedPreview.h"
+#include "imaging/ImageDecoder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QPainter>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QByteArray native(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+// Mean absolute difference of two same-sized pictures, per channel, 0..255.
+double difference(const QImage &a, const QImage &b)
+{
+    const QImage x = a.convertToFormat(QImage::Format_RGB32);
+    const QImage y = b.convertToFormat(QImage::Format_RGB32).scaled(x.size());
+    qint64 sum = 0;
+    for (int row = 0; row < x.height(); ++row)
+        for (int col = 0; col < x.width(); ++col) {
+            const QRgb p = x.pixel(col, row), q = y.pixel(col, row);
+            sum += qAbs(qRed(p) - qRed(q)) + qAbs(qGreen(p) - qGreen(q)) + qAbs(qBlue(p) - qBlue(q));
+        }
+    return double(sum) / (3.0 * x.width() * x.height());
+}
+
+TEST(ImageDecoderTest, JpegIsDecodedScaledAndUprightForEveryOrientation)
+{
+    const QString folder = TestImages::corpusDir() + "/jpg/orientation";
+    if (!QDir(folder).exists())
+        GTEST_SKIP() << "no corpus";
+    ImageDecoder::Options options;
+    options.fitSize = QSize(200, 200);
+    QString error;
+    const QImage reference = ImageDecoder::decode(native(folder + "/landscape_1.jpg"), options, &error);
+    ASSERT_FALSE(reference.isNull()) << error.toStdString();
+    EXPECT_EQ(qMax(reference.width(), reference.height()), 200);
+    EXPECT_GT(reference.width(), reference.height());
+    // The eight files were saved separately: upright they differ by about 14 (of 255); a picture
+    // turned or mirrored the wrong way differs by 45 or more.
+    constexpr double sameWayUp = 25;
+    for (int orientation = 2; orientation <= 8; ++orientation) {
+        const QString path = folder + QStringLiteral("/landscape_%1.jpg").arg(orientation);
+        const QImage image = ImageDecoder::decode(native(path), options, &error);
+        ASSERT_EQ(image.size(), reference.size()) << orientation;
+        EXPECT_LT(difference(image, reference), sameWayUp) << orientation;
+    }
+    // Full size is upright too.
+    options.fitSize = {};
+    const QImage full = ImageDecoder::decode(native(folder + "/landscape_6.jpg"), options, &error);
+    EXPECT_EQ(full.size(), QSize(600, 450));
+    EXPECT_LT(difference(full.scaled(reference.size()), reference), sameWayUp);
+}
+
+TEST(ImageDecoderTest, FormatComesFromTheBytesNotTheName)
+{
+    TestDir dir;
+    QImage picture(300, 100, QImage::Format_ARGB32);
+    picture.fill(Qt::blue);
+    picture.save(dir.filePath("actually-png.jpg"), "PNG");
+    picture.save(dir.filePath("picture.webp"), "WEBP");
+    dir.write("drawing.svg", R"(<svg xmlns="http://www.w3.org/2000/svg" width="40" height="20">
+        <rect width="40" height="20" fill="red"/></svg>)");
+
+    ImageDecoder::Options options;
+    options.fitSize = QSize(150, 150);
+    QString error;
+    for (const char *name : {"actually-png.jpg", "picture.webp"}) {
+        const QImage image = ImageDecoder::decode(native(dir.filePath(name)), options, &error);
+        EXPECT_EQ(image.size(), QSize(150, 50)) << name << " " << error.toStdString();
+    }
+    const QImage svg = ImageDecoder::decode(native(dir.filePath("drawing.svg")), options, &error);
+    EXPECT_EQ(svg.size(), QSize(150, 75));
+    EXPECT_EQ(qRed(svg.pixel(75, 37)), 255);
+}
+
+TEST(ImageDecoderTest, HeifDecodesAndHasAThumbnail)
+{
+    const QString path = TestImages::corpusDir() + "/heic/IMG_5195.HEIC";
+    if (!QFile::exists(path))
+        GTEST_SKIP() << "no corpus";
+    ImageDecoder::Options options;
+    options.fitSize = QSize(256, 256);
+    QString error;
+    const QImage image = ImageDecoder::decode(native(path), options, &error);
+    ASSERT_FALSE(image.isNull()) << error.toStdString();
+    EXPECT_EQ(qMax(image.width(), image.height()), 256);
+    const QImage preview = EmbeddedPreview::read(native(path), 100, &error);
+    if (!preview.isNull()) {
+        EXPECT_LE(qMax(preview.width(), preview.height()), EmbeddedPreview::maxPixelSize);
+        // Same picture, same way up.
+        EXPECT_EQ(preview.width() > preview.height(), image.width() > image.height());
+    }
+}
+
+TEST(EmbeddedPreviewTest, TakesTheSmallestPreviewThatCoversAndNeverTheMainImage)
+{
+    TestDir dir;
+    const QString both = CameraJpegs::write(dir.filePath("both.jpg"), QSize(2000, 1500), QSize(160, 120),
+                                            QSize(1600, 1200), 8);
+    QString error;
+    // Small cells are served by the EXIF thumbnail; orientation 8 turns it upright.
+    EXPECT_EQ(EmbeddedPreview::read(native(both), 100, &error).size(), QSize(120, 160));
+    // Larger ones by the MPF preview, capped at 1080.
+    EXPECT_EQ(EmbeddedPreview::read(native(both), 800, &error).size(), QSize(810, 1080));
+    // Nothing covers 2000: the largest there is.
+    EXPECT_EQ(EmbeddedPreview::read(native(both), 2000, &error).size(), QSize(810, 1080));
+
+    const QString none = CameraJpegs::write(dir.filePath("none.jpg"), QSize(2000, 1500), {}, {});
+    EXPECT_TRUE(EmbeddedPreview::read(native(none), 100, &error).isNull());
+    EXPECT_FALSE(error.isEmpty());
+
+    // TIFF-based files go through the metadata library's preview list.
+    const QString tiffFolder = TestImages::corpusDir() + "/tiff";
+    for (const QString &name : QDir(tiffFolder).entryList({"*.tiff"})) {
+        const QImage preview = EmbeddedPreview::read(native(tiffFolder + "/" + name), 100, &error);
+        if (!preview.isNull()) {
+            EXPECT_LE(qMax(preview.width(), preview.height()), EmbeddedPreview::maxPixelSize);
+        }
+    }
+}
+
+} // namespace

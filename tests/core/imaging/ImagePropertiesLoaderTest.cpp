@@ -1,0 +1,146 @@
+#include "imaging/ImagePropertiesLoader.h"
+#include "imaging/ImagePropertiesManager.h"
+
+#include "support/TestDir.h"
+#include "support/TestImages.h"
+
+#include <QThreadPool>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using State = ImagePropertiesLoader::CompletionState;
+
+// Images and one file that is not readable as an image, in a fresh folder.
+struct Selection
+{
+    TestDir dir;
+    QList<PXFilePtr> files;
+
+    explicit Selection(int images)
+    {
+        for (int i = 0; i < images; ++i) {
+            TestImages::JpegOptions options;
+            options.model = QStringLiteral("Camera %1").arg(i);
+            files.append(PXFile::fileForPath(
+                TestImages::writeJpeg(dir.filePath(QStringLiteral("%1.jpg").arg(i)), QSize(32, 32), options)));
+        }
+        files.append(PXFile::fileForPath(dir.write(QStringLiteral("broken.jpg"), QByteArray("\xff\xd8\xff", 3))));
+    }
+};
+
+} // namespace
+
+TEST(ImagePropertiesLoader, deliversEveryRecordAndErrorOnceOnTheGuiThread)
+{
+    ImagePropertiesLoader loader;
+    std::optional<State> state;
+    int calls = 0;
+    bool onGuiThread = false;
+    loader.load({}, [&](const State &finished) {
+        ++calls;
+        state = finished;
+        onGuiThread = QThread::currentThread() == qApp->thread();
+    });
+    EXPECT_FALSE(state) << "an empty load still completes later, not inside load()";
+    ASSERT_TRUE(waitUntil([&] { return state.has_value(); }));
+    EXPECT_TRUE(onGuiThread);
+    EXPECT_EQ(state->kind, State::Kind::completed);
+    EXPECT_TRUE(state->results.isEmpty() && state->errors.isEmpty());
+    EXPECT_FALSE(loader.isLoading());
+
+    Selection selection(6);
+    state.reset();
+    loader.load(selection.files, [&](const State &finished) {
+        ++calls;
+        state = finished;
+    });
+    EXPECT_TRUE(loader.isLoading());
+    ASSERT_TRUE(waitUntil([&] { return state.has_value(); }));
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(state->results.size(), 6);
+    ASSERT_EQ(state->errors.size(), 1);
+    EXPECT_EQ(state->errors.first().file, selection.files.last());
+    EXPECT_EQ(state->errors.first().error, LoadingError::cannotLoadData);
+    QStringList models;
+    for (const ImagePropertiesItemPtr &item : state->results)
+        models.append(item->tiffHardwareModel.value_or(QString()));
+    models.sort();
+    EXPECT_EQ(models.first(), QStringLiteral("Camera 0"));
+    EXPECT_EQ(loader.results().size(), 6);
+}
+
+TEST(ImagePropertiesLoader, aCancelledOrReplacedLoadStaysSilent)
+{
+    Selection selection(20);
+    QThreadPool pool;
+    pool.setMaxThreadCount(1);
+    ImagePropertiesLoader loader(&pool);
+
+    int cancelledCalls = 0;
+    loader.load(selection.files, [&](const State &) { ++cancelledCalls; });
+    loader.cancel();
+    EXPECT_FALSE(loader.isLoading());
+    EXPECT_TRUE(loader.results().isEmpty());
+
+    // A load started while another runs replaces it: only the second completes.
+    int firstCalls = 0;
+    std::optional<State> second;
+    loader.load(selection.files, [&](const State &) { ++firstCalls; });
+    loader.load(selection.files.mid(0, 2), [&](const State &state) { second = state; });
+    ASSERT_TRUE(waitUntil([&] { return second.has_value(); }, 20000));
+    pool.waitForDone();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(cancelledCalls, 0);
+    EXPECT_EQ(firstCalls, 0);
+    EXPECT_EQ(second->results.size(), 2);
+    EXPECT_EQ(loader.results().size(), 2) << "deliveries of the replaced load must not land";
+
+    // A loader destroyed while its reads run delivers nothing and does not crash.
+    int orphanCalls = 0;
+    {
+        ImagePropertiesLoader doomed(&pool);
+        doomed.load(selection.files, [&](const State &) { ++orphanCalls; });
+    }
+    pool.waitForDone();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(orphanCalls, 0);
+}
+
+TEST(ImagePropertiesManager, keepsItsSubscriptionInStepWithItsRecords)
+{
+    Selection selection(3);
+    ImagePropertiesManager manager;
+    manager.setMaximumCount(2);
+    QList<ImagePropertiesItemPtr> items;
+    for (int i = 0; i < 3; ++i)
+        items.append(ImagePropertiesItem::load(selection.files[i]));
+
+    manager.insert(items[0]);
+    manager.insert(items[1]);
+    EXPECT_EQ(manager.item(selection.files[0]), items[0]); // now the most recently used
+    manager.insert(items[2]);                              // evicts files[1]
+    EXPECT_EQ(manager.count(), 2);
+    EXPECT_FALSE(manager.item(selection.files[1]));
+    const auto subscribed = [&] {
+        QStringList paths;
+        for (const PXFilePtr &file : manager.subscribedFiles())
+            paths.append(file->name());
+        paths.sort();
+        return paths.join(QLatin1Char(' '));
+    };
+    EXPECT_EQ(subscribed(), QStringLiteral("0.jpg 2.jpg"));
+
+    manager.insert(ImagePropertiesItem::load(selection.files[2])); // a newer record of a held file
+    EXPECT_EQ(manager.count(), 2);
+    EXPECT_NE(manager.item(selection.files[2]), items[2]);
+
+    // A file written to loses its record, so the next selection reads it again.
+    TestImages::writeJpeg(selection.files[0]->path(), QSize(8, 8));
+    EXPECT_TRUE(waitUntil([&] { return !manager.item(selection.files[0]); }));
+    EXPECT_EQ(subscribed(), QStringLiteral("2.jpg"));
+
+    manager.clear();
+    EXPECT_EQ(subscribed(), QString());
+}

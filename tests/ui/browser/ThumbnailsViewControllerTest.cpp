@@ -1,0 +1,195 @@
+#include "browser/ThumbnailsViewController.h"
+
+#include "model/FileCollectionModel.h"
+#include "settings/SettingsManager.h"
+#include "support/TestDir.h"
+#include "support/TestImages.h"
+
+#include <QAction>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QTest>
+#include <QMenu>
+#include <QScrollBar>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+namespace {
+QStringList namesOf(const QList<PXFilePtr> &files)
+{
+    QStringList names;
+    for (const PXFilePtr &file : files)
+        names << file->name();
+    return names;
+}
+
+bool settle(ThumbnailsViewController &pane, int count)
+{
+    return waitUntil([&] { return !pane.isLoading() && pane.files().size() == count; });
+}
+
+QStringList menuTitles(QMenu *menu)
+{
+    QStringList titles;
+    for (QAction *action : menu->actions())
+        titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
+    return titles;
+}
+}
+
+TEST(ThumbnailsViewController, ReportsSelectionAndRestoresItPerSetOfSources)
+{
+    TestDir dir;
+    for (int i = 0; i < 60; ++i)
+        dir.write(QStringLiteral("a/file%1.txt").arg(i, 2, 10, QLatin1Char('0')), "x");
+    dir.write(QStringLiteral("b/only.txt"), "x");
+
+    auto settings = std::make_shared<WindowSettings>();
+    ThumbnailsViewController pane(settings);
+    pane.resize(500, 300);
+    pane.show();
+    EXPECT_EQ(pane.statusText(), "No Folder Selected");
+
+    const PXFilePtr a = PXFile::fileForPath(dir.filePath("a"));
+    const PXFilePtr b = PXFile::fileForPath(dir.filePath("b"));
+    QSignalSpy selections(&pane, &ThumbnailsViewController::selectionChanged);
+    pane.setSources({a});
+    ASSERT_TRUE(settle(pane, 60));
+    pane.selectFiles({});
+    EXPECT_EQ(pane.statusText(), "60 files");
+
+    const QList<PXFilePtr> chosen{pane.files().at(41), pane.files().at(43)};
+    pane.selectFiles(chosen);
+    EXPECT_EQ(pane.statusText(), "2 of 60 files selected");
+    ASSERT_TRUE(waitUntil([&] { return !selections.isEmpty() && selections.last().first().value<QList<PXFilePtr>>() == chosen; }));
+    const QPoint origin = pane.gridView()->scrollOrigin();
+    EXPECT_GT(origin.y(), 0); // scrolled to show the selection
+
+    pane.setSources({b});
+    ASSERT_TRUE(settle(pane, 1));
+    pane.selectAll();
+    EXPECT_EQ(pane.statusText(), "1 of 1 file selected");
+    EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"only.txt"});
+
+    // Coming back restores the selection and the scroll position of the first visit.
+    pane.setSources({a});
+    ASSERT_TRUE(settle(pane, 60));
+    ASSERT_TRUE(waitUntil([&] { return pane.selectedFiles() == chosen; }));
+    EXPECT_EQ(pane.gridView()->scrollOrigin(), origin);
+    pane.setSources({b});
+    ASSERT_TRUE(settle(pane, 1));
+    EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"only.txt"});
+
+    // Two sources with subfolders in the status line.
+    settings->setThumbnailsFolderSearchDepth(1);
+    pane.setSources({a, b});
+    ASSERT_TRUE(settle(pane, 61));
+    pane.deselectAll();
+    EXPECT_EQ(pane.statusText(), "2 folders and their subfolders: 61 files");
+}
+
+TEST(ThumbnailsViewController, SearchFiltersByTheChosenCategory)
+{
+    TestDir dir;
+    TestImages::JpegOptions canon;
+    canon.make = "Canon";
+    canon.model = "Canon EOS 5D";
+    TestImages::JpegOptions shouting = canon;
+    shouting.model = "CANON POWERSHOT";
+    TestImages::JpegOptions nikon;
+    nikon.make = "NIKON";
+    nikon.model = "NIKON D70";
+    TestImages::writeJpeg(dir.filePath("one.jpg"), QSize(32, 24), canon);
+    TestImages::writeJpeg(dir.filePath("two.jpg"), QSize(32, 24), shouting);
+    TestImages::writeJpeg(dir.filePath("canon-named.jpg"), QSize(32, 24), nikon);
+    dir.write(QStringLiteral("notes.txt"), "x");
+
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.resize(600, 400);
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 4));
+
+    pane.setThumbnailViewSearchCategory(ThumbnailsSearchType::camera);
+    pane.thumbnailViewSearch(QStringLiteral("canon"));
+    ASSERT_TRUE(waitUntil([&] { return !pane.isLoading() && pane.files().size() == 2; }));
+    EXPECT_EQ(namesOf(pane.files()), (QStringList{"one.jpg", "two.jpg"}));
+
+    // The same text by name finds the other file; an empty text shows everything again.
+    pane.setThumbnailViewSearchCategory(ThumbnailsSearchType::filename);
+    ASSERT_TRUE(waitUntil([&] { return !pane.isLoading() && namesOf(pane.files()) == QStringList{"canon-named.jpg"}; }));
+    pane.thumbnailViewSearch(QString());
+    ASSERT_TRUE(settle(pane, 4));
+}
+
+TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterOnes)
+{
+    TestDir dir;
+    TestImages::writeJpeg(dir.filePath("photo.jpg"), QSize(32, 24));
+    dir.write(QStringLiteral("notes.txt"), "x");
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.resize(600, 400);
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 2));
+    ASSERT_EQ(namesOf(pane.files()), (QStringList{"notes.txt", "photo.jpg"}));
+    pane.selectFiles({pane.files().last()});
+
+    std::unique_ptr<QMenu> items(pane.makeContextMenu(1));
+    EXPECT_EQ(menuTitles(items.get()),
+              (QStringList{"Open With", "Open", "Open in Default App", "-", "Slideshow With Selected", "-",
+                           "Edit Filename", "Show in File Manager", "Make Alias", "Duplicate", "Batch Rename", "-",
+                           "Move to Trash", "-", "Rotate Clockwise", "Rotate Counterclockwise", "-", "New Folder", "-",
+                           "Move To", "Tag:"}));
+    for (QAction *action : items->actions()) {
+        const QString name = action->objectName();
+        if (name == "moveToTrash" || name == "duplicate" || name == "makeAlias" || name == "openRenameWindow") {
+            EXPECT_FALSE(action->isEnabled()) << name.toStdString();
+        }
+        if (name == "performOpen" || name == "renameFile" || name == "newFolder") {
+            EXPECT_TRUE(action->isEnabled()) << name.toStdString();
+        }
+    }
+
+    // Two files, one of them not an image: no rename, no rotation.
+    pane.selectAll();
+    std::unique_ptr<QMenu> two(pane.makeContextMenu(0));
+    EXPECT_FALSE(menuTitles(two.get()).contains("Edit Filename"));
+    EXPECT_TRUE(menuTitles(two.get()).contains("Rotate Clockwise"));
+
+    std::unique_ptr<QMenu> background(pane.makeContextMenu(-1));
+    EXPECT_EQ(menuTitles(background.get()),
+              (QStringList{"New Folder", "Batch Rename", "Slideshow With Contents", "Show in File Manager", "-",
+                           "Move To", "Tag:"}));
+}
+
+TEST(ThumbnailsViewController, RenamesInPlaceThroughTheFileLayerAndKeepsTheSelection)
+{
+    TestDir dir;
+    dir.write(QStringLiteral("before.txt"), "x");
+    dir.write(QStringLiteral("taken.txt"), "y");
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.resize(600, 400);
+    pane.show();
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 2));
+    pane.selectFiles({pane.files().first()});
+    QSignalSpy errors(&pane, &ThumbnailsViewController::errorOccurred);
+
+    auto typeName = [&pane](const QString &name) {
+        pane.renameFile();
+        auto *editor = pane.gridView()->viewport()->findChild<QLineEdit *>();
+        ASSERT_TRUE(editor && pane.gridView()->isEditingName());
+        editor->setText(name);
+        QTest::keyClick(editor, Qt::Key_Return);
+        EXPECT_FALSE(pane.gridView()->isEditingName());
+    };
+    typeName(QStringLiteral("taken.txt"));
+    ASSERT_TRUE(errors.wait(5000));
+    EXPECT_TRUE(QFileInfo::exists(dir.filePath("before.txt")));
+    EXPECT_EQ(QFile(dir.filePath("taken.txt")).size(), 1);
+
+    typeName(QStringLiteral("after.txt"));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.files()).contains("after.txt"); }));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath("before.txt")));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"after.txt"}; }));
+}

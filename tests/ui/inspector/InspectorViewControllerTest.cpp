@@ -1,0 +1,73 @@
+#include "inspector/InspectorViewController.h"
+
+#include "support/TestDir.h"
+#include "support/TestImages.h"
+
+#include <QUrlQuery>
+
+#include <gtest/gtest.h>
+
+namespace {
+QString valueOf(const QList<InspectorRow> &rows, const QString &identifier)
+{
+    for (const InspectorRow &row : rows) {
+        if (row.identifier == identifier)
+            return row.value;
+    }
+    return QStringLiteral("<absent>");
+}
+
+bool settle(InspectorViewController &inspector)
+{
+    return waitUntil([&] { return !inspector.isLoading(); }, 10000);
+}
+}
+
+TEST(InspectorViewController, ShowsTheLatestSelectionWithMixedValuesAndAMapLink)
+{
+    TestDir dir;
+    TestImages::JpegOptions canon;
+    canon.make = "Canon";
+    canon.model = "Canon EOS 5D";
+    canon.latitude = 48.8584;
+    canon.longitude = -2.2945;
+    TestImages::JpegOptions nikon;
+    nikon.make = "NIKON";
+    nikon.model = "NIKON D70";
+    const PXFilePtr first = PXFile::fileForPath(TestImages::writeJpeg(dir.filePath("a.jpg"), QSize(64, 48), canon));
+    const PXFilePtr second = PXFile::fileForPath(TestImages::writeJpeg(dir.filePath("b.jpg"), QSize(64, 48), nikon));
+    const PXFilePtr text = PXFile::fileForPath(dir.write(QStringLiteral("notes.txt"), "hello"));
+
+    auto settings = std::make_shared<WindowSettings>();
+    InspectorViewController inspector(settings);
+    inspector.setFiles({first});
+    // A newer selection wins over the load still running for the one before.
+    inspector.setFiles({second});
+    ASSERT_TRUE(settle(inspector));
+    EXPECT_EQ(valueOf(inspector.rows(InspectorTab::general), "filename"), "b.jpg");
+    EXPECT_TRUE(valueOf(inspector.rows(InspectorTab::tiff), "tiffHardwareModel").contains("D70"))
+        << valueOf(inspector.rows(InspectorTab::tiff), "tiffHardwareModel").toStdString();
+
+    inspector.setFiles({first, second});
+    ASSERT_TRUE(settle(inspector));
+    EXPECT_EQ(valueOf(inspector.rows(InspectorTab::general), "filename"), "Mixed Values");
+
+    inspector.setFiles({first});
+    ASSERT_TRUE(settle(inspector));
+    const QString position = valueOf(inspector.rows(InspectorTab::gps), "gpsInformation");
+    EXPECT_FALSE(position.isEmpty() || position == "<absent>");
+    const QUrl map = InspectorViewController::mapUrl(48.8584, -2.2945);
+    EXPECT_EQ(map.host(), "www.openstreetmap.org");
+    EXPECT_EQ(QUrlQuery(map).queryItemValue("mlon"), "-2.294500");
+
+    // A file that is not an image gets the file rows only; an empty selection none.
+    inspector.setFiles({text});
+    ASSERT_TRUE(settle(inspector));
+    EXPECT_EQ(valueOf(inspector.rows(InspectorTab::general), "filename"), "notes.txt");
+    inspector.setFiles({});
+    EXPECT_TRUE(inspector.rows(InspectorTab::general).isEmpty());
+
+    // The chosen tab is the window's setting.
+    settings->setInspectorActiveTab(InspectorTab::gps);
+    EXPECT_EQ(settings->inspectorActiveTab(), InspectorTab::gps);
+}
