@@ -8,6 +8,8 @@
 #include "app/ServicesProvider.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsManager.h"
+#include "windows/MainWindowController.h"
+#include "windows/MainWindowFrame.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -150,10 +152,18 @@ void AppDelegate::handleRequest(const LaunchRequest &request)
     }
 }
 
+// Starting Pixcove again is how the user brings it forward: the front window comes up, as an
+// application comes forward when it is activated.
 void AppDelegate::applicationShouldHandleReopen()
 {
-    if (!m_mainWindowsManager->hasVisibleWindows())
+    if (!m_mainWindowsManager->hasVisibleWindows()) {
         m_mainWindowsManager->newMainWindow();
+        return;
+    }
+    if (MainWindowController *front = m_mainWindowsManager->frontMainWindow(); front && front->frame()) {
+        front->frame()->raise();
+        front->frame()->activateWindow();
+    }
 }
 
 // Folders open in a window of their own; a file opens its folder. The volumes folder itself is
