@@ -11,6 +11,8 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QMenu>
 #include <QMenuBar>
 #include <QStackedWidget>
@@ -37,7 +39,10 @@ MainWindowFrame::MainWindowFrame(QWidget *parent)
     initResources();
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowIcon(QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
-    resize(1280, 800);
+    // Most of the screen, up to a size past which more room only spreads the grid thinner.
+    const QRect screen = QGuiApplication::primaryScreen() ? QGuiApplication::primaryScreen()->availableGeometry()
+                                                          : QRect(0, 0, 1600, 1000);
+    resize(qMin(1480, screen.width() * 9 / 10), qMin(940, screen.height() * 9 / 10));
 
     auto *central = new QWidget(this);
     auto *layout = new QVBoxLayout(central);

@@ -193,13 +193,15 @@ void MainWindowViewController::buildToolbar()
 
     // Layout: three exclusive buttons.
     m_layoutGroup = new QActionGroup(this);
-    const QList<std::tuple<BrowserLayout, const char *, QString>> layouts = {
-        {BrowserLayout::noPreview, "view-grid", tr("Thumbnails Only")},
-        {BrowserLayout::topPreview, "view-split-top-bottom", tr("Preview on Top")},
-        {BrowserLayout::rightPreview, "view-split-left-right", tr("Preview on Right")},
+    // Icon names of the freedesktop themes first, then those of the symbolic themes.
+    const QList<std::tuple<BrowserLayout, const char *, const char *, QString>> layouts = {
+        {BrowserLayout::noPreview, "view-grid", "view-grid-symbolic", tr("Thumbnails Only")},
+        {BrowserLayout::topPreview, "view-split-top-bottom", "view-continuous-symbolic", tr("Preview on Top")},
+        {BrowserLayout::rightPreview, "view-split-left-right", "view-dual-symbolic", tr("Preview on Right")},
     };
-    for (const auto &[layout, iconName, title] : layouts) {
-        QAction *action = m_toolbar->addAction(QIcon::fromTheme(QLatin1String(iconName)), title);
+    for (const auto &[layout, iconName, symbolicName, title] : layouts) {
+        const QIcon icon = QIcon::fromTheme(QLatin1String(iconName), QIcon::fromTheme(QLatin1String(symbolicName)));
+        QAction *action = m_toolbar->addAction(icon, title);
         action->setCheckable(true);
         action->setChecked(m_windowSettings->browserLayout() == layout);
         action->setToolTip(title);
