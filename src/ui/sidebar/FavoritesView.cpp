@@ -1,9 +1,9 @@
 #include "sidebar/FavoritesView.h"
 
+#include "app/ThemeIcons.h"
 #include "settings/AppSettings.h"
 
 #include <QContextMenuEvent>
-#include <QFileIconProvider>
 #include <QHeaderView>
 #include <QMenu>
 
@@ -36,7 +36,7 @@ FavoritesView::FavoritesView(AppSettings *settings, QWidget *parent)
 
 void FavoritesView::rebuild()
 {
-    const QIcon folderIcon = QIcon::fromTheme(QStringLiteral("folder"), QFileIconProvider().icon(QFileIconProvider::Folder));
+    const QIcon &folderIcon = ThemeIcons::folder();
     const QIcon appIcon = QIcon::fromTheme(QStringLiteral("application-x-executable"));
     const auto fill = [](QTreeWidgetItem *group, const QList<FileBookmark> &bookmarks, const QIcon &icon,
                          const QString &emptyText) {

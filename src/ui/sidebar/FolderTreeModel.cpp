@@ -2,6 +2,7 @@
 
 #include "app/Dispatch.h"
 #include "app/Log.h"
+#include "app/ThemeIcons.h"
 #include "fs/ZQFolderSubscription.h"
 #include "model/FileSorting.h"
 
@@ -42,11 +43,6 @@ namespace {
 
 const QString countPool = QStringLiteral("Sidebar.Counts");
 
-QIcon folderIcon()
-{
-    static const QIcon icon = QIcon::fromTheme(QStringLiteral("folder"), QFileIconProvider().icon(QFileIconProvider::Folder));
-    return icon;
-}
 
 } // namespace
 
@@ -400,7 +396,7 @@ QVariant FolderTreeModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         return node->file->path();
     case Qt::DecorationRole:
-        return node->file->isDirectory() ? folderIcon() : QFileIconProvider().icon(QFileInfo(node->file->path()));
+        return node->file->isDirectory() ? ThemeIcons::folder() : QFileIconProvider().icon(QFileInfo(node->file->path()));
     default:
         return {};
     }

@@ -1,6 +1,7 @@
 #include "sidebar/PathBar.h"
 
-#include <QFileIconProvider>
+#include "app/ThemeIcons.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -50,7 +51,7 @@ void PathBar::rebuild()
         delete item;
     }
     const QList<PXFilePtr> folders = chain();
-    const QIcon folderIcon = QIcon::fromTheme(QStringLiteral("folder"), QFileIconProvider().icon(QFileIconProvider::Folder));
+    const QIcon &folderIcon = ThemeIcons::folder();
     QList<QWidget *> parts;
     int width = 0;
     for (int i = 0; i < folders.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include "app/AuxiliaryWindowsManager.h"
 #include "app/Log.h"
+#include "app/ThemeIcons.h"
 #include "app/WarningsManager.h"
 #include "browser/BrowserViewController.h"
 #include "browser/ThumbnailsViewController.h"
@@ -12,6 +13,7 @@
 #include "sidebar/FolderTreeModel.h"
 #include "sidebar/PathBar.h"
 #include "sidebar/SidebarViewController.h"
+#include "windows/ValidatingToolbar.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -25,7 +27,6 @@
 #include <QSplitter>
 #include <QStyle>
 #include <QTimer>
-#include <QToolBar>
 #include <QToolButton>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -50,10 +51,6 @@ const QStringList thumbnailCommands = {
     QStringLiteral("scrollSelectionToVisible"),
 };
 
-QIcon themeIcon(const char *name, QStyle::StandardPixmap fallback, const QWidget *widget)
-{
-    return QIcon::fromTheme(QLatin1String(name), widget->style()->standardIcon(fallback));
-}
 
 PXFilePtr folderToShow(const PXFilePtr &file)
 {
@@ -88,10 +85,12 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, c
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
 
-    m_toolbar = new QToolBar(tr("Toolbar"), this);
-    m_toolbar->setIconSize(QSize(20, 20));
-    m_toolbar->setMovable(false);
+    m_toolbar = new ValidatingToolbar(this);
     layout->addWidget(m_toolbar);
+    auto *toolbarDivider = new QFrame(this);
+    toolbarDivider->setFrameShape(QFrame::HLine);
+    toolbarDivider->setFrameShadow(QFrame::Sunken);
+    layout->addWidget(toolbarDivider);
 
     m_primarySplitView = new QSplitter(Qt::Horizontal, this);
     m_primarySplitView->setChildrenCollapsible(false);
@@ -184,10 +183,10 @@ void MainWindowViewController::buildToolbar()
         action->setEnabled(commandState(command).enabled);
         return action;
     };
-    addCommand(themeIcon("go-previous", QStyle::SP_ArrowBack, this), tr("Back"), tr("Back"), {QStringLiteral("back"), {}});
-    addCommand(themeIcon("go-next", QStyle::SP_ArrowForward, this), tr("Forward"), tr("Forward"),
+    addCommand(ThemeIcons::icon(QStringLiteral("go-previous"), QStyle::SP_ArrowBack), tr("Back"), tr("Back"), {QStringLiteral("back"), {}});
+    addCommand(ThemeIcons::icon(QStringLiteral("go-next"), QStyle::SP_ArrowForward), tr("Forward"), tr("Forward"),
                {QStringLiteral("forward"), {}});
-    addCommand(themeIcon("go-up", QStyle::SP_ArrowUp, this), tr("Enclosing Folder"), tr("Enclosing Folder"),
+    addCommand(ThemeIcons::icon(QStringLiteral("go-up"), QStyle::SP_ArrowUp), tr("Enclosing Folder"), tr("Enclosing Folder"),
                {QStringLiteral("changeBaseUpOneLevel"), {}});
     m_toolbar->addSeparator();
 
@@ -255,7 +254,7 @@ void MainWindowViewController::buildToolbar()
 
     auto *spacer = new QWidget(m_toolbar);
     spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    m_toolbar->addWidget(spacer);
+    m_toolbar->addWidget(spacer, 1);
 
     // Search: the field, with the category chooser in front of it.
     m_searchCategoryButton = new QToolButton(m_toolbar);
@@ -304,7 +303,7 @@ QWidget *MainWindowViewController::buildBottomBar()
     bar->addWidget(m_statusBarText, 1);
 
     auto *folderDepthIcon = new QLabel(bottomContainer);
-    folderDepthIcon->setPixmap(QIcon::fromTheme(QStringLiteral("folder"), style()->standardIcon(QStyle::SP_DirIcon))
+    folderDepthIcon->setPixmap(ThemeIcons::folder()
                                    .pixmap(16, 16));
     folderDepthIcon->setToolTip(tr("Subfolder depth"));
     bar->addWidget(folderDepthIcon);
@@ -328,7 +327,7 @@ QWidget *MainWindowViewController::buildBottomBar()
 
     bar->addSpacing(12);
     auto *thumbnailSizeIcon = new QLabel(bottomContainer);
-    thumbnailSizeIcon->setPixmap(QIcon::fromTheme(QStringLiteral("image-x-generic"), style()->standardIcon(QStyle::SP_FileIcon))
+    thumbnailSizeIcon->setPixmap(ThemeIcons::icon(QStringLiteral("image-x-generic"), QStyle::SP_FileIcon)
                                      .pixmap(16, 16));
     thumbnailSizeIcon->setToolTip(tr("Thumbnail size"));
     bar->addWidget(thumbnailSizeIcon);

@@ -17,11 +17,11 @@ class QLabel;
 class QLineEdit;
 class QSlider;
 class QSplitter;
-class QToolBar;
 class QTimer;
 class QToolButton;
 class SidebarViewController;
 class ThumbnailsViewController;
+class ValidatingToolbar;
 
 // Lays out one main window: the toolbar, the sidebar | browser | inspector split, the path bar
 // and the bottom bar with the status line and the folder-depth and thumbnail-size sliders. It
@@ -43,7 +43,7 @@ public:
     ThumbnailsViewController *thumbnailsViewController() const;
     const NavigationHistory &navigationHistory() const { return m_navigationHistory; }
     PathBar *pathBar() const { return m_pathBar; }
-    QToolBar *toolbar() const { return m_toolbar; }
+    ValidatingToolbar *toolbar() const { return m_toolbar; }
     QSlider *folderDepthSlider() const { return m_folderDepthSlider; }
     QSlider *thumbnailSizeSlider() const { return m_thumbnailSizeSlider; }
     QLabel *statusBarText() const { return m_statusBarText; }
@@ -79,7 +79,7 @@ private:
 
     WindowSettingsPtr m_windowSettings;
     NavigationHistory m_navigationHistory;
-    QToolBar *m_toolbar = nullptr;
+    ValidatingToolbar *m_toolbar = nullptr;
     QSplitter *m_primarySplitView = nullptr;
     SidebarViewController *m_sidebarViewController = nullptr;
     BrowserViewController *m_browserViewController = nullptr;
