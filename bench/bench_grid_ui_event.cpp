@@ -1,16 +1,18 @@
 // Opens a folder in the browser (grid and preview) and reports: the time until the first screen
 // of thumbnails is complete, the longest stall of the event loop while the grid scrolls from top
 // to bottom at 60 steps per second, and the resident memory afterwards.
-// Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--hold SECONDS]
+// Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
 #include "browser/BrowserViewController.h"
 #include "browser/ThumbnailsViewController.h"
+#include "inspector/InspectorViewController.h"
 #include "settings/WindowSettings.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QScrollBar>
+#include <QSplitter>
 #include <QTextStream>
 #include <QTimer>
 
@@ -60,7 +62,7 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     const QStringList args = app.arguments();
     if (args.size() < 2) {
-        std::fprintf(stderr, "usage: %s FOLDER [--layout right|top|none] [--size N] [--hold SECONDS]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]\n", argv[0]);
         return 2;
     }
     auto settings = std::make_shared<WindowSettings>();
@@ -72,14 +74,24 @@ int main(int argc, char **argv)
                                                                               : BrowserLayout::rightPreview);
         else if (args[i] == QLatin1String("--size"))
             settings->setThumbnailSize(args[i + 1].toInt());
+        else if (args[i] == QLatin1String("--depth"))
+            settings->setThumbnailsFolderSearchDepth(args[i + 1].toInt());
         else if (args[i] == QLatin1String("--hold"))
             hold = args[i + 1].toInt();
     }
 
-    BrowserViewController browser(settings);
-    browser.resize(1400, 900);
-    browser.setWindowTitle(QStringLiteral("Pixcove browser"));
-    browser.show();
+    // The browser beside the inspector, as a main window holds them.
+    QSplitter window;
+    auto *browserWidget = new BrowserViewController(settings);
+    auto *inspector = new InspectorViewController(settings);
+    BrowserViewController &browser = *browserWidget;
+    window.addWidget(browserWidget);
+    window.addWidget(inspector);
+    window.setSizes({1080, 320});
+    QObject::connect(browserWidget, &BrowserViewController::selectionChanged, inspector, &InspectorViewController::setFiles);
+    window.resize(1400, 900);
+    window.setWindowTitle(QStringLiteral("Pixcove browser"));
+    window.show();
     ThumbnailsViewController *thumbnails = browser.thumbnailsViewController();
     QScrollBar *bar = thumbnails->gridView()->verticalScrollBar();
 

@@ -180,8 +180,10 @@ ImagePropertiesItemPtr ImagePropertiesItem::load(const PXFilePtr &file, LoadingE
 
     QString sourceError;
     const auto source = ImageSource::create(file->resolvedNativePath(), file->resolvedTypeIdentifier(), &sourceError);
-    if (!source)
+    if (!source) {
+        file->cacheImageProperties({}); // what the file record itself would conclude
         return fail(LoadingError::cannotLoadData, sourceError);
+    }
 
     // A source without an image, or without properties, still gives a record: one that says nothing.
     QVariantMap properties;
@@ -190,6 +192,9 @@ ImagePropertiesItemPtr ImagePropertiesItem::load(const PXFilePtr &file, LoadingE
         properties = source->propertiesAtIndex(0);
         loadDate = QDateTime::currentDateTimeUtc();
     }
+    // The file's own image facts (dimensions, megapixels) come from the same dictionary, so that
+    // showing them later does not read the file again on the GUI thread.
+    file->cacheImageProperties(properties);
     return std::make_shared<const ImagePropertiesItem>(file, properties, loadDate);
 }
 

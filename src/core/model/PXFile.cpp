@@ -327,6 +327,13 @@ bool PXFile::findAllImageInfo() const
     return found;
 }
 
+void PXFile::cacheImageProperties(const QVariantMap &properties) const
+{
+    QMutexLocker locker(&m_lock);
+    if (!m_imageProperties)
+        m_imageProperties = properties;
+}
+
 QVariantMap PXFile::imageProperties() const
 {
     findAllImageInfo();

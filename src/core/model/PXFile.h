@@ -65,6 +65,9 @@ public:
     // Image facts, read once from the image properties (empty for what is not an image).
     bool findAllImageInfo() const;
     QVariantMap imageProperties() const;
+    // Keeps `properties` as the image properties when none are cached yet: a reader that has just
+    // read them (off the GUI thread) spares the record a second read on first use.
+    void cacheImageProperties(const QVariantMap &properties) const;
     int orientation() const; // EXIF orientation 1..8; 1 when absent
     QSizeF trueDimensions() const; // as stored
     QSizeF dimensions() const;     // turned upright

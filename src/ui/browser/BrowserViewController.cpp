@@ -49,6 +49,9 @@ void BrowserViewController::applyLayout()
         m_splitter->insertWidget(1, m_preview);
     }
     m_preview->setVisible(browserLayout != BrowserLayout::noPreview);
+    // Growing the window grows the preview; the grid keeps what the user gave it.
+    m_splitter->setStretchFactor(m_splitter->indexOf(m_preview), 1);
+    m_splitter->setStretchFactor(m_splitter->indexOf(m_thumbnails), browserLayout == BrowserLayout::topPreview ? 0 : 1);
     const int total = browserLayout == BrowserLayout::topPreview ? std::max(400, m_splitter->height())
                                                                  : std::max(600, m_splitter->width());
     if (browserLayout == BrowserLayout::topPreview) {

@@ -87,9 +87,9 @@ void PreviewView::paintEvent(QPaintEvent *)
         return;
     }
     const QRectF area = QRectF(rect()).adjusted(8, 8, -8, -8);
+    // Fitted to the view, small images enlarged too, as a viewer set to fit shows them.
     QSizeF size = QSizeF(m_image.size()) / devicePixelRatioF();
-    if (size.width() > area.width() || size.height() > area.height())
-        size.scale(area.size(), Qt::KeepAspectRatio);
+    size.scale(area.size(), Qt::KeepAspectRatio);
     QRectF target(QPointF(), size);
     target.moveCenter(area.center());
     painter.setRenderHint(QPainter::SmoothPixmapTransform, true);

@@ -21,6 +21,7 @@ void ThumbnailGridLayout::layout(int width)
     if (m_singleRow) {
         m_columns = std::max(1, m_itemCount);
         m_columnPitch = itemWidth + m_spacing;
+        m_columnOffset = 0;
         for (qsizetype i = 0; i < m_counts.size(); ++i)
             m_sectionTops[i] = 0;
         const int contentWidth = m_insets.left() + m_insets.right()
@@ -30,9 +31,10 @@ void ThumbnailGridLayout::layout(int width)
     }
     const int available = std::max(itemWidth, width - m_insets.left() - m_insets.right());
     m_columns = std::max(1, (available + m_spacing) / (itemWidth + m_spacing));
-    // Spread what is left over between the columns, so that the rows fill the width.
-    m_columnPitch = m_columns > 1 ? (available - itemWidth) / (m_columns - 1) : itemWidth + m_spacing;
-    m_columnPitch = std::max(m_columnPitch, itemWidth + m_spacing);
+    // Equal slots across the width, each cell centred in its slot: what is left over is shared
+    // out evenly instead of piling up on the right.
+    m_columnPitch = std::max(itemWidth + m_spacing, available / m_columns);
+    m_columnOffset = (m_columnPitch - itemWidth) / 2;
     int y = 0;
     for (qsizetype i = 0; i < m_counts.size(); ++i) {
         m_sectionTops[i] = y;
@@ -89,7 +91,7 @@ QRect ThumbnailGridLayout::itemRect(int index) const
     const int local = index - m_sectionStarts[section];
     const int row = local / m_columns;
     const int column = local % m_columns;
-    return QRect(m_insets.left() + column * m_columnPitch, itemsTop(section) + row * rowPitch(),
+    return QRect(m_insets.left() + m_columnOffset + column * m_columnPitch, itemsTop(section) + row * rowPitch(),
                  m_itemSize.width(), m_itemSize.height());
 }
 
@@ -121,6 +123,7 @@ int ThumbnailGridLayout::indexAt(QPoint point) const
             return -1;
         const int x = point.x() - m_insets.left();
         const int y = point.y() - itemsTop(section);
+        // x is measured from the slot's edge; itemRect() below rejects the margins around the cell.
         if (x < 0 || y < 0)
             return -1;
         const int local = (y / rowPitch()) * m_columns + std::min(m_columns - 1, x / m_columnPitch);

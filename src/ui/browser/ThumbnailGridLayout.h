@@ -69,5 +69,6 @@ private:
     int m_itemCount = 0;
     int m_columns = 1;
     int m_columnPitch = 108;
+    int m_columnOffset = 0; // a cell's left edge within its slot
     QSize m_contentSize;
 };

@@ -380,7 +380,22 @@ void ThumbnailGridView::paintCell(QPainter &painter, int index, const QRect &rec
         target.moveCenter(QRectF(pictureArea).center());
         target.moveTopLeft(QPointF(std::round(target.left()), std::round(target.top())));
         pixmap.setDevicePixelRatio(dpr);
+        const int mark = m_delegate->gridMark(index);
+        painter.setOpacity(mark == 2 ? 0.35 : 1.0);
         painter.drawPixmap(target.topLeft(), pixmap);
+        painter.setOpacity(1.0);
+        if (mark != 0) {
+            // A dot in the picture's corner: orange for flagged, red with a cross for rejected.
+            const QRectF dot(target.right() - 16, target.top() + 4, 12, 12);
+            painter.setRenderHint(QPainter::Antialiasing, true);
+            painter.setPen(QPen(Qt::white, 1.5));
+            painter.setBrush(mark == 1 ? QColor(255, 149, 0) : QColor(220, 40, 40));
+            painter.drawEllipse(dot);
+            if (mark == 2) {
+                painter.drawLine(dot.center() + QPointF(-3, -3), dot.center() + QPointF(3, 3));
+                painter.drawLine(dot.center() + QPointF(-3, 3), dot.center() + QPointF(3, -3));
+            }
+        }
         if (isThumbnail) {
             painter.setPen(QPen(pal.color(QPalette::Mid), 1));
             painter.setBrush(Qt::NoBrush);

@@ -27,6 +27,8 @@ public:
     // The information lines under a cell; the first is the name.
     virtual QStringList gridInfoLines(int index) = 0;
     virtual QString gridSectionTitle(int section) = 0;
+    // A mark on the cell: 0 none, 1 flagged, 2 rejected (drawn dimmed).
+    virtual int gridMark(int index) = 0;
     // The text the name editor starts with.
     virtual QString gridEditableName(int index) = 0;
     // Files being dragged out; null when the items cannot be dragged.

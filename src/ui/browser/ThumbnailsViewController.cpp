@@ -3,7 +3,9 @@
 #include "app/Dispatch.h"
 #include "app/Log.h"
 #include "browser/FileDropPerformer.h"
+#include "browser/FileOpener.h"
 #include "browser/InlineRenameOperation.h"
+#include "browser/RenamedFileFollower.h"
 #include "browser/ThumbnailContextMenu.h"
 #include "browser/ThumbnailInfoLines.h"
 #include "browser/ThumbnailItemSize.h"
@@ -15,14 +17,15 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
 #include <QMimeData>
 #include <QMimeDatabase>
-#include <QProcess>
 #include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
+
 
 namespace {
 // Room around each section's cells.
@@ -41,11 +44,13 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     , m_grid(new ThumbnailGridView(this, this))
     , m_loadingLabel(new QLabel(tr("Loading Files..."), this))
     , m_selectionChangeTimer(new QTimer(this))
+    , m_renameFollower(new RenamedFileFollower(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_grid);
     m_loadingLabel->setAlignment(Qt::AlignCenter);
+    m_loadingLabel->setWordWrap(true);
     m_loadingLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_loadingLabel->hide();
     m_grid->gridLayout().setSectionInsets(sectionInsets);
@@ -73,8 +78,10 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     m_collection->fileSwapCallback = [this](const FileModelPtr &node, const PXFilePtr &previous) {
         // A file renamed from outside keeps its place in the selection under its new record.
         for (PXFilePtr &selected : m_selectedFiles) {
-            if (selected == previous)
+            if (selected == previous) {
                 selected = node->file();
+                m_selectionChangeTimer->start();
+            }
         }
     };
     connect(m_collection, &FileCollectionModel::representationsPublished, this, &ThumbnailsViewController::publish);
@@ -85,10 +92,10 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     connect(m_collection, &FileCollectionModel::itemCountChanged, this, &ThumbnailsViewController::updateStatus);
     connect(m_collection, &FileCollectionModel::folderFailed, this, [this](const QString &path, const QString &reason) {
         logError(tr("Cannot list %1: %2").arg(path, reason));
-        for (const PXFilePtr &source : std::as_const(m_currentSources)) {
-            if (source->path() == path)
-                Q_EMIT sourceVanished(source, reason);
-        }
+        // Shown in place of the files; a folder that is gone altogether is the window's to leave.
+        m_failureText = tr("\"%1\" cannot be read. %2").arg(PXFile::fileForPath(path)->displayName(), reason);
+        checkSourcesExist();
+        updateStatus();
     });
 
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
@@ -138,8 +145,10 @@ ThumbnailsViewController::~ThumbnailsViewController()
 {
     m_grid->disconnect(this);
     // Items may outlive the pane in a pending result: they must not call back into it.
-    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile))
+    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile)) {
         item->setController(nullptr, nullptr);
+        item->setVisible(Visibility::offscreen);
+    }
 }
 
 bool ThumbnailsViewController::eventFilter(QObject *watched, QEvent *event)
@@ -168,12 +177,17 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
         return;
     saveState();
     m_currentSources = folders;
+    m_failureText.clear();
+    m_renameFollower->clear();
     m_dropValidator.reset();
     m_selectedFiles.clear();
     m_newFile.reset();
     // The grid empties at once; the new folders' files follow as they are listed.
-    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile))
+    // Offscreen first: that takes the waiting requests out of the generator's queue.
+    for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile)) {
+        item->setVisible(Visibility::offscreen);
         item->reset();
+    }
     m_allItemsByFile.clear();
     m_allItemsFlat.clear();
     m_indexByFile.clear();
@@ -261,10 +275,20 @@ void ThumbnailsViewController::publish()
         counts.append(int(nodes.size()));
     }
 
+    // Where the selection started, for choosing the item that followed it when it goes away.
+    int firstSelectedIndex = -1;
+    const int previousCount = int(m_allItemsFlat.size());
+    for (const PXFilePtr &file : std::as_const(m_selectedFiles)) {
+        const int index = m_indexByFile.value(file.get(), -1);
+        if (index >= 0 && (firstSelectedIndex < 0 || index < firstSelectedIndex))
+            firstSelectedIndex = index;
+    }
+
     QHash<const PXFile *, ThumbnailItemPtr> items;
     items.reserve(nodes.size());
     QList<ThumbnailItemPtr> flat;
     flat.reserve(nodes.size());
+    m_indexByFileBefore = std::move(m_indexByFile);
     m_indexByFile.clear();
     m_indexByFile.reserve(nodes.size());
     for (const FileModelPtr &node : std::as_const(nodes)) {
@@ -278,37 +302,85 @@ void ThumbnailsViewController::publish()
         if (!items.contains(it.key())) {
             ThumbnailItem *gone = it.value().get();
             gone->setController(nullptr, nullptr);
+            gone->setVisible(Visibility::offscreen);
             gone->reset();
             m_nearItems.remove(gone);
             m_pixmaps.remove(gone);
             m_infoLines.remove(it.key());
         }
     }
+    QList<PXFilePtr> arrived;
+    if (!m_selectedFiles.isEmpty() || m_renameFollower->isWaiting()) {
+        for (auto it = items.cbegin(); it != items.cend(); ++it) {
+            if (!m_allItemsByFile.contains(it.key()) || !m_indexByFileBefore.contains(it.key()))
+                arrived.append(it.value()->file());
+        }
+    }
     m_allItemsByFile = std::move(items);
     m_allItemsFlat = std::move(flat);
-    // Pixmaps and visibility follow positions: take them again for the new order.
-    for (ThumbnailItem *item : std::as_const(m_nearItems))
-        item->setVisible(Visibility::offscreen);
-    m_nearItems.clear();
 
     const bool headers = byFolder && (m_currentSources.size() > 1 || m_windowSettings->thumbnailsFolderSearchDepth() > 0);
     m_grid->gridLayout().setSections(counts, headers);
     const QList<PXFilePtr> previousSelection = m_selectedFiles;
     m_grid->relayout();
-    selectFiles(previousSelection);
+    // A selected file that left may come back under another name, in this or a later publication.
+    m_renameFollower->noteShown([this](const PXFilePtr &file) { return m_indexByFile.contains(file.get()); });
+    // Files arriving or changing must not pull the view back to the selection.
+    selectFiles(previousSelection, false);
+    QPointer<ThumbnailsViewController> self(this);
+    m_renameFollower->lookForRenamed(arrived, [self](const QList<PXFilePtr> &renamed) {
+        if (self)
+            self->selectRenamedFiles(renamed);
+    });
+    m_indexByFileBefore.clear();
+    AppSettings *app = SettingsManager::shared().settings();
+    // Exactly the selected files left (moved away or deleted, not filtered out with others): the
+    // item that followed them takes over.
+    const bool selectionLeft = int(m_allItemsFlat.size()) == previousCount - int(previousSelection.size());
+    if (m_selectedFiles.isEmpty() && firstSelectedIndex >= 0 && selectionLeft && !m_allItemsFlat.isEmpty() && app
+        && app->thumbnailsAutoselectNextItemAfterMove()) {
+        const int next = std::min(firstSelectedIndex, int(m_allItemsFlat.size()) - 1);
+        m_grid->setSelectedIndexes({next}, next);
+        m_autoselectedFile = fileAt(next);
+    }
     if (m_newFile && m_indexByFile.contains(m_newFile.get())) {
         const int index = m_indexByFile.value(m_newFile.get());
         m_newFile.reset();
         m_grid->setSelectedIndexes({index}, index);
         m_grid->editName(index);
     }
-    m_loadingLabel->setVisible(m_collection->isLoading() && m_allItemsFlat.isEmpty());
     updateVisibility();
     updateStatus();
     restoreStateIfSettled();
+    if (m_collection->isSettled())
+        checkSourcesExist();
 }
 
-void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files)
+void ThumbnailsViewController::checkSourcesExist()
+{
+    // On a worker: asking a vanished network mount may hang.
+    QPointer<ThumbnailsViewController> self(this);
+    const QList<PXFilePtr> sources = m_currentSources;
+    runOnPool(QStringLiteral("FileDrop"), [self, sources] {
+        QList<PXFilePtr> gone;
+        for (const PXFilePtr &source : sources) {
+            if (!QFileInfo(source->path()).isDir())
+                gone.append(source);
+        }
+        if (gone.isEmpty())
+            return;
+        postToGui([self, gone] {
+            if (!self)
+                return;
+            for (const PXFilePtr &source : gone) {
+                if (self->m_currentSources.contains(source))
+                    Q_EMIT self->sourceVanished(source, tr("The folder \"%1\" is no longer there.").arg(source->displayName()));
+            }
+        });
+    });
+}
+
+void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files, bool scroll)
 {
     QList<int> indexes;
     for (const PXFilePtr &file : files) {
@@ -320,7 +392,7 @@ void ThumbnailsViewController::selectFiles(const QList<PXFilePtr> &files)
     if (!indexes.contains(current))
         current = indexes.isEmpty() ? -1 : indexes.first();
     m_grid->setSelectedIndexes(indexes, current);
-    if (current >= 0)
+    if (scroll && current >= 0)
         m_grid->scrollToItem(current);
 }
 
@@ -508,6 +580,21 @@ QString ThumbnailsViewController::gridSectionTitle(int section)
     return folder->displayName();
 }
 
+int ThumbnailsViewController::gridMark(int index)
+{
+    if (!m_flagLookup)
+        return 0;
+    const PXFilePtr file = fileAt(index);
+    if (!file)
+        return 0;
+    switch (m_flagLookup(file)) {
+    case FileFlag::flagged: return 1;
+    case FileFlag::rejected: return 2;
+    case FileFlag::none: break;
+    }
+    return 0;
+}
+
 QString ThumbnailsViewController::gridEditableName(int index)
 {
     const PXFilePtr file = fileAt(index);
@@ -586,6 +673,20 @@ void ThumbnailsViewController::gridSelectionChanged()
     m_selectedFiles = files;
     updateStatus();
     m_selectionChangeTimer->start();
+    m_renameFollower->remember(m_selectedFiles);
+}
+
+void ThumbnailsViewController::selectRenamedFiles(const QList<PXFilePtr> &renamed)
+{
+    // What was chosen only because the file seemed gone gives way to the file itself.
+    QList<PXFilePtr> selection = m_selectedFiles;
+    if (selection.size() == 1 && selection.first() == m_autoselectedFile)
+        selection.clear();
+    for (const PXFilePtr &file : renamed) {
+        if (!selection.contains(file))
+            selection.append(file);
+    }
+    selectFiles(selection, false);
 }
 
 void ThumbnailsViewController::updateStatus()
@@ -599,7 +700,9 @@ void ThumbnailsViewController::updateStatus()
     input.fileCount = int(m_allItemsFlat.size());
     input.selectedCount = int(m_selectedFiles.size());
     const QString text = thumbnailsStatusText(input);
-    m_loadingLabel->setVisible(input.loading && m_allItemsFlat.isEmpty() && !m_currentSources.isEmpty());
+    const bool empty = m_allItemsFlat.isEmpty() && !m_currentSources.isEmpty();
+    m_loadingLabel->setText(input.loading || m_failureText.isEmpty() ? tr("Loading Files...") : m_failureText);
+    m_loadingLabel->setVisible(empty && (input.loading || !m_failureText.isEmpty()));
     if (text == m_statusText)
         return;
     m_statusText = text;
@@ -683,17 +786,7 @@ void ThumbnailsViewController::openInApp()
 
 void ThumbnailsViewController::openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files)
 {
-    QStringList arguments;
-    QString program;
-    if (application->name().endsWith(QLatin1String(".desktop"))) {
-        program = QStringLiteral("gio");
-        arguments << QStringLiteral("launch") << application->path();
-    } else {
-        program = application->path();
-    }
-    for (const PXFilePtr &file : files)
-        arguments << file->path();
-    if (!QProcess::startDetached(program, arguments)) {
+    if (!FileOpener::openWith(application, files)) {
         logError(tr("Cannot start %1").arg(application->path()));
         Q_EMIT errorOccurred(tr("The application could not be started"), application->displayName());
     }
@@ -747,6 +840,7 @@ void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
         self->m_newFile.reset();
         const PXFilePtr renamed = PXFile::fileForPath(newPath);
         self->m_selectedFiles = {renamed};
+        self->m_selectionChangeTimer->start();
     });
 }
 
@@ -757,33 +851,7 @@ void ThumbnailsViewController::moveToTrash() {}
 
 void ThumbnailsViewController::revealInFinder()
 {
-    QList<PXFilePtr> files = m_selectedFiles;
-    if (files.isEmpty())
-        files = m_currentSources;
-    if (files.isEmpty())
-        return;
-    QStringList uris;
-    for (const PXFilePtr &file : std::as_const(files))
-        uris.append(file->url().toString(QUrl::FullyEncoded));
-    // The file manager's D-Bus interface selects the files; without one, open their folder.
-    const QStringList arguments{QStringLiteral("--session"), QStringLiteral("--dest=org.freedesktop.FileManager1"),
-                                QStringLiteral("--type=method_call"), QStringLiteral("/org/freedesktop/FileManager1"),
-                                QStringLiteral("org.freedesktop.FileManager1.ShowItems"),
-                                QStringLiteral("array:string:") + uris.join(QLatin1Char(',')), QStringLiteral("string:")};
-    auto *process = new QProcess(this);
-    const QString parent = files.first()->parentPath();
-    connect(process, &QProcess::finished, this, [process, parent](int exitCode, QProcess::ExitStatus status) {
-        if (exitCode != 0 || status != QProcess::NormalExit)
-            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
-        process->deleteLater();
-    });
-    connect(process, &QProcess::errorOccurred, this, [process, parent](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
-            process->deleteLater();
-        }
-    });
-    process->start(QStringLiteral("dbus-send"), arguments);
+    FileOpener::reveal(m_selectedFiles.isEmpty() ? m_currentSources : m_selectedFiles, this);
 }
 
 void ThumbnailsViewController::newFolder()

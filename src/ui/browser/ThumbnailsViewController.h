@@ -23,6 +23,7 @@ class FileCollectionModel;
 class QLabel;
 class QMenu;
 class QTimer;
+class RenamedFileFollower;
 
 // A file's mark for the current run, kept by the application's flag manager.
 enum class FileFlag { none, flagged, rejected };
@@ -57,7 +58,8 @@ public:
 
     // The window plugs its flag manager in; without it the flag commands are disabled.
     void setFlagLookup(std::function<FileFlag(const PXFilePtr &)> lookup);
-    void selectFiles(const QList<PXFilePtr> &files);
+    // Selects those of `files` that are shown and, with `scroll`, brings them into view.
+    void selectFiles(const QList<PXFilePtr> &files, bool scroll = true);
 
     ThumbnailGridView *gridView() const { return m_grid; }
     ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
@@ -110,6 +112,7 @@ protected:
     QPixmap gridIcon(int index, int side) override;
     QStringList gridInfoLines(int index) override;
     QString gridSectionTitle(int section) override;
+    int gridMark(int index) override;
     QString gridEditableName(int index) override;
     QMimeData *gridMimeDataForDrag(const QList<int> &indexes) override;
     Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;
@@ -125,6 +128,9 @@ private:
     void updateStatus();
     void saveState();
     void restoreStateIfSettled();
+    // Tells the window of sources deleted or unmounted while shown.
+    void checkSourcesExist();
+    void selectRenamedFiles(const QList<PXFilePtr> &renamed);
     ThumbnailItemPtr itemForNode(const FileModelPtr &node);
     PXFilePtr fileAt(int index) const;
     PXFilePtr dropDestination(int index, int section) const;
@@ -142,6 +148,8 @@ private:
     QHash<const PXFile *, ThumbnailItemPtr> m_allItemsByFile;
     QList<ThumbnailItemPtr> m_allItemsFlat;
     QHash<const PXFile *, int> m_indexByFile;
+    QHash<const PXFile *, int> m_indexByFileBefore; // during a publication
+    PXFilePtr m_autoselectedFile; // selected because the selection before it left
     QList<FileModelPtr> m_sectionFolders;
     QList<PXFilePtr> m_selectedFiles;
     QHash<QString, ThumbnailsSavedState> m_savedStates;
@@ -161,5 +169,7 @@ private:
     QHash<QString, QIcon> m_iconsByType;
 
     QTimer *m_selectionChangeTimer;
+    RenamedFileFollower *m_renameFollower; // keeps the selection across renames from outside
     QString m_statusText;
+    QString m_failureText; // why a source could not be listed
 };

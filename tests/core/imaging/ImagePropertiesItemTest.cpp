@@ -3,6 +3,8 @@
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -176,6 +178,9 @@ TEST(ImagePropertiesItem, loadsAFileOrSaysWhyNot)
     EXPECT_EQ(item->keywords, (QStringList{QStringLiteral("beach"), QStringLiteral("Sydney")}));
     EXPECT_NEAR(item->signedCoordinate().first, -33.5, 1e-6);
     EXPECT_NEAR(item->signedCoordinate().second, 151.25, 1e-6);
+    // The file record's own image facts come from the same read, not from a second one.
+    ASSERT_TRUE(QFile::remove(path));
+    EXPECT_EQ(item->file()->dimensionsString(), QStringLiteral("64x48"));
 
     const QString empty = dir.write(QStringLiteral("empty.jpg"));
     EXPECT_FALSE(ImagePropertiesItem::load(PXFile::fileForPath(empty), &error, &reason));

@@ -6,6 +6,7 @@
 #include "support/TestImages.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QTest>
@@ -192,4 +193,84 @@ TEST(ThumbnailsViewController, RenamesInPlaceThroughTheFileLayerAndKeepsTheSelec
     ASSERT_TRUE(waitUntil([&] { return namesOf(pane.files()).contains("after.txt"); }));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("before.txt")));
     ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"after.txt"}; }));
+}
+
+TEST(ThumbnailsViewController, TellsTheWindowWhenItsFolderIsDeletedWhileShown)
+{
+    TestDir dir;
+    dir.write(QStringLiteral("shown/a.txt"), "x");
+    const PXFilePtr shown = PXFile::fileForPath(dir.filePath("shown"));
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.setSources({shown});
+    ASSERT_TRUE(settle(pane, 1));
+    pane.selectAll();
+
+    QSignalSpy vanished(&pane, &ThumbnailsViewController::sourceVanished);
+    ASSERT_TRUE(QDir(dir.filePath("shown")).removeRecursively());
+    ASSERT_TRUE(vanished.wait(5000) || !vanished.isEmpty());
+    EXPECT_EQ(vanished.first().first().value<PXFilePtr>(), shown);
+    ASSERT_TRUE(waitUntil([&] { return pane.files().isEmpty() && pane.selectedFiles().isEmpty(); }));
+    EXPECT_EQ(pane.statusText(), "0 files");
+}
+
+TEST(ThumbnailsViewController, FlagCommandsGoThroughTheWindowsFlagStore)
+{
+    TestDir dir;
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt"})
+        dir.write(QLatin1String(name), "x");
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 4));
+    pane.selectFiles({pane.files().at(1)});
+    EXPECT_FALSE(pane.validateAction("flagItem")); // no store plugged in yet
+
+    QHash<PXFilePtr, FileFlag> store;
+    pane.setFlagLookup([&store](const PXFilePtr &file) { return store.value(file, FileFlag::none); });
+    QObject::connect(&pane, &ThumbnailsViewController::flagChangeRequested, [&store](const QList<PXFilePtr> &files, FileFlag flag) {
+        for (const PXFilePtr &file : files)
+            store.insert(file, flag);
+    });
+    ASSERT_TRUE(pane.validateAction("flagItem"));
+    pane.flagItem();
+    pane.selectFiles({pane.files().at(2), pane.files().at(3)});
+    pane.rejectItem();
+    pane.selectFiles({pane.files().at(3)});
+    pane.clearItemFlag();
+
+    pane.selectFlagged();
+    EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"b.txt"});
+    pane.selectRejected();
+    EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"c.txt"});
+}
+
+TEST(ThumbnailsViewController, SelectsTheFollowingItemWhenTheSelectionIsDeletedOrRenamedOutside)
+{
+    TestDir dir;
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt", "e.txt"})
+        dir.write(QLatin1String(name), "x");
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 5));
+    QSignalSpy selections(&pane, &ThumbnailsViewController::selectionChanged);
+
+    // Renamed from outside while selected: the selection follows the file.
+    pane.selectFiles({pane.files().at(3)});
+    ASSERT_TRUE(selections.wait(5000)); // the selection has settled before the file moves
+    ASSERT_TRUE(QFile::rename(dir.filePath("d.txt"), dir.filePath("z.txt")));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.files()).contains("z.txt"); }));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"z.txt"}; }))
+        << namesOf(pane.selectedFiles()).join(' ').toStdString();
+
+    pane.selectFiles({pane.files().at(1), pane.files().at(2)});
+    ASSERT_TRUE(QFile::remove(dir.filePath("b.txt")));
+    ASSERT_TRUE(QFile::remove(dir.filePath("c.txt")));
+    ASSERT_TRUE(waitUntil([&] { return pane.files().size() == 3; }));
+    ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"e.txt"}; }))
+        << namesOf(pane.selectedFiles()).join(' ').toStdString();
+    ASSERT_TRUE(waitUntil([&] { return selections.last().first().value<QList<PXFilePtr>>() == pane.selectedFiles(); }));
+
+    // Filtering the selection away is not a move: nothing else gets selected.
+    pane.thumbnailViewSearch(QStringLiteral("a"));
+    ASSERT_TRUE(waitUntil([&] { return pane.files().size() == 1; }));
+    EXPECT_TRUE(pane.selectedFiles().isEmpty());
 }
