@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QUrl>
 
 // GLib's headers use "signals" as a member name, which Qt's keyword macro would break.
 #undef signals
@@ -46,6 +47,35 @@ QString defaultApplicationFile(const QString &mimeType, bool forEditing)
     if (preferred)
         g_object_unref(preferred);
     return result;
+}
+
+} // namespace Applications
+
+namespace Applications {
+
+bool launch(const QString &desktopFile, const QStringList &paths, QString *error)
+{
+    GDesktopAppInfo *info = g_desktop_app_info_new_from_filename(QFile::encodeName(desktopFile).constData());
+    if (!info) {
+        if (error)
+            *error = QStringLiteral("not an application");
+        return false;
+    }
+    GList *uris = nullptr;
+    QList<QByteArray> uriBytes;
+    for (const QString &path : paths)
+        uriBytes.append(QUrl::fromLocalFile(path).toEncoded());
+    for (const QByteArray &uri : uriBytes)
+        uris = g_list_append(uris, const_cast<char *>(uri.constData()));
+    GError *failure = nullptr;
+    const bool launched = g_app_info_launch_uris(G_APP_INFO(info), uris, nullptr, &failure);
+    if (!launched && error)
+        *error = failure ? QString::fromUtf8(failure->message) : QStringLiteral("unknown error");
+    if (failure)
+        g_error_free(failure);
+    g_list_free(uris);
+    g_object_unref(info);
+    return launched;
 }
 
 } // namespace Applications

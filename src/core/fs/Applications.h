@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace Applications {
 
@@ -8,5 +9,13 @@ namespace Applications {
 // With `forEditing`, the first recommended application that is not the default viewer, falling
 // back to the default: the desktop has no separate editor role.
 QString defaultApplicationFile(const QString &mimeType, bool forEditing);
+
+} // namespace Applications
+
+namespace Applications {
+
+// Starts the application of the .desktop file `desktopFile` on `paths` (through GIO). False with
+// the reason when it cannot be started.
+bool launch(const QString &desktopFile, const QStringList &paths, QString *error);
 
 } // namespace Applications

@@ -1,0 +1,137 @@
+#!/usr/bin/env python3
+"""Start-up to first window and resident memory of pixcove beside other image viewers.
+
+Each program opens the same folder of 40 camera JPEGs of 24 MP under Xvfb, with a fresh empty
+HOME (and temporary and runtime folders) each run. Time runs from exec until
+`xdotool search --onlyvisible --pid PID` first finds a window, polled every 10 ms (xdotool's own
+--sync polls only every 0.5 s). Warm: one untimed run first, then the median of five. Resident
+memory is read from /proc 10 s after the window appeared, in the last run.
+
+Usage: bench/startup_window.py PIXCOVE_BINARY WORK_DIR [CORPUS_DIR]
+"""
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+RUNS = 5
+POLL = 0.010  # the 10 ms poll interval of the measurement
+TIMEOUT = 30.0
+SETTLE_FOR_MEMORY = 10.0
+
+
+def make_folder(work, corpus):
+    folder = os.path.join(work, "camera40")
+    done = os.path.join(folder, ".complete")
+    if os.path.exists(done):
+        return folder
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
+    sources = sorted(os.path.join(corpus, name) for name in os.listdir(corpus)
+                     if name.lower().endswith(".jpg") and "corrupt" not in name)
+    for i in range(40):
+        source = sources[i % len(sources)]
+        target = os.path.join(folder, "IMG_%04d.JPG" % (i + 1))
+        # 6000 x 4000 at camera quality, keeping the source's EXIF as a camera would write it.
+        subprocess.run(["convert", source, "-resize", "6000x4000!", "-quality", "92", target], check=True)
+    open(done, "w").close()
+    return folder
+
+
+def start_xvfb():
+    for display in range(90, 120):
+        if os.path.exists("/tmp/.X%d-lock" % display):
+            continue
+        server = subprocess.Popen(["Xvfb", ":%d" % display, "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        time.sleep(0.5)
+        if server.poll() is None:
+            return server, ":%d" % display
+    raise SystemExit("no free X display")
+
+
+def visible_window(pid, env):
+    result = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(pid)],
+                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=env)
+    return result.returncode == 0 and result.stdout.strip() != b""
+
+
+def rss_mb(pid):
+    try:
+        with open("/proc/%d/status" % pid) as status:
+            for line in status:
+                if line.startswith("VmRSS:"):
+                    return int(line.split()[1]) / 1024.0
+    except OSError:
+        pass
+    return float("nan")
+
+
+def run_once(command, display, measure_memory):
+    home = tempfile.mkdtemp(prefix="viewer-home-")
+    env = {"PATH": os.environ["PATH"], "DISPLAY": display, "HOME": home, "TMPDIR": home,
+           "XDG_RUNTIME_DIR": home, "LANG": os.environ.get("LANG", "C.UTF-8")}
+    os.chmod(home, 0o700)
+    start = time.monotonic()
+    process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    elapsed = None
+    while time.monotonic() - start < TIMEOUT:
+        if visible_window(process.pid, env):
+            elapsed = time.monotonic() - start
+            break
+        if process.poll() is not None:
+            break
+        time.sleep(POLL)
+    memory = None
+    if elapsed is not None and measure_memory:
+        time.sleep(SETTLE_FOR_MEMORY)
+        memory = rss_mb(process.pid)
+    process.terminate()
+    try:
+        process.wait(timeout=5)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+    shutil.rmtree(home, ignore_errors=True)
+    return elapsed, memory
+
+
+def main():
+    pixcove, work = sys.argv[1], sys.argv[2]
+    corpus = sys.argv[3] if len(sys.argv) > 3 else os.path.join(os.path.dirname(__file__), "..", "..", "shared", "corpus", "jpg")
+    folder = make_folder(work, corpus)
+    viewers = [("pixcove", [pixcove, folder])]
+    for name in ["qimgv", "ristretto", "geeqie", "eog", "gwenview", "gthumb"]:
+        if shutil.which(name):
+            viewers.append((name, [name, folder]))
+        else:
+            print("  %-10s not installed (bench/setup-viewers installs it)" % name)
+    server, display = start_xvfb()
+    try:
+        print("  %-10s %14s %14s" % ("program", "first window", "RSS after 10 s"))
+        for name, command in viewers:
+            run_once(command, display, False)  # warm the caches
+            times = []
+            memory = None
+            for i in range(RUNS):
+                elapsed, rss = run_once(command, display, i == RUNS - 1)
+                if elapsed is not None:
+                    times.append(elapsed)
+                if rss is not None:
+                    memory = rss
+            if not times:
+                print("  %-10s %14s" % (name, "no window"))
+                continue
+            print("  %-10s %11.0f ms %11.0f MB" % (name, statistics.median(times) * 1000,
+                                                    memory if memory is not None else float("nan")))
+            sys.stdout.flush()
+    finally:
+        server.terminate()
+        server.wait()
+
+
+if __name__ == "__main__":
+    main()

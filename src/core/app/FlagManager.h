@@ -1,0 +1,36 @@
+#pragma once
+
+#include "model/PXFile.h"
+
+#include <QObject>
+#include <QHash>
+
+// The files the user flagged or rejected during this run, process-wide (one shared instance that
+// tests may replace). A file is never both: flagging clears its rejection and the other way
+// round. Not persisted. GUI thread.
+class FlagManager : public QObject
+{
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    static FlagManager &shared();
+    static void setShared(FlagManager *manager); // not owned; null goes back to the process's own
+
+    bool isFlagged(const PXFilePtr &file) const { return m_flaggedFiles.contains(file.get()); }
+    bool isRejected(const PXFilePtr &file) const { return m_rejectedFiles.contains(file.get()); }
+    QList<PXFilePtr> flaggedFiles() const { return m_flaggedFiles.values(); }
+    QList<PXFilePtr> rejectedFiles() const { return m_rejectedFiles.values(); }
+
+    void flag(const QList<PXFilePtr> &files);
+    void reject(const QList<PXFilePtr> &files);
+    void clear(const QList<PXFilePtr> &files);
+
+signals:
+    void flagsChanged(const QList<PXFilePtr> &files);
+
+private:
+    // By identity: one file object stands for one path while anybody holds it.
+    QHash<const PXFile *, PXFilePtr> m_flaggedFiles;
+    QHash<const PXFile *, PXFilePtr> m_rejectedFiles;
+};

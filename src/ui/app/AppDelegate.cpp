@@ -1,0 +1,289 @@
+#include "app/AppDelegate.h"
+
+#include "app/ActivitiesGate.h"
+#include "app/AuxiliaryWindowsManager.h"
+#include "app/FlagManager.h"
+#include "app/Log.h"
+#include "app/MainWindowsManager.h"
+#include "app/ServicesProvider.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsManager.h"
+#include "windows/MainWindowController.h"
+#include "windows/MainWindowFrame.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QMessageBox>
+#include <QPointer>
+#include <QUrl>
+#include <QWidget>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+AppDelegate *runningDelegate = nullptr;
+ActivitiesGate noActivities;
+
+const QStringList applicationCommands = {
+    QStringLiteral("newMainWindow"),    QStringLiteral("newMainWindowTab"),
+    QStringLiteral("openAboutWindow"),  QStringLiteral("openBugReporterWindow"),
+    QStringLiteral("openActivityWindow"), QStringLiteral("openQuickview"),
+    QStringLiteral("openRenameWindow"), QStringLiteral("openSettings"),
+    QStringLiteral("openOpenWithEditor"), QStringLiteral("openMoveToEditor"),
+    QStringLiteral("startSlideshowWithOpenImageWindows"), QStringLiteral("previousImageWindow"),
+    QStringLiteral("nextImageWindow"),  QStringLiteral("goToSite"),
+    QStringLiteral("goToReleaseNotes"), QStringLiteral("checkForUpdates"),
+    QStringLiteral("terminate"),
+};
+
+} // namespace
+
+// The managers are taken in the order their dependencies need: settings before anything that
+// reads them, the window managers before the first window.
+AppDelegate::AppDelegate(QObject *parent)
+    : QObject(parent)
+    , m_settingsManager(&SettingsManager::shared())
+    , m_auxiliaryWindowsManager(&AuxiliaryWindowsManager::shared())
+    , m_mainWindowsManager(&MainWindowsManager::shared())
+    , m_flagManager(&FlagManager::shared())
+    , m_activitiesGate(&noActivities)
+{
+    runningDelegate = this;
+    m_servicesProvider = std::make_unique<ServicesProvider>(
+        [this](const QList<PXFilePtr> &files) { openRenamer(files); },
+        [this](const QList<PXFilePtr> &files) { startSlideshow(files); });
+    terminate = [] { QCoreApplication::quit(); };
+    showMessage = [](const QString &title, const QString &text) {
+        QMessageBox::information(nullptr, title, text);
+    };
+}
+
+AppDelegate::~AppDelegate()
+{
+    if (runningDelegate == this)
+        runningDelegate = nullptr;
+}
+
+AppDelegate &AppDelegate::shared()
+{
+    if (!runningDelegate)
+        qFatal("Failed to find application delegate, or it was of the wrong type.");
+    return *runningDelegate;
+}
+
+bool AppDelegate::exists()
+{
+    return runningDelegate != nullptr;
+}
+
+QString AppDelegate::websiteLink()
+{
+    return QStringLiteral("https://pixcove.tallowmere.org/");
+}
+
+QString AppDelegate::releaseNotesLink()
+{
+    return QStringLiteral("https://pixcove.tallowmere.org/releases/");
+}
+
+void AppDelegate::setActivitiesGate(ActivitiesGate *gate)
+{
+    m_activitiesGate = gate ? gate : &noActivities;
+}
+
+void AppDelegate::applicationWillFinishLaunching()
+{
+    registerObservers();
+    setUpMenus();
+}
+
+// Each window's "Open With" and "Move To" submenus read the favourites when they open, so the
+// observers here only keep the first-launch bookkeeping and the detailed-logging switch current.
+void AppDelegate::registerObservers()
+{
+    AppSettings *settings = m_settingsManager->settings();
+    setDetailedLogging(settings->detailedLogging());
+    connect(settings, &AppSettings::detailedLoggingChanged, this, [](bool on) { setDetailedLogging(on); });
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state == Qt::ApplicationInactive)
+            applicationDidResignActive();
+    });
+}
+
+void AppDelegate::setUpMenus()
+{
+}
+
+void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
+{
+    m_finishedLaunching = true;
+    AppSettings *settings = m_settingsManager->settings();
+    if (settings->isFirstLaunch()) {
+        settings->setIsFirstLaunch(false);
+        settings->setFirstLaunchDate(QDateTime::currentDateTimeUtc());
+    }
+    if (request.kind == LaunchRequest::Kind::plain) {
+        if (!m_auxiliaryWindowsManager->consumeLaunchFlag())
+            m_mainWindowsManager->newMainWindow();
+        return;
+    }
+    logDebug(QStringLiteral("Launched for special purpose, not opening default windows."));
+    handleRequest(request);
+}
+
+void AppDelegate::handleRequest(const LaunchRequest &request)
+{
+    switch (request.kind) {
+    case LaunchRequest::Kind::plain:
+        applicationShouldHandleReopen();
+        break;
+    case LaunchRequest::Kind::open:
+        openFiles(request.paths);
+        break;
+    case LaunchRequest::Kind::rename:
+    case LaunchRequest::Kind::slideshow:
+        if (const QString error = performService(request); !error.isEmpty()) {
+            std::fprintf(stderr, "%s\n", qPrintable(error));
+            showMessage(QApplication::applicationDisplayName(), error);
+        }
+        break;
+    }
+}
+
+// Starting Pixcove again is how the user brings it forward: the front window comes up, as an
+// application comes forward when it is activated.
+void AppDelegate::applicationShouldHandleReopen()
+{
+    if (!m_mainWindowsManager->hasVisibleWindows()) {
+        m_mainWindowsManager->newMainWindow();
+        return;
+    }
+    if (MainWindowController *front = m_mainWindowsManager->frontMainWindow(); front && front->frame()) {
+        front->frame()->raise();
+        front->frame()->activateWindow();
+    }
+}
+
+// Folders open in a window of their own; a file opens its folder. The volumes folder itself is
+// not a place to browse.
+void AppDelegate::openFiles(const QStringList &paths)
+{
+    QList<QUrl> urls;
+    for (const QString &path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    const QList<ZQFilePtr> files = ZQStandardFile::arrayOfFilesForURLs(urls, false);
+    if (files.isEmpty()) {
+        logError(QStringLiteral("Error getting file objects for urls opened in app."));
+        return;
+    }
+    QList<const ZQStandardFile *> openedFolders;
+    for (const ZQFilePtr &file : files) {
+        const PXFilePtr record = PXFile::from(file);
+        if (record->isVolumesDirectory())
+            continue;
+        const ZQStandardFile *folder = record->isDirectory() ? record.get() : record->parentItem().get();
+        if (openedFolders.contains(folder))
+            continue;
+        openedFolders.append(folder);
+        m_mainWindowsManager->newMainWindow(record);
+    }
+}
+
+QString AppDelegate::performService(const LaunchRequest &request)
+{
+    if (request.kind == LaunchRequest::Kind::rename)
+        return m_servicesProvider->performRenameService(request.paths);
+    if (request.kind == LaunchRequest::Kind::slideshow)
+        return m_servicesProvider->performSlideshowService(request.paths);
+    return {};
+}
+
+void AppDelegate::openRenamer(const QList<PXFilePtr> &files)
+{
+    showMessage(tr("Batch Rename"),
+                tr("The batch renamer is not available in this version of Pixcove yet (%n file(s) given).", nullptr,
+                   int(files.size())));
+}
+
+void AppDelegate::startSlideshow(const QList<PXFilePtr> &files)
+{
+    showMessage(tr("Slideshow"),
+                tr("Slideshows are not available in this version of Pixcove yet (%n item(s) given).", nullptr,
+                   int(files.size())));
+}
+
+void AppDelegate::applicationDidResignActive()
+{
+    if (!m_settingsManager->settings()->hideOnDeactivate())
+        return;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->isVisible())
+            window->hide();
+    }
+}
+
+void AppDelegate::requestQuit()
+{
+    if (m_terminating)
+        return;
+    QWidget *front = QApplication::activeWindow();
+    if (!m_activitiesGate->shouldQuit(front)) {
+        emit shutdownStep(QStringLiteral("cancelled"));
+        return;
+    }
+    m_terminating = true;
+    emit shutdownStep(QStringLiteral("activities"));
+    const QPointer<AppDelegate> self(this);
+    m_activitiesGate->finishActivities([self] {
+        if (self)
+            self->continueShutdown();
+    });
+}
+
+void AppDelegate::continueShutdown()
+{
+    if (closeSlideshows)
+        closeSlideshows();
+    emit shutdownStep(QStringLiteral("slideshows"));
+    if (closeRenamer)
+        closeRenamer();
+    emit shutdownStep(QStringLiteral("renamer"));
+    m_mainWindowsManager->closeAll();
+    emit shutdownStep(QStringLiteral("windows"));
+    terminate();
+}
+
+bool AppDelegate::handlesCommand(const QString &name) const
+{
+    return applicationCommands.contains(name);
+}
+
+bool AppDelegate::validateCommand(const QString &name) const
+{
+    static const QStringList available = {
+        QStringLiteral("newMainWindow"), QStringLiteral("newMainWindowTab"), QStringLiteral("openAboutWindow"),
+        QStringLiteral("goToSite"),      QStringLiteral("goToReleaseNotes"), QStringLiteral("terminate"),
+    };
+    return available.contains(name);
+}
+
+bool AppDelegate::performCommand(const QString &name, QWidget *window)
+{
+    if (!validateCommand(name))
+        return false;
+    if (name == QLatin1String("newMainWindow"))
+        m_mainWindowsManager->newMainWindow();
+    else if (name == QLatin1String("newMainWindowTab"))
+        m_mainWindowsManager->newMainWindow({}, true);
+    else if (name == QLatin1String("openAboutWindow"))
+        m_auxiliaryWindowsManager->openAboutWindow(window);
+    else if (name == QLatin1String("goToSite"))
+        QDesktopServices::openUrl(QUrl(websiteLink()));
+    else if (name == QLatin1String("goToReleaseNotes"))
+        QDesktopServices::openUrl(QUrl(releaseNotesLink()));
+    else if (name == QLatin1String("terminate"))
+        requestQuit();
+    return true;
+}

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "app/LaunchRequest.h"
+#include "model/PXFile.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QVariant>
+
+#include <functional>
+#include <memory>
+
+class ActivitiesGate;
+class AppSettings;
+class AuxiliaryWindowsManager;
+class FlagManager;
+class MainWindowsManager;
+class ServicesProvider;
+class SettingsManager;
+class QWidget;
+
+// The root object of the running program. It takes the process-wide managers in a fixed order,
+// decides at launch whether a main window opens, routes files and folders handed over on the
+// command line or by a second start, runs the two services, and quits in order: the activities
+// first (which may ask the user), then slideshows, the batch renamer and every main window, then
+// the settings are saved.
+//
+// Commands of the application (new window, about, settings, ...) come here from every window's
+// menu bar through performCommand.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+public:
+    explicit AppDelegate(QObject *parent = nullptr);
+    ~AppDelegate() override;
+
+    // The running program's delegate; stops the program when there is none.
+    static AppDelegate &shared();
+    static bool exists();
+
+    static QString websiteLink();
+    static QString releaseNotesLink();
+
+    // Launch phases.
+    void applicationWillFinishLaunching();
+    void applicationDidFinishLaunching(const LaunchRequest &request);
+    // A second start handed over its request.
+    void handleRequest(const LaunchRequest &request);
+    // Starting Pixcove again with nothing to open: a new main window unless one is visible.
+    void applicationShouldHandleReopen();
+    void openFiles(const QStringList &paths);
+    // Answers the error text of a service, empty when it ran.
+    QString performService(const LaunchRequest &request);
+    // Hides every window when `hideOnDeactivate` is set.
+    void applicationDidResignActive();
+
+    // Starts the orderly shutdown; the program stays as it was when the activities say no.
+    void requestQuit();
+    bool isTerminating() const { return m_terminating; }
+
+    // Application commands by name ("newMainWindow", "openAboutWindow", ...); `window` is the
+    // window whose menu sent it.
+    bool handlesCommand(const QString &name) const;
+    bool performCommand(const QString &name, QWidget *window);
+    bool validateCommand(const QString &name) const;
+
+    bool finishedLaunching() const { return m_finishedLaunching; }
+
+    // Hooks for parts that arrive later and for tests.
+    void setActivitiesGate(ActivitiesGate *gate); // not owned; null: no activities
+    std::function<void()> closeSlideshows;
+    std::function<void()> closeRenamer;
+    std::function<void()> terminate; // default: quit the event loop
+    // Shows a service's error or notice to the user (default: a message box).
+    std::function<void(const QString &title, const QString &text)> showMessage;
+
+signals:
+    void shutdownStep(const QString &step);
+
+private:
+    void registerObservers();
+    void setUpMenus();
+    void openRenamer(const QList<PXFilePtr> &files);
+    void startSlideshow(const QList<PXFilePtr> &files);
+    void continueShutdown();
+
+    SettingsManager *m_settingsManager;
+    AuxiliaryWindowsManager *m_auxiliaryWindowsManager;
+    MainWindowsManager *m_mainWindowsManager;
+    FlagManager *m_flagManager;
+    std::unique_ptr<ServicesProvider> m_servicesProvider;
+    ActivitiesGate *m_activitiesGate = nullptr;
+
+    bool m_finishedLaunching = false;
+    bool m_openedInitialWindow = false;
+    bool m_terminateWhenComplete = false;
+    bool m_terminating = false;
+};

@@ -1,0 +1,97 @@
+#include "app/MainWindowsManager.h"
+
+#include "settings/AppSettings.h"
+#include "settings/SettingsManager.h"
+#include "windows/MainWindowController.h"
+#include "windows/MainWindowFrame.h"
+
+#include <QApplication>
+
+namespace {
+MainWindowsManager *installedManager = nullptr;
+}
+
+MainWindowsManager::MainWindowsManager(AppSettings *settings, QObject *parent)
+    : QObject(parent)
+    , m_settings(settings)
+{
+}
+
+MainWindowsManager::~MainWindowsManager() = default;
+
+MainWindowsManager &MainWindowsManager::shared()
+{
+    if (installedManager)
+        return *installedManager;
+    static auto *own = new MainWindowsManager(SettingsManager::shared().settings());
+    return *own;
+}
+
+void MainWindowsManager::setShared(MainWindowsManager *manager)
+{
+    installedManager = manager;
+}
+
+MainWindowController *MainWindowsManager::frontMainWindow() const
+{
+    if (m_windowControllers.isEmpty())
+        return nullptr;
+    if (auto *frame = qobject_cast<MainWindowFrame *>(QApplication::activeWindow()))
+        return frame->currentController();
+    // Without an active window (another application has the focus) the last raised frame counts.
+    MainWindowFrame *front = MainWindowFrame::lastActivated();
+    if (front && front->currentController())
+        return front->currentController();
+    return m_windowControllers.last();
+}
+
+MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, bool asTab)
+{
+    MainWindowController *front = frontMainWindow();
+    WindowSettingsPtr templateSettings;
+    if (front)
+        templateSettings = front->windowSettings();
+    else if (!m_settings->windowSettings().isEmpty())
+        templateSettings = m_settings->windowSettings().first();
+    WindowSettingsPtr settings = templateSettings ? templateSettings->duplicate() : std::make_shared<WindowSettings>();
+
+    auto *controller = new MainWindowController(settings, this, file);
+    m_windowControllers.append(controller);
+    // A window opened while the front one is in full screen joins it: a new top-level window
+    // would open behind the full-screen one.
+    if ((asTab || (front && front->isFullscreen())) && front && front->frame()) {
+        front->frame()->addController(controller);
+    } else {
+        auto *frame = new MainWindowFrame;
+        frame->addController(controller);
+        if (front && front->frame())
+            frame->resize(front->frame()->size());
+        frame->show();
+        frame->raise();
+        frame->activateWindow();
+    }
+    emit windowControllersChanged();
+    return controller;
+}
+
+bool MainWindowsManager::hasVisibleWindows() const
+{
+    for (MainWindowController *controller : m_windowControllers) {
+        if (controller->frame() && controller->frame()->isVisible() && !controller->frame()->isMinimized())
+            return true;
+    }
+    return false;
+}
+
+void MainWindowsManager::closeAll()
+{
+    const QList<MainWindowController *> controllers = m_windowControllers;
+    for (MainWindowController *controller : controllers)
+        controller->close();
+}
+
+void MainWindowsManager::windowControllerWillClose(QObject *controller)
+{
+    if (m_windowControllers.removeIf([controller](MainWindowController *entry) { return entry == controller; }) > 0)
+        emit windowControllersChanged();
+}

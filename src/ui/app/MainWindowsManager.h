@@ -1,0 +1,46 @@
+#pragma once
+
+#include "app/WindowManager.h"
+#include "model/PXFile.h"
+#include "settings/WindowSettings.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+
+class AppSettings;
+class MainWindowController;
+class MainWindowFrame;
+
+// Keeps the open main windows alive, in the order they were opened, and opens new ones: each gets
+// its own duplicate of the front window's settings, else of the first saved window settings, else
+// of the defaults. A new window joins the front window's frame as a tab when asked to.
+class MainWindowsManager : public QObject, public WindowManager
+{
+    Q_OBJECT
+public:
+    explicit MainWindowsManager(AppSettings *settings, QObject *parent = nullptr);
+    ~MainWindowsManager() override;
+
+    static MainWindowsManager &shared();
+    static void setShared(MainWindowsManager *manager); // not owned; null goes back to the process's own
+
+    const QList<MainWindowController *> &windowControllers() const { return m_windowControllers; }
+    // The main window whose frame is in front (the active one, else the most recently raised).
+    MainWindowController *frontMainWindow() const;
+    // Opens a main window showing `file` (a folder: that folder; a file: its folder), else the
+    // template's place.
+    MainWindowController *newMainWindow(const PXFilePtr &file = {}, bool asTab = false);
+    bool hasVisibleWindows() const;
+    // Closes every main window in list order; each writes its settings as it closes.
+    void closeAll();
+
+    void windowControllerWillClose(QObject *controller) override;
+
+signals:
+    void windowControllersChanged();
+
+private:
+    AppSettings *m_settings;
+    QList<MainWindowController *> m_windowControllers;
+};

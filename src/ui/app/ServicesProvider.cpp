@@ -1,0 +1,63 @@
+#include "app/ServicesProvider.h"
+
+#include "app/Log.h"
+
+#include <QCoreApplication>
+#include <QUrl>
+
+ServicesProvider::ServicesProvider(FilesHandler openRenamer, FilesHandler startSlideshow)
+    : m_openRenamer(std::move(openRenamer))
+    , m_startSlideshow(std::move(startSlideshow))
+{
+}
+
+QString ServicesProvider::noFilesError()
+{
+    return QCoreApplication::translate("ServicesProvider", "Failed to find files for rename service.");
+}
+
+QString ServicesProvider::noImagesOrFoldersError()
+{
+    return QCoreApplication::translate("ServicesProvider", "No images or folders were selected.");
+}
+
+QList<PXFilePtr> ServicesProvider::filesForPaths(const QStringList &paths)
+{
+    QList<QUrl> urls;
+    for (const QString &path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    QList<PXFilePtr> files;
+    for (const ZQFilePtr &file : ZQStandardFile::arrayOfFilesForURLs(urls, false))
+        files.append(PXFile::from(file));
+    return files;
+}
+
+QString ServicesProvider::performRenameService(const QStringList &paths) const
+{
+    const QList<PXFilePtr> files = filesForPaths(paths);
+    if (files.isEmpty()) {
+        logError(QStringLiteral("Failed to find files for rename service"));
+        return noFilesError();
+    }
+    m_openRenamer(files);
+    return {};
+}
+
+// The slideshow reports a missing file list with the rename service's texts, on purpose.
+QString ServicesProvider::performSlideshowService(const QStringList &paths) const
+{
+    const QList<PXFilePtr> files = filesForPaths(paths);
+    if (files.isEmpty()) {
+        logError(QStringLiteral("Failed to find files for rename service"));
+        return noFilesError();
+    }
+    QList<PXFilePtr> shown;
+    for (const PXFilePtr &file : files) {
+        if (file->isImage() || file->isDirectory())
+            shown.append(file);
+    }
+    if (shown.isEmpty())
+        return noImagesOrFoldersError();
+    m_startSlideshow(shown);
+    return {};
+}

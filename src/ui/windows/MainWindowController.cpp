@@ -1,0 +1,62 @@
+#include "windows/MainWindowController.h"
+
+#include "app/WindowManager.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsManager.h"
+#include "windows/MainWindowFrame.h"
+#include "windows/MainWindowViewController.h"
+
+MainWindowController::MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, const PXFilePtr &file,
+                                           QObject *parent)
+    : QObject(parent)
+    , m_windowSettings(std::move(settings))
+    , m_mainViewController(new MainWindowViewController(m_windowSettings, file))
+    , m_delegate(delegate)
+{
+    connect(m_mainViewController, &MainWindowViewController::titleChanged, this, &MainWindowController::titleChanged);
+    connect(m_mainViewController, &MainWindowViewController::commandsChanged, this,
+            &MainWindowController::commandsChanged);
+}
+
+MainWindowController::~MainWindowController()
+{
+    delete m_mainViewController;
+}
+
+bool MainWindowController::isCurrentlyKey() const
+{
+    return m_frame && m_frame->isActiveWindow() && m_frame->currentController() == this;
+}
+
+bool MainWindowController::isShown() const
+{
+    return m_frame && m_frame->isVisible();
+}
+
+bool MainWindowController::isFullscreen() const
+{
+    return m_frame && m_frame->isFullScreen();
+}
+
+QString MainWindowController::title() const
+{
+    return m_mainViewController->title();
+}
+
+void MainWindowController::close()
+{
+    if (m_closed)
+        return;
+    m_closed = true;
+    m_mainViewController->writeLayoutToSettings();
+    if (m_delegate)
+        m_delegate->windowControllerWillClose(this);
+    SettingsManager::shared().settings()->setWindowSettings({m_windowSettings});
+    emit closed(this);
+    deleteLater();
+}
+
+MainWindowViewController *MainWindowController::mainViewController() const
+{
+    return m_mainViewController;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "model/PXFile.h"
+#include "settings/WindowSettings.h"
+
+#include <QObject>
+#include <QPointer>
+
+class MainWindowFrame;
+class MainWindowViewController;
+class WindowManager;
+
+// One main window: its own window settings (a duplicate made for it), the view controller that
+// lays out sidebar, browser and inspector, and the frame (top-level window) whose tab it is.
+//
+// Closing writes the window's layout into its settings, tells the manager that created it, and
+// makes these settings the only saved window settings, so that the window closed last is the one
+// the next start opens like. The settings file itself is written when the program quits.
+class MainWindowController : public QObject
+{
+    Q_OBJECT
+public:
+    // `file`: a folder to show, or a file whose folder to show; null keeps the settings' place.
+    MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, const PXFilePtr &file = {},
+                         QObject *parent = nullptr);
+    ~MainWindowController() override;
+
+    const WindowSettingsPtr &windowSettings() const { return m_windowSettings; }
+    MainWindowViewController *mainViewController() const;
+    MainWindowFrame *frame() const { return m_frame; }
+    void setFrame(MainWindowFrame *frame) { m_frame = frame; }
+
+    bool isCurrentlyKey() const;
+    bool isShown() const;
+    bool isFullscreen() const;
+    QString title() const;
+
+    // Closes the window (its tab), once.
+    void close();
+    bool isClosed() const { return m_closed; }
+
+signals:
+    void titleChanged(const QString &title);
+    // Something that menu items and toolbar buttons depend on changed.
+    void commandsChanged();
+    void closed(MainWindowController *controller);
+
+private:
+    WindowSettingsPtr m_windowSettings;
+    QPointer<MainWindowViewController> m_mainViewController; // a child of its frame while it has one
+    WindowManager *m_delegate;
+    QPointer<MainWindowFrame> m_frame;
+    bool m_closed = false;
+};

@@ -1,0 +1,261 @@
+#include "windows/MainWindowFrame.h"
+
+#include "app/AppDelegate.h"
+#include "app/Log.h"
+#include "fs/Applications.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsManager.h"
+#include "windows/MainMenuBar.h"
+#include "windows/MainWindowController.h"
+#include "windows/MainWindowViewController.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace {
+QPointer<MainWindowFrame> lastActiveFrame;
+}
+
+// The resources of a static library are registered by name, outside any namespace.
+static void initResources()
+{
+    Q_INIT_RESOURCE(pixcove_ui);
+}
+
+MainWindowFrame::MainWindowFrame(QWidget *parent)
+    : QMainWindow(parent)
+    , m_tabBar(new QTabBar(this))
+    , m_stack(new QStackedWidget(this))
+    , m_validateTimer(new QTimer(this))
+{
+    initResources();
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowIcon(QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
+    // Most of the screen, up to a size past which more room only spreads the grid thinner.
+    const QRect screen = QGuiApplication::primaryScreen() ? QGuiApplication::primaryScreen()->availableGeometry()
+                                                          : QRect(0, 0, 1600, 1000);
+    resize(qMin(1480, screen.width() * 9 / 10), qMin(940, screen.height() * 9 / 10));
+
+    auto *central = new QWidget(this);
+    auto *layout = new QVBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_tabBar->setDocumentMode(true);
+    m_tabBar->setTabsClosable(true);
+    m_tabBar->setMovable(false);
+    m_tabBar->setExpanding(true);
+    m_tabBar->hide();
+    layout->addWidget(m_tabBar);
+    layout->addWidget(m_stack, 1);
+    setCentralWidget(central);
+
+    m_actions = MainMenuBar::build(menuBar());
+    for (QAction *action : std::as_const(m_actions)) {
+        addAction(action); // shortcuts work while the menu bar is hidden too
+        connect(action, &QAction::triggered, this, [this, action] {
+            performCommand({action->property("command").toString(), action->property("argument")});
+        });
+    }
+    for (QMenu *menu : menuBar()->findChildren<QMenu *>()) {
+        connect(menu, &QMenu::aboutToShow, this, [this, menu] {
+            if (menu->objectName() == QLatin1String(MainMenuBar::openWithMenuName))
+                rebuildOpenWithMenu(menu);
+            else if (menu->objectName() == QLatin1String(MainMenuBar::moveToMenuName))
+                rebuildMoveToMenu(menu);
+            validateActions();
+        });
+    }
+
+    // 0 ms: a burst of state changes (a selection made by dragging) costs one validation.
+    m_validateTimer->setSingleShot(true);
+    m_validateTimer->setInterval(0);
+    connect(m_validateTimer, &QTimer::timeout, this, &MainWindowFrame::validateActions);
+
+    connect(m_tabBar, &QTabBar::currentChanged, this, &MainWindowFrame::showCurrent);
+    connect(m_tabBar, &QTabBar::tabCloseRequested, this, [this](int index) {
+        if (MainWindowController *controller = m_controllers.value(index))
+            controller->close();
+    });
+    lastActiveFrame = this;
+}
+
+MainWindowFrame::~MainWindowFrame() = default;
+
+MainWindowFrame *MainWindowFrame::lastActivated()
+{
+    return lastActiveFrame;
+}
+
+void MainWindowFrame::addController(MainWindowController *controller)
+{
+    controller->setFrame(this);
+    const int index = m_tabBar->currentIndex() + 1;
+    m_controllers.insert(index, controller);
+    m_stack->insertWidget(index, controller->mainViewController());
+    m_tabBar->insertTab(index, controller->title());
+    m_tabBar->setVisible(m_controllers.size() > 1);
+    connect(controller, &MainWindowController::titleChanged, this, [this, controller](const QString &title) {
+        m_tabBar->setTabText(int(m_controllers.indexOf(controller)), title);
+        updateTitle();
+    });
+    connect(controller, &MainWindowController::commandsChanged, m_validateTimer, qOverload<>(&QTimer::start));
+    connect(controller, &MainWindowController::closed, this, &MainWindowFrame::controllerClosed);
+    m_tabBar->setCurrentIndex(index);
+    showCurrent(index);
+}
+
+MainWindowController *MainWindowFrame::currentController() const
+{
+    return m_controllers.value(m_tabBar->currentIndex());
+}
+
+void MainWindowFrame::showCurrent(int index)
+{
+    if (MainWindowController *controller = m_controllers.value(index)) {
+        m_stack->setCurrentWidget(controller->mainViewController());
+        controller->mainViewController()->setFocus();
+    }
+    updateTitle();
+    m_validateTimer->start();
+}
+
+void MainWindowFrame::updateTitle()
+{
+    const MainWindowController *controller = currentController();
+    setWindowTitle(controller ? controller->title() : QStringLiteral("Pixcove"));
+}
+
+void MainWindowFrame::controllerClosed(MainWindowController *controller)
+{
+    const int index = int(m_controllers.indexOf(controller));
+    if (index < 0)
+        return;
+    m_controllers.removeAt(index);
+    m_stack->removeWidget(controller->mainViewController());
+    m_tabBar->removeTab(index);
+    m_tabBar->setVisible(m_controllers.size() > 1);
+    if (m_controllers.isEmpty())
+        close();
+}
+
+void MainWindowFrame::closeEvent(QCloseEvent *event)
+{
+    const QList<MainWindowController *> controllers = m_controllers;
+    for (MainWindowController *controller : controllers)
+        controller->close();
+    event->accept();
+}
+
+void MainWindowFrame::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        lastActiveFrame = this;
+    QMainWindow::changeEvent(event);
+}
+
+bool MainWindowFrame::performCommand(const Command &command)
+{
+    if (!commandState(command).enabled)
+        return false;
+    if (command.name == QLatin1String("performClose")) {
+        if (MainWindowController *controller = currentController())
+            controller->close();
+        return true;
+    }
+    if (command.name == QLatin1String("toggleFullScreen")) {
+        setWindowState(windowState() ^ Qt::WindowFullScreen);
+        return true;
+    }
+    if (command.name == QLatin1String("selectNextTab") || command.name == QLatin1String("selectPreviousTab")) {
+        const int step = command.name == QLatin1String("selectNextTab") ? 1 : -1;
+        m_tabBar->setCurrentIndex((m_tabBar->currentIndex() + step + m_tabBar->count()) % m_tabBar->count());
+        return true;
+    }
+    if (command.name == QLatin1String("openWithApplication")) {
+        QStringList paths;
+        for (const PXFilePtr &file : currentController()->mainViewController()->selectedFiles())
+            paths.append(file->path());
+        QString error;
+        if (!Applications::launch(command.argument.toString(), paths, &error))
+            logError(QStringLiteral("Cannot open with %1: %2").arg(command.argument.toString(), error));
+        return true;
+    }
+    if (AppDelegate::exists() && AppDelegate::shared().handlesCommand(command.name))
+        return AppDelegate::shared().performCommand(command.name, this);
+    if (MainWindowController *controller = currentController())
+        return controller->mainViewController()->performCommand(command);
+    return false;
+}
+
+CommandState MainWindowFrame::commandState(const Command &command) const
+{
+    MainWindowController *controller = currentController();
+    if (command.name == QLatin1String("performClose"))
+        return {controller != nullptr, false};
+    if (command.name == QLatin1String("toggleFullScreen"))
+        return {true, isFullScreen()};
+    if (command.name == QLatin1String("selectNextTab") || command.name == QLatin1String("selectPreviousTab"))
+        return {m_controllers.size() > 1, false};
+    if (command.name == QLatin1String("openWithApplication"))
+        return {controller && !controller->mainViewController()->selectedFiles().isEmpty(), false};
+    if (AppDelegate::exists() && AppDelegate::shared().handlesCommand(command.name))
+        return {AppDelegate::shared().validateCommand(command.name), false};
+    if (controller)
+        return controller->mainViewController()->commandState(command);
+    return {};
+}
+
+void MainWindowFrame::validateActions()
+{
+    for (QAction *action : std::as_const(m_actions)) {
+        const CommandState state =
+            commandState({action->property("command").toString(), action->property("argument")});
+        action->setEnabled(state.enabled);
+        if (action->isCheckable())
+            action->setChecked(state.checked);
+    }
+}
+
+QAction *MainWindowFrame::action(const QString &command, const QVariant &argument) const
+{
+    for (QAction *action : m_actions) {
+        if (action->property("command").toString() == command && action->property("argument") == argument)
+            return action;
+    }
+    return nullptr;
+}
+
+// Favourite applications that are gone are left out until they come back.
+void MainWindowFrame::rebuildOpenWithMenu(QMenu *menu)
+{
+    menu->clear();
+    const QList<FileBookmark> &apps = SettingsManager::shared().settings()->favoriteApps();
+    for (const FileBookmark &bookmark : apps) {
+        if (!bookmark.resolves())
+            continue;
+        QAction *item = menu->addAction(bookmark.title());
+        const Command command{QStringLiteral("openWithApplication"), bookmark.file->path()};
+        item->setEnabled(commandState(command).enabled);
+        connect(item, &QAction::triggered, this, [this, command] { performCommand(command); });
+    }
+    if (menu->isEmpty())
+        menu->addAction(tr("No Favorite Applications"))->setEnabled(false);
+}
+
+// Moving files is an activity; the folders are listed so the menu shows its shape already.
+void MainWindowFrame::rebuildMoveToMenu(QMenu *menu)
+{
+    menu->clear();
+    for (const FileBookmark &bookmark : SettingsManager::shared().settings()->favoriteFolders())
+        menu->addAction(bookmark.title())->setEnabled(false);
+    if (menu->isEmpty())
+        menu->addAction(tr("No Favorite Folders"))->setEnabled(false);
+}
