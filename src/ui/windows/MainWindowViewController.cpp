@@ -1,6 +1,7 @@
 #include "windows/MainWindowViewController.h"
 
 #include "app/AuxiliaryWindowsManager.h"
+#include "app/FlagManager.h"
 #include "app/Log.h"
 #include "app/ThemeIcons.h"
 #include "app/WarningsManager.h"
@@ -23,6 +24,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QSlider>
 #include <QSplitter>
 #include <QStyle>
@@ -144,6 +146,7 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, c
     connect(m_browserViewController, &BrowserViewController::sourceVanished, this,
             &MainWindowViewController::showNearestExistingParent);
     connect(m_pathBar, &PathBar::folderChosen, m_sidebarViewController, &SidebarViewController::revealFolder);
+    connectFlagsAndErrors();
     connect(m_primarySplitView, &QSplitter::splitterMoved, this, [this] {
         if (m_layoutComplete)
             writeLayoutToSettings();
@@ -158,6 +161,38 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, c
 }
 
 MainWindowViewController::~MainWindowViewController() = default;
+
+// Flags live in the process-wide store, so every window shows the same marks; errors of the pane
+// (a refused rename, a failed drop) are told in a message box over this window.
+void MainWindowViewController::connectFlagsAndErrors()
+{
+    ThumbnailsViewController *pane = thumbnailsViewController();
+    pane->setFlagLookup([](const PXFilePtr &file) {
+        FlagManager &flags = FlagManager::shared();
+        if (flags.isFlagged(file))
+            return FileFlag::flagged;
+        return flags.isRejected(file) ? FileFlag::rejected : FileFlag::none;
+    });
+    connect(pane, &ThumbnailsViewController::flagChangeRequested, this,
+            [](const QList<PXFilePtr> &files, FileFlag flag) {
+                FlagManager &flags = FlagManager::shared();
+                switch (flag) {
+                case FileFlag::flagged:
+                    flags.flag(files);
+                    break;
+                case FileFlag::rejected:
+                    flags.reject(files);
+                    break;
+                case FileFlag::none:
+                    flags.clear(files);
+                    break;
+                }
+            });
+    connect(&FlagManager::shared(), &FlagManager::flagsChanged, pane, [pane] { pane->gridView()->viewport()->update(); });
+    connect(pane, &ThumbnailsViewController::errorOccurred, this, [this](const QString &title, const QString &text) {
+        QMessageBox::warning(window(), title, text);
+    });
+}
 
 ThumbnailsViewController *MainWindowViewController::thumbnailsViewController() const
 {

@@ -60,6 +60,7 @@ signals:
     void commandsChanged();
 
 private:
+    void connectFlagsAndErrors();
     void buildToolbar();
     QWidget *buildBottomBar();
     void observeSettings();

@@ -1,4 +1,6 @@
+#include "app/FlagManager.h"
 #include "browser/BrowserViewController.h"
+#include "browser/ThumbnailsViewController.h"
 #include "inspector/InspectorViewController.h"
 #include "sidebar/FolderTreeModel.h"
 #include "sidebar/PathBar.h"
@@ -9,6 +11,9 @@
 #include "ui/ShellFixture.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTimer>
 #include <QDir>
 #include <QLabel>
 #include <QSignalSpy>
@@ -189,4 +194,38 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_EQ(reread->thumbnailsFileSort(), FileSortType::exifDate);
     EXPECT_TRUE(reread->sidebarCollapsed());
     EXPECT_EQ(second.frame->controllers().size(), 1);
+}
+
+TEST(MainWindow, FlagsGoToTheSharedStoreAndPaneErrorsReachTheUser)
+{
+    ShellFixture shell;
+    FlagManager flags;
+    FlagManager::setShared(&flags);
+    OpenWindow window(shell.windows->newMainWindow(shell.photos));
+    window.select({shell.photos});
+    ThumbnailsViewController *pane = window.view->thumbnailsViewController();
+    ASSERT_TRUE(waitUntil([&] { return !pane->isLoading() && !pane->files().isEmpty(); }));
+
+    const PXFilePtr first = pane->files().constFirst();
+    pane->selectFiles({first});
+    ASSERT_TRUE(pane->validateAction(QStringLiteral("flagItem")));
+    pane->flagItem();
+    EXPECT_TRUE(flags.isFlagged(first));
+    pane->rejectItem();
+    EXPECT_TRUE(flags.isRejected(first));
+    EXPECT_FALSE(flags.isFlagged(first));
+    pane->clearItemFlag();
+    EXPECT_FALSE(flags.isRejected(first));
+
+    // A pane error opens a warning over the window; close it as soon as it shows.
+    bool warned = false;
+    QTimer::singleShot(0, [&] {
+        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            warned = box->text() == QStringLiteral("the reason");
+            box->close();
+        }
+    });
+    Q_EMIT pane->errorOccurred(QStringLiteral("Cannot Rename"), QStringLiteral("the reason"));
+    EXPECT_TRUE(warned);
+    FlagManager::setShared(nullptr);
 }
