@@ -42,6 +42,14 @@ Context openContext(const QByteArray &nativePath, QString *error)
 }
 
 // Decodes `handle` to interleaved RGBA; the image owns the libheif buffer until it is dropped.
+Handle primaryHandle(heif_context *context, QString *error)
+{
+    heif_image_handle *raw = nullptr;
+    if (failed(heif_context_get_primary_image_handle(context, &raw), error))
+        return {};
+    return Handle(raw);
+}
+
 QImage decodeHandle(heif_image_handle *handle, qint64 memoryLimit, QString *error)
 {
     const int width = heif_image_handle_get_width(handle);
@@ -79,12 +87,9 @@ namespace HeifDecoder {
 QImage decode(const QByteArray &nativePath, QSize fitSize, qint64 memoryLimit, QString *error)
 {
     const Context context = openContext(nativePath, error);
-    if (!context)
+    const Handle handle = context ? primaryHandle(context.get(), error) : Handle();
+    if (!handle)
         return {};
-    heif_image_handle *raw = nullptr;
-    if (failed(heif_context_get_primary_image_handle(context.get(), &raw), error))
-        return {};
-    const Handle handle(raw);
     QImage image = decodeHandle(handle.get(), memoryLimit, error);
     if (image.isNull() || fitSize.isEmpty()
         || (image.width() <= fitSize.width() && image.height() <= fitSize.height()))
@@ -95,12 +100,9 @@ QImage decode(const QByteArray &nativePath, QSize fitSize, qint64 memoryLimit, Q
 QImage thumbnail(const QByteArray &nativePath, int neededPixels, QString *error)
 {
     const Context context = openContext(nativePath, error);
-    if (!context)
+    const Handle primary = context ? primaryHandle(context.get(), error) : Handle();
+    if (!primary)
         return {};
-    heif_image_handle *raw = nullptr;
-    if (failed(heif_context_get_primary_image_handle(context.get(), &raw), error))
-        return {};
-    const Handle primary(raw);
     const int count = heif_image_handle_get_number_of_thumbnails(primary.get());
     if (count <= 0) {
         *error = QStringLiteral("no HEIF thumbnail");
