@@ -2,8 +2,8 @@
 
 #include "app/Dispatch.h"
 #include "app/Log.h"
+#include "imaging/ImageDecoder.h"
 
-#include <QImageReader>
 #include <QPainter>
 #include <QPointer>
 
@@ -46,22 +46,14 @@ void PreviewView::load()
     const QSize target = size() * devicePixelRatioF();
     m_loadedFor = target;
     const QString path = m_file->resolvedPath();
+    const QByteArray nativePath = m_file->resolvedNativePath();
     QPointer<PreviewView> self(this);
-    runOnPool(QStringLiteral("Preview"), [self, path, target, generation] {
-        QImageReader reader(path);
-        reader.setAutoTransform(true);
-        QSize size = reader.size();
-        // Orientations 5 to 8 swap the sides of the stored image.
-        if (size.isValid() && reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
-            size.transpose();
-        if (size.isValid() && (size.width() > target.width() || size.height() > target.height())) {
-            QSize scaled = size.scaled(target, Qt::KeepAspectRatio);
-            if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
-                scaled.transpose();
-            reader.setScaledSize(scaled);
-        }
-        QImage image = reader.read();
-        const QString error = image.isNull() ? reader.errorString() : QString();
+    runOnPool(QStringLiteral("Preview"), [self, path, nativePath, target, generation] {
+        // The thumbnails' decoder: upright, scaled while decoding, within its memory limit.
+        ImageDecoder::Options options;
+        options.fitSize = target;
+        QString error;
+        const QImage image = ImageDecoder::decode(nativePath, options, &error);
         postToGui([self, image, error, generation, path] {
             if (!self || generation != self->m_generation)
                 return;
