@@ -19,29 +19,26 @@ void FlagManager::setShared(FlagManager *manager)
 
 void FlagManager::flag(const QList<PXFilePtr> &files)
 {
-    for (const PXFilePtr &file : files) {
-        m_rejectedFiles.remove(file.get());
-        m_flaggedFiles.insert(file.get(), file);
-    }
-    if (!files.isEmpty())
-        emit flagsChanged(files);
+    mark(files, &m_flaggedFiles);
 }
 
 void FlagManager::reject(const QList<PXFilePtr> &files)
 {
-    for (const PXFilePtr &file : files) {
-        m_flaggedFiles.remove(file.get());
-        m_rejectedFiles.insert(file.get(), file);
-    }
-    if (!files.isEmpty())
-        emit flagsChanged(files);
+    mark(files, &m_rejectedFiles);
 }
 
 void FlagManager::clear(const QList<PXFilePtr> &files)
 {
+    mark(files, nullptr);
+}
+
+void FlagManager::mark(const QList<PXFilePtr> &files, FileSet *into)
+{
     for (const PXFilePtr &file : files) {
         m_flaggedFiles.remove(file.get());
         m_rejectedFiles.remove(file.get());
+        if (into)
+            into->insert(file.get(), file);
     }
     if (!files.isEmpty())
         emit flagsChanged(files);

@@ -31,6 +31,11 @@ signals:
 
 private:
     // By identity: one file object stands for one path while anybody holds it.
-    QHash<const PXFile *, PXFilePtr> m_flaggedFiles;
-    QHash<const PXFile *, PXFilePtr> m_rejectedFiles;
+    using FileSet = QHash<const PXFile *, PXFilePtr>;
+
+    // Takes `files` out of both sets and puts them in `into`, when given.
+    void mark(const QList<PXFilePtr> &files, FileSet *into);
+
+    FileSet m_flaggedFiles;
+    FileSet m_rejectedFiles;
 };
