@@ -2,7 +2,7 @@
 // Prints the end-to-end latency and the work left after the two coalescing delays it includes:
 // 30 ms in which the folder subscription gathers a burst of kernel events into one event, then
 // 50 ms in which the collection gathers file events into one re-sort.
-#include "model/FileCollectionModel.h"
+#include "core/model/FileCollectionModel.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -3,10 +3,10 @@
 // to bottom at 60 steps per second, and the resident memory afterwards.
 // Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
-#include "browser/BrowserViewController.h"
-#include "browser/ThumbnailsViewController.h"
-#include "inspector/InspectorViewController.h"
-#include "settings/WindowSettings.h"
+#include "ui/browser/BrowserViewController.h"
+#include "ui/browser/ThumbnailsViewController.h"
+#include "ui/inspector/InspectorViewController.h"
+#include "core/settings/WindowSettings.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
 // How fast the inspector's loader reads the records of a folder of images on the shared pool:
 // every file of FOLDER with the given extension, loaded as one selection, five rounds; prints
 // the median files per second.
-#include "imaging/ImagePropertiesLoader.h"
+#include "core/imaging/ImagePropertiesLoader.h"
 
 #include <QCoreApplication>
 #include <QDir>

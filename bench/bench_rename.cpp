@@ -2,10 +2,10 @@
 // regular expression, a date and a sequence (recomputed after every edit of the rules), and the
 // rename of 10 000 files in one folder as one file operation.
 
-#include "rename/PXBatchOutlineViewController.h"
-#include "rename/PXFileRenameItem.h"
-#include "rename/PXFileRenamer.h"
-#include "rename/PXRenamePresets.h"
+#include "core/rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXFileRenameItem.h"
+#include "core/rename/PXFileRenamer.h"
+#include "core/rename/PXRenamePresets.h"
 
 #include <QCoreApplication>
 #include <QDir>

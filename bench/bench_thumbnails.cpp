@@ -1,8 +1,8 @@
 // The steps of a thumbnail, one by one, on the camera JPEGs that bench/run makes under
 // $PIXCOVE_BENCH_DIR/thumbs/src (run bench/run once first).
-#include "imaging/EmbeddedPreview.h"
-#include "imaging/ImageDecoder.h"
-#include "thumbnails/ThumbnailCache.h"
+#include "core/imaging/EmbeddedPreview.h"
+#include "core/imaging/ImageDecoder.h"
+#include "core/thumbnails/ThumbnailCache.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "app/ApplicationMain.h"
+#include "ui/app/ApplicationMain.h"
 
 int main(int argc, char **argv)
 {

@@ -1,9 +1,9 @@
-#include "InfoCommand.h"
+#include "cli/InfoCommand.h"
 
-#include "CliSupport.h"
+#include "cli/CliSupport.h"
 
-#include "imaging/ImagePropertiesLoader.h"
-#include "inspector/InspectorRows.h"
+#include "core/imaging/ImagePropertiesLoader.h"
+#include "core/inspector/InspectorRows.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

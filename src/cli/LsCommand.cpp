@@ -1,9 +1,9 @@
-#include "LsCommand.h"
+#include "cli/LsCommand.h"
 
-#include "CliSupport.h"
+#include "cli/CliSupport.h"
 
-#include "model/FileCollectionModel.h"
-#include "model/PXFile.h"
+#include "core/model/FileCollectionModel.h"
+#include "core/model/PXFile.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,11 +1,11 @@
-#include "RenameCommand.h"
+#include "cli/RenameCommand.h"
 
-#include "CliSupport.h"
+#include "cli/CliSupport.h"
 
-#include "model/PXFile.h"
-#include "rename/PXFileRenamer.h"
-#include "rename/PXFileRenamerQuestions.h"
-#include "rename/PXRenamePresets.h"
+#include "core/model/PXFile.h"
+#include "core/rename/PXFileRenamer.h"
+#include "core/rename/PXFileRenamerQuestions.h"
+#include "core/rename/PXRenamePresets.h"
 
 #include <QEventLoop>
 #include <QFile>

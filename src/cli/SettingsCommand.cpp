@@ -1,9 +1,9 @@
-#include "SettingsCommand.h"
+#include "cli/SettingsCommand.h"
 
-#include "CliSupport.h"
+#include "cli/CliSupport.h"
 
-#include "app/Log.h"
-#include "settings/SettingsManager.h"
+#include "core/app/Log.h"
+#include "core/settings/SettingsManager.h"
 
 #include <QFileInfo>
 

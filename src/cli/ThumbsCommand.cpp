@@ -1,10 +1,10 @@
-#include "ThumbsCommand.h"
+#include "cli/ThumbsCommand.h"
 
-#include "CliSupport.h"
+#include "cli/CliSupport.h"
 
-#include "model/PXFile.h"
-#include "thumbnails/SystemThumbnailer.h"
-#include "thumbnails/ThumbnailGenerator.h"
+#include "core/model/PXFile.h"
+#include "core/thumbnails/SystemThumbnailer.h"
+#include "core/thumbnails/ThumbnailGenerator.h"
 
 #include <QCoreApplication>
 #include <QDir>

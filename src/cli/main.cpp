@@ -1,9 +1,9 @@
-#include "CliSupport.h"
-#include "InfoCommand.h"
-#include "LsCommand.h"
-#include "RenameCommand.h"
-#include "SettingsCommand.h"
-#include "ThumbsCommand.h"
+#include "cli/CliSupport.h"
+#include "cli/InfoCommand.h"
+#include "cli/LsCommand.h"
+#include "cli/RenameCommand.h"
+#include "cli/SettingsCommand.h"
+#include "cli/ThumbsCommand.h"
 
 #include <QCoreApplication>
 

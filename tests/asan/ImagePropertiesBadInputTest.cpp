@@ -1,5 +1,5 @@
-#include "imaging/ImagePropertiesItem.h"
-#include "inspector/InspectorRows.h"
+#include "core/imaging/ImagePropertiesItem.h"
+#include "core/inspector/InspectorRows.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

@@ -2,9 +2,9 @@
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 
-#include "imaging/EmbeddedPreview.h"
-#include "imaging/ImageDecoder.h"
-#include "thumbnails/SystemThumbnailer.h"
+#include "core/imaging/EmbeddedPreview.h"
+#include "core/imaging/ImageDecoder.h"
+#include "core/thumbnails/SystemThumbnailer.h"
 
 #include <QDir>
 #include <QFile>

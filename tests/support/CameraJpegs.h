@@ -1,6 +1,6 @@
 #pragma once
 
-#include "imaging/ExifReader.h"
+#include "core/imaging/ExifReader.h"
 #include "support/TestImages.h"
 
 #include <QBuffer>

@@ -1,6 +1,6 @@
 #include "support/TestImages.h"
 
-#include "imaging/ExifReader.h"
+#include "core/imaging/ExifReader.h"
 
 #include <QColor>
 #include <QDir>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "app/AuxiliaryWindowsManager.h"
-#include "app/MainWindowsManager.h"
-#include "app/WarningsManager.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
+#include "ui/app/MainWindowsManager.h"
+#include "ui/app/WarningsManager.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
 #include "support/TestDir.h"
-#include "windows/MainWindowController.h"
+#include "ui/windows/MainWindowController.h"
 
 #include <QApplication>
 

@@ -1,4 +1,4 @@
-#include "Dispatch.h"
+#include "core/app/Dispatch.h"
 
 #include <QHash>
 #include <QMutex>

@@ -1,4 +1,4 @@
-#include "app/FlagManager.h"
+#include "core/app/FlagManager.h"
 
 namespace {
 FlagManager *installedManager = nullptr;
@@ -41,5 +41,5 @@ void FlagManager::mark(const QList<PXFilePtr> &files, FileSet *into)
             into->insert(file.get(), file);
     }
     if (!files.isEmpty())
-        emit flagsChanged(files);
+        Q_EMIT flagsChanged(files);
 }

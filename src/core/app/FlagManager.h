@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/PXFile.h"
+#include "core/model/PXFile.h"
 
 #include <QObject>
 #include <QHash>
@@ -26,7 +26,7 @@ public:
     void reject(const QList<PXFilePtr> &files);
     void clear(const QList<PXFilePtr> &files);
 
-signals:
+Q_SIGNALS:
     void flagsChanged(const QList<PXFilePtr> &files);
 
 private:

@@ -1,4 +1,4 @@
-#include "Log.h"
+#include "core/app/Log.h"
 
 #include <QLoggingCategory>
 

@@ -1,4 +1,4 @@
-#include "fs/Applications.h"
+#include "core/fs/Applications.h"
 
 #include <QByteArray>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "fs/ZQEventCoalescer.h"
+#include "core/fs/ZQEventCoalescer.h"
 
 namespace {
 // 30 ms: long enough to gather a save (create, write, close, rename) or a run of writes into one

@@ -1,4 +1,4 @@
-#include "fs/ZQFileRegistry.h"
+#include "core/fs/ZQFileRegistry.h"
 
 #include <QByteArrayView>
 

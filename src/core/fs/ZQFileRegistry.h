@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fs/ZQStandardFile.h"
+#include "core/fs/ZQStandardFile.h"
 
 #include <QHash>
 #include <QMutex>

@@ -1,6 +1,6 @@
-#include "fs/ZQFolderLoadOperation.h"
+#include "core/fs/ZQFolderLoadOperation.h"
 
-#include "app/Dispatch.h"
+#include "core/app/Dispatch.h"
 
 #include <QMutex>
 

@@ -1,9 +1,9 @@
-#include "fs/ZQFolderSubscription.h"
+#include "core/fs/ZQFolderSubscription.h"
 
-#include "app/Dispatch.h"
-#include "fs/ZQEventCoalescer.h"
-#include "fs/ZQFolderLoadOperation.h"
-#include "fs/ZQInotifyWatcher.h"
+#include "core/app/Dispatch.h"
+#include "core/fs/ZQEventCoalescer.h"
+#include "core/fs/ZQFolderLoadOperation.h"
+#include "core/fs/ZQInotifyWatcher.h"
 
 #include <QHash>
 #include <QSet>

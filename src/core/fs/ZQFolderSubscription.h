@@ -1,7 +1,7 @@
 #pragma once
 
-#include "fs/ZQFileEvent.h"
-#include "fs/ZQStandardFile.h"
+#include "core/fs/ZQFileEvent.h"
+#include "core/fs/ZQStandardFile.h"
 
 #include <QList>
 #include <QObject>

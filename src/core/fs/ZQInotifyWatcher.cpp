@@ -1,7 +1,7 @@
-#include "fs/ZQInotifyWatcher.h"
+#include "core/fs/ZQInotifyWatcher.h"
 
-#include "app/Dispatch.h"
-#include "app/Log.h"
+#include "core/app/Dispatch.h"
+#include "core/app/Log.h"
 
 #include <QFile>
 #include <QSocketNotifier>

@@ -1,7 +1,7 @@
-#include "fs/ZQStandardFile.h"
+#include "core/fs/ZQStandardFile.h"
 
-#include "fs/TypeIdentifiers.h"
-#include "fs/ZQFileRegistry.h"
+#include "core/fs/TypeIdentifiers.h"
+#include "core/fs/ZQFileRegistry.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fs/ZQFileEvent.h"
+#include "core/fs/ZQFileEvent.h"
 
 #include <QByteArray>
 #include <QDateTime>

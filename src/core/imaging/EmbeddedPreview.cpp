@@ -1,13 +1,13 @@
-#include "imaging/EmbeddedPreview.h"
+#include "core/imaging/EmbeddedPreview.h"
 
-#include "imaging/ExifPreviews.h"
-#include "imaging/HeifDecoder.h"
-#include "imaging/ImageDecoder.h"
-#include "imaging/ImageHeaderReader.h"
-#include "imaging/JpegDecoder.h"
-#include "imaging/JpegStructure.h"
-#include "imaging/NativeFile.h"
-#include "imaging/RawDecoder.h"
+#include "core/imaging/ExifPreviews.h"
+#include "core/imaging/HeifDecoder.h"
+#include "core/imaging/ImageDecoder.h"
+#include "core/imaging/ImageHeaderReader.h"
+#include "core/imaging/JpegDecoder.h"
+#include "core/imaging/JpegStructure.h"
+#include "core/imaging/NativeFile.h"
+#include "core/imaging/RawDecoder.h"
 
 namespace EmbeddedPreview {
 namespace {

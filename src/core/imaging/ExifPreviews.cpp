@@ -1,6 +1,6 @@
-#include "imaging/ExifPreviews.h"
+#include "core/imaging/ExifPreviews.h"
 
-#include "imaging/ExifReader.h"
+#include "core/imaging/ExifReader.h"
 
 #include <exiv2/exiv2.hpp>
 

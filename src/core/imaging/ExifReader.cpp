@@ -1,6 +1,6 @@
-#include "ExifReader.h"
+#include "core/imaging/ExifReader.h"
 
-#include "app/Log.h"
+#include "core/app/Log.h"
 
 #include <QStringDecoder>
 #include <QVariantList>

@@ -1,4 +1,4 @@
-#include "imaging/HeifDecoder.h"
+#include "core/imaging/HeifDecoder.h"
 
 #include <libheif/heif.h>
 

@@ -1,4 +1,4 @@
-#include "HeifReader.h"
+#include "core/imaging/HeifReader.h"
 
 #include <QtEndian>
 

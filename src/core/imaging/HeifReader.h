@@ -1,6 +1,6 @@
 #pragma once
 
-#include "imaging/ImageHeader.h"
+#include "core/imaging/ImageHeader.h"
 
 // Reads the header facts of a HEIF, HEIC or AVIF file through libheif: the box structure only,
 // never the coded image. The image count is the number of top-level images (thumbnails and

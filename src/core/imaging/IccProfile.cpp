@@ -1,4 +1,4 @@
-#include "IccProfile.h"
+#include "core/imaging/IccProfile.h"
 
 #include <QtEndian>
 

@@ -1,11 +1,11 @@
-#include "imaging/ImageDecoder.h"
+#include "core/imaging/ImageDecoder.h"
 
-#include "imaging/HeifDecoder.h"
-#include "imaging/ImageHeaderReader.h"
-#include "imaging/JpegDecoder.h"
-#include "imaging/JpegStructure.h"
-#include "imaging/NativeFile.h"
-#include "imaging/RawDecoder.h"
+#include "core/imaging/HeifDecoder.h"
+#include "core/imaging/ImageHeaderReader.h"
+#include "core/imaging/JpegDecoder.h"
+#include "core/imaging/JpegStructure.h"
+#include "core/imaging/NativeFile.h"
+#include "core/imaging/RawDecoder.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "ImageHeaderReader.h"
+#include "core/imaging/ImageHeaderReader.h"
 
-#include "imaging/NativeFile.h"
+#include "core/imaging/NativeFile.h"
 
 #include <QFile>
 #include <QImage>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "imaging/ImageHeader.h"
+#include "core/imaging/ImageHeader.h"
 
 #include <QByteArray>
 #include <QString>

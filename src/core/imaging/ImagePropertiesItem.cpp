@@ -1,6 +1,6 @@
-#include "imaging/ImagePropertiesItem.h"
+#include "core/imaging/ImagePropertiesItem.h"
 
-#include "imaging/ImageSource.h"
+#include "core/imaging/ImageSource.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
-#include "imaging/ImagePropertiesLoader.h"
+#include "core/imaging/ImagePropertiesLoader.h"
 
-#include "app/Dispatch.h"
+#include "core/app/Dispatch.h"
 
 #include <QPointer>
 #include <QThreadPool>

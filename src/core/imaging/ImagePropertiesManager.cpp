@@ -1,6 +1,6 @@
-#include "imaging/ImagePropertiesManager.h"
+#include "core/imaging/ImagePropertiesManager.h"
 
-#include "fs/ZQFolderSubscription.h"
+#include "core/fs/ZQFolderSubscription.h"
 
 #include <QCoreApplication>
 

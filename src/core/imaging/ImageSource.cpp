@@ -1,12 +1,12 @@
-#include "ImageSource.h"
+#include "core/imaging/ImageSource.h"
 
-#include "app/Log.h"
-#include "imaging/ExifReader.h"
-#include "imaging/HeifReader.h"
-#include "imaging/IccProfile.h"
-#include "imaging/ImageHeaderReader.h"
-#include "imaging/NativeFile.h"
-#include "imaging/RawReader.h"
+#include "core/app/Log.h"
+#include "core/imaging/ExifReader.h"
+#include "core/imaging/HeifReader.h"
+#include "core/imaging/IccProfile.h"
+#include "core/imaging/ImageHeaderReader.h"
+#include "core/imaging/NativeFile.h"
+#include "core/imaging/RawReader.h"
 
 #include <QFile>
 

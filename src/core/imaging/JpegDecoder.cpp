@@ -1,4 +1,4 @@
-#include "imaging/JpegDecoder.h"
+#include "core/imaging/JpegDecoder.h"
 
 #include <turbojpeg.h>
 

@@ -1,4 +1,4 @@
-#include "imaging/JpegStructure.h"
+#include "core/imaging/JpegStructure.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "NativeFile.h"
+#include "core/imaging/NativeFile.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
-#include "imaging/RawDecoder.h"
+#include "core/imaging/RawDecoder.h"
 
-#include "imaging/ImageDecoder.h"
-#include "imaging/JpegDecoder.h"
+#include "core/imaging/ImageDecoder.h"
+#include "core/imaging/JpegDecoder.h"
 
 #include <libraw/libraw.h>
 

@@ -1,4 +1,4 @@
-#include "RawReader.h"
+#include "core/imaging/RawReader.h"
 
 #include <libraw/libraw.h>
 

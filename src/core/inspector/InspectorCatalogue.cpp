@@ -1,4 +1,4 @@
-#include "inspector/InspectorCatalogue.h"
+#include "core/inspector/InspectorCatalogue.h"
 
 #include <QCoreApplication>
 #include <QHash>

@@ -1,7 +1,7 @@
-#include "inspector/InspectorFormatter.h"
+#include "core/inspector/InspectorFormatter.h"
 
-#include "model/DisplayFormats.h"
-#include "model/TextHelpers.h"
+#include "core/model/DisplayFormats.h"
+#include "core/model/TextHelpers.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "inspector/InspectorPropertyConfiguration.h"
+#include "core/inspector/InspectorPropertyConfiguration.h"
 
 #include <QList>
 

@@ -1,4 +1,4 @@
-#include "inspector/InspectorPropertyConfiguration.h"
+#include "core/inspector/InspectorPropertyConfiguration.h"
 
 #include <array>
 

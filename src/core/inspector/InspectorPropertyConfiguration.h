@@ -1,6 +1,6 @@
 #pragma once
 
-#include "imaging/ImagePropertiesItem.h"
+#include "core/imaging/ImagePropertiesItem.h"
 
 #include <QString>
 #include <QStringList>

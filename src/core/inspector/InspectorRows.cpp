@@ -1,6 +1,6 @@
-#include "inspector/InspectorRows.h"
+#include "core/inspector/InspectorRows.h"
 
-#include "inspector/InspectorFormatter.h"
+#include "core/inspector/InspectorFormatter.h"
 
 #include <QSet>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "imaging/ImagePropertiesItem.h"
-#include "inspector/InspectorCatalogue.h"
-#include "settings/SettingsValueSets.h"
+#include "core/imaging/ImagePropertiesItem.h"
+#include "core/inspector/InspectorCatalogue.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QList>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "model/DisplayFormats.h"
+#include "core/model/DisplayFormats.h"
 
 #include <QCoreApplication>
 #include <QLocale>

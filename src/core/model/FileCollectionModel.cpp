@@ -1,9 +1,9 @@
-#include "model/FileCollectionModel.h"
+#include "core/model/FileCollectionModel.h"
 
-#include "app/Dispatch.h"
-#include "app/Log.h"
-#include "fs/ZQFolderSubscription.h"
-#include "model/TextHelpers.h"
+#include "core/app/Dispatch.h"
+#include "core/app/Log.h"
+#include "core/fs/ZQFolderSubscription.h"
+#include "core/model/TextHelpers.h"
 
 #include <QPointer>
 #include <QTimer>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "model/FileModel.h"
-#include "model/FileSortTypes.h"
-#include "model/FileSorting.h"
+#include "core/model/FileModel.h"
+#include "core/model/FileSortTypes.h"
+#include "core/model/FileSorting.h"
 
 #include <QHash>
 #include <QList>

@@ -1,6 +1,6 @@
-#include "model/FileModel.h"
+#include "core/model/FileModel.h"
 
-#include "fs/ZQFolderSubscription.h"
+#include "core/fs/ZQFolderSubscription.h"
 
 #include <QTimer>
 

@@ -1,4 +1,4 @@
-#include "model/FileSortTypes.h"
+#include "core/model/FileSortTypes.h"
 
 #include <QCoreApplication>
 

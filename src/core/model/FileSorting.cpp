@@ -1,6 +1,6 @@
-#include "model/FileSorting.h"
+#include "core/model/FileSorting.h"
 
-#include "model/TextHelpers.h"
+#include "core/model/TextHelpers.h"
 
 #include <QHash>
 #include <QRandomGenerator>

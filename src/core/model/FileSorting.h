@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/FileSortTypes.h"
-#include "model/PXFile.h"
+#include "core/model/FileSortTypes.h"
+#include "core/model/PXFile.h"
 
 #include <QList>
 #include <QString>

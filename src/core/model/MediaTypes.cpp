@@ -1,6 +1,6 @@
-#include "model/MediaTypes.h"
+#include "core/model/MediaTypes.h"
 
-#include "fs/TypeIdentifiers.h"
+#include "core/fs/TypeIdentifiers.h"
 
 #include <QMimeDatabase>
 

@@ -1,15 +1,15 @@
-#include "model/PXFile.h"
+#include "core/model/PXFile.h"
 
-#include "app/Log.h"
-#include "fs/TypeIdentifiers.h"
-#include "fs/ZQFileRegistry.h"
-#include "fs/Applications.h"
-#include "fs/ZQFolderLoadOperation.h"
-#include "fs/ZQFolderSubscription.h"
-#include "imaging/ImageSource.h"
-#include "model/DisplayFormats.h"
-#include "model/MediaTypes.h"
-#include "model/TextHelpers.h"
+#include "core/app/Log.h"
+#include "core/fs/TypeIdentifiers.h"
+#include "core/fs/ZQFileRegistry.h"
+#include "core/fs/Applications.h"
+#include "core/fs/ZQFolderLoadOperation.h"
+#include "core/fs/ZQFolderSubscription.h"
+#include "core/imaging/ImageSource.h"
+#include "core/model/DisplayFormats.h"
+#include "core/model/MediaTypes.h"
+#include "core/model/TextHelpers.h"
 
 #include <QCoreApplication>
 #include <QFile>

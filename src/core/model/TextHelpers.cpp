@@ -1,6 +1,6 @@
-#include "model/TextHelpers.h"
+#include "core/model/TextHelpers.h"
 
-#include "fs/TypeIdentifiers.h"
+#include "core/fs/TypeIdentifiers.h"
 
 #include <QLocale>
 

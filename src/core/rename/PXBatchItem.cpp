@@ -1,6 +1,6 @@
-#include "rename/PXBatchItem.h"
+#include "core/rename/PXBatchItem.h"
 
-#include "app/Log.h"
+#include "core/app/Log.h"
 
 PXBatchItem::PXBatchItem(PXFilePtr representedObject, bool isContainer)
     : m_representedObject(std::move(representedObject))

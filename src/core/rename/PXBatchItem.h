@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/FileSorting.h"
-#include "model/PXFile.h"
+#include "core/model/FileSorting.h"
+#include "core/model/PXFile.h"
 
 #include <QList>
 #include <QString>

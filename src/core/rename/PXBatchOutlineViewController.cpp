@@ -1,4 +1,4 @@
-#include "rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXBatchOutlineViewController.h"
 
 #include <QSet>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/FileSorting.h"
-#include "rename/PXBatchItem.h"
+#include "core/model/FileSorting.h"
+#include "core/rename/PXBatchItem.h"
 
 #include <QHash>
 #include <QList>

@@ -1,8 +1,8 @@
-#include "rename/PXFileRenameItem.h"
+#include "core/rename/PXFileRenameItem.h"
 
-#include "app/Log.h"
-#include "model/TextHelpers.h"
-#include "rename/RenameTextHelpers.h"
+#include "core/app/Log.h"
+#include "core/model/TextHelpers.h"
+#include "core/rename/RenameTextHelpers.h"
 
 #include <QStringList>
 

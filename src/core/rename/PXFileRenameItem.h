@@ -1,7 +1,7 @@
 #pragma once
 
-#include "rename/PXBatchItem.h"
-#include "rename/PXRenameRules.h"
+#include "core/rename/PXBatchItem.h"
+#include "core/rename/PXRenameRules.h"
 
 #include <QString>
 

@@ -1,13 +1,13 @@
-#include "rename/PXFileRenamer.h"
+#include "core/rename/PXFileRenamer.h"
 
-#include "app/Log.h"
-#include "fs/ZQFolderLoadOperation.h"
-#include "fs/ZQFolderSubscription.h"
-#include "fs/operations/ZQFileController.h"
-#include "fs/operations/ZQFileOperationHandler.h"
-#include "rename/PXBatchOutlineViewController.h"
-#include "rename/PXFileRenamerQuestions.h"
-#include "rename/PXRenamePresets.h"
+#include "core/app/Log.h"
+#include "core/fs/ZQFolderLoadOperation.h"
+#include "core/fs/ZQFolderSubscription.h"
+#include "core/fs/operations/ZQFileController.h"
+#include "core/fs/operations/ZQFileOperationHandler.h"
+#include "core/rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXFileRenamerQuestions.h"
+#include "core/rename/PXRenamePresets.h"
 
 #include <QFile>
 #include <QSet>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "fs/operations/ZQFileOperationDelegate.h"
-#include "model/FileSorting.h"
-#include "rename/PXFileRenameItem.h"
-#include "rename/PXRenameRules.h"
+#include "core/fs/operations/ZQFileOperationDelegate.h"
+#include "core/model/FileSorting.h"
+#include "core/rename/PXFileRenameItem.h"
+#include "core/rename/PXRenameRules.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>

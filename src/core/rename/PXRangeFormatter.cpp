@@ -1,7 +1,7 @@
-#include "rename/PXRangeFormatter.h"
+#include "core/rename/PXRangeFormatter.h"
 
-#include "rename/PXBatchItem.h"
-#include "rename/RenameTextHelpers.h"
+#include "core/rename/PXBatchItem.h"
+#include "core/rename/RenameTextHelpers.h"
 
 #include <QCoreApplication>
 #include <QStringList>

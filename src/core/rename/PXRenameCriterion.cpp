@@ -1,7 +1,7 @@
-#include "rename/PXRenameCriterion.h"
+#include "core/rename/PXRenameCriterion.h"
 
-#include "app/Log.h"
-#include "rename/PXRenameRules.h"
+#include "core/app/Log.h"
+#include "core/rename/PXRenameRules.h"
 
 #include <QCoreApplication>
 #include <QHash>

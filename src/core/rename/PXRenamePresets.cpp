@@ -1,6 +1,6 @@
-#include "rename/PXRenamePresets.h"
+#include "core/rename/PXRenamePresets.h"
 
-#include "app/Log.h"
+#include "core/app/Log.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

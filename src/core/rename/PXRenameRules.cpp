@@ -1,4 +1,4 @@
-#include "rename/PXRenameRules.h"
+#include "core/rename/PXRenameRules.h"
 
 #include <QJsonObject>
 

@@ -1,4 +1,4 @@
-#include "rename/RenameTextHelpers.h"
+#include "core/rename/RenameTextHelpers.h"
 
 #include <QHash>
 #include <QLocale>

@@ -1,7 +1,7 @@
-#include "settings/AppSettings.h"
+#include "core/settings/AppSettings.h"
 
-#include "app/Log.h"
-#include "settings/SettingsCoding.h"
+#include "core/app/Log.h"
+#include "core/settings/SettingsCoding.h"
 
 AppSettings::AppSettings(QObject *parent)
     : ObservableSettings(parent)
@@ -187,10 +187,10 @@ void AppSettings::setSlideshowSettings(const SlideshowSettingsPtr &slideshowSett
 {
     if (!slideshowSettings || slideshowSettings == m_slideshowSettings)
         return;
-    emit willChange();
+    Q_EMIT willChange();
     adoptSlideshowSettings(slideshowSettings);
-    emit slideshowSettingsChanged(m_slideshowSettings);
-    emit changed();
+    Q_EMIT slideshowSettingsChanged(m_slideshowSettings);
+    Q_EMIT changed();
 }
 
 void AppSettings::setSidebarAllowsKeyboardControl(bool sidebarAllowsKeyboardControl)

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "settings/FileBookmark.h"
-#include "settings/ObservableSettings.h"
-#include "settings/SettingsValueSets.h"
-#include "settings/SlideshowSettings.h"
-#include "settings/WindowSettings.h"
+#include "core/model/PXFile.h"
+#include "core/settings/FileBookmark.h"
+#include "core/settings/ObservableSettings.h"
+#include "core/settings/SettingsValueSets.h"
+#include "core/settings/SlideshowSettings.h"
+#include "core/settings/WindowSettings.h"
 
 #include <QColor>
 #include <QDateTime>
@@ -205,7 +205,7 @@ public:
     void setAlwaysUseThirdPartyVideoPlayer(bool alwaysUseThirdPartyVideoPlayer);
     void setSelectedSettingsSection(const std::optional<SettingsSection> &selectedSettingsSection);
 
-signals:
+Q_SIGNALS:
     void windowSettingsChanged(const QList<WindowSettingsPtr> &windowSettings);
     void slideshowSettingsChanged(const SlideshowSettingsPtr &slideshowSettings);
     void sidebarAllowsKeyboardControlChanged(bool sidebarAllowsKeyboardControl);

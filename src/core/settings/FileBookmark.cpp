@@ -1,6 +1,6 @@
-#include "settings/FileBookmark.h"
+#include "core/settings/FileBookmark.h"
 
-#include "settings/SettingsCoding.h"
+#include "core/settings/SettingsCoding.h"
 
 namespace {
 const QString fileKey = QStringLiteral("file");

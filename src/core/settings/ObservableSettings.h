@@ -11,7 +11,7 @@ class ObservableSettings : public QObject
 public:
     using QObject::QObject;
 
-signals:
+Q_SIGNALS:
     void willChange();
     void changed();
 
@@ -22,9 +22,9 @@ protected:
     {
         if (slot == value)
             return;
-        emit willChange();
+        Q_EMIT willChange();
         slot = value;
-        emit(static_cast<Owner *>(this)->*notify)(slot);
-        emit changed();
+        Q_EMIT(static_cast<Owner *>(this)->*notify)(slot);
+        Q_EMIT changed();
     }
 };

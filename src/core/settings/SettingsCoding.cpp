@@ -1,6 +1,6 @@
-#include "settings/SettingsCoding.h"
+#include "core/settings/SettingsCoding.h"
 
-#include "fs/ZQFileRecord.h"
+#include "core/fs/ZQFileRecord.h"
 
 #include <QDataStream>
 #include <QIODevice>

@@ -1,7 +1,7 @@
-#include "settings/SettingsManager.h"
+#include "core/settings/SettingsManager.h"
 
-#include "app/Log.h"
-#include "settings/AppSettings.h"
+#include "core/app/Log.h"
+#include "core/settings/AppSettings.h"
 
 #include <QDir>
 #include <QFile>
@@ -156,14 +156,14 @@ bool SettingsManager::saveNow()
         return false;
     }
     m_dirty = false;
-    emit saved();
+    Q_EMIT saved();
     return true;
 }
 
 void SettingsManager::reportSaveFailure(const QString &error)
 {
     logError(QStringLiteral("Error saving settings file: ") + error);
-    emit saveFailed(error);
+    Q_EMIT saveFailed(error);
     // Once per run: a disk that stays full would otherwise bring an alert every few seconds.
     if (m_showedSaveError || !m_alertPresenter)
         return;

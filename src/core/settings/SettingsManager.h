@@ -61,7 +61,7 @@ public:
     // For tests: a shorter throttle interval.
     void setSaveInterval(std::chrono::milliseconds interval) { m_throttle.setInterval(interval); }
 
-signals:
+Q_SIGNALS:
     void saved();
     void saveFailed(const QString &error);
 

@@ -1,4 +1,4 @@
-#include "settings/SettingsValueSets.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/FileSortTypes.h"
+#include "core/model/FileSortTypes.h"
 
 #include <QFlags>
 #include <QString>

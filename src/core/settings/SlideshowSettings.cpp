@@ -1,6 +1,6 @@
-#include "settings/SlideshowSettings.h"
+#include "core/settings/SlideshowSettings.h"
 
-#include "settings/SettingsCoding.h"
+#include "core/settings/SettingsCoding.h"
 
 #include <cmath>
 

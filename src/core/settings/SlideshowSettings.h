@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settings/ObservableSettings.h"
-#include "settings/SettingsValueSets.h"
+#include "core/settings/ObservableSettings.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QJsonObject>
 #include <QJsonValue>
@@ -56,7 +56,7 @@ public:
     // Null with the reason when `json` is not a readable slideshow settings object.
     static SlideshowSettingsPtr fromJson(const QJsonValue &json, QString *error, const QString &keyPath = {});
 
-signals:
+Q_SIGNALS:
     void intervalChanged(double interval);
     void loopChanged(bool loop);
     void shuffleChanged(bool shuffle);

@@ -1,6 +1,6 @@
-#include "settings/WindowSettings.h"
+#include "core/settings/WindowSettings.h"
 
-#include "settings/SettingsCoding.h"
+#include "core/settings/SettingsCoding.h"
 
 #include <QDir>
 #include <QStandardPaths>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "settings/ObservableSettings.h"
-#include "settings/SettingsValueSets.h"
+#include "core/model/PXFile.h"
+#include "core/settings/ObservableSettings.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QJsonObject>
 #include <QJsonValue>
@@ -131,7 +131,7 @@ public:
     void setInspectorActiveTab(InspectorTab inspectorActiveTab);
     void setToolbarConfiguration(const std::optional<QVariantMap> &toolbarConfiguration);
 
-signals:
+Q_SIGNALS:
     void sidebarRootFolderChanged(const PXFilePtr &sidebarRootFolder);
     void sidebarExpandedFoldersChanged(const QList<PXFilePtr> &sidebarExpandedFolders);
     void sidebarSelectionChanged(const QList<PXFilePtr> &sidebarSelection);

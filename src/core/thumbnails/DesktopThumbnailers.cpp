@@ -1,6 +1,6 @@
-#include "thumbnails/DesktopThumbnailers.h"
+#include "core/thumbnails/DesktopThumbnailers.h"
 
-#include "thumbnails/ThumbnailCache.h"
+#include "core/thumbnails/ThumbnailCache.h"
 
 #include <QDir>
 #include <QFileInfo>

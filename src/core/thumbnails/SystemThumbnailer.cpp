@@ -1,11 +1,11 @@
-#include "thumbnails/SystemThumbnailer.h"
+#include "core/thumbnails/SystemThumbnailer.h"
 
-#include "app/Dispatch.h"
-#include "app/Log.h"
-#include "imaging/ImageDecoder.h"
-#include "imaging/ImageHeaderReader.h"
-#include "thumbnails/DesktopThumbnailers.h"
-#include "thumbnails/VideoFrameGrabber.h"
+#include "core/app/Dispatch.h"
+#include "core/app/Log.h"
+#include "core/imaging/ImageDecoder.h"
+#include "core/imaging/ImageHeaderReader.h"
+#include "core/thumbnails/DesktopThumbnailers.h"
+#include "core/thumbnails/VideoFrameGrabber.h"
 
 #include <QFile>
 #include <QMimeDatabase>

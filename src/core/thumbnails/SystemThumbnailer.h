@@ -1,7 +1,7 @@
 #pragma once
 
-#include "thumbnails/ThumbnailCache.h"
-#include "thumbnails/ThumbnailError.h"
+#include "core/thumbnails/ThumbnailCache.h"
+#include "core/thumbnails/ThumbnailError.h"
 
 #include <QByteArray>
 #include <QImage>

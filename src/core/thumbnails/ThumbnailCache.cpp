@@ -1,4 +1,4 @@
-#include "thumbnails/ThumbnailCache.h"
+#include "core/thumbnails/ThumbnailCache.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "thumbnails/ThumbnailError.h"
+#include "core/thumbnails/ThumbnailError.h"
 
 QString thumbnailSourceName(ThumbnailSource source)
 {

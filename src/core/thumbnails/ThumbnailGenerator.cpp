@@ -1,9 +1,9 @@
-#include "thumbnails/ThumbnailGenerator.h"
+#include "core/thumbnails/ThumbnailGenerator.h"
 
-#include "app/Dispatch.h"
-#include "app/Log.h"
-#include "imaging/EmbeddedPreview.h"
-#include "thumbnails/SystemThumbnailer.h"
+#include "core/app/Dispatch.h"
+#include "core/app/Log.h"
+#include "core/imaging/EmbeddedPreview.h"
+#include "core/thumbnails/SystemThumbnailer.h"
 
 #include <QGuiApplication>
 #include <QScreen>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "thumbnails/ThumbnailError.h"
+#include "core/model/PXFile.h"
+#include "core/thumbnails/ThumbnailError.h"
 
 #include <QImage>
 #include <QList>

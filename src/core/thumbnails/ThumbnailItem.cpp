@@ -1,4 +1,4 @@
-#include "thumbnails/ThumbnailItem.h"
+#include "core/thumbnails/ThumbnailItem.h"
 
 ThumbnailItem::ThumbnailItem(PXFilePtr file, WindowSettingsPtr windowSettings, ThumbnailGenerator &generator)
     : m_file(std::move(file))

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "thumbnails/ThumbnailGenerator.h"
+#include "core/model/PXFile.h"
+#include "core/thumbnails/ThumbnailGenerator.h"
 
 #include <QImage>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "thumbnails/VideoFrameGrabber.h"
+#include "core/thumbnails/VideoFrameGrabber.h"
 
 #include <QTransform>
 

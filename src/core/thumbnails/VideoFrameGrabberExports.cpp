@@ -1,6 +1,6 @@
 // Built into the video module only, beside VideoFrameGrabber.cpp.
-#include "thumbnails/VideoFrameGrabber.h"
-#include "thumbnails/VideoFrameGrabberExports.h"
+#include "core/thumbnails/VideoFrameGrabber.h"
+#include "core/thumbnails/VideoFrameGrabberExports.h"
 
 extern "C" {
 

@@ -1,7 +1,7 @@
-#include "thumbnails/VideoFrameGrabber.h"
-#include "thumbnails/VideoFrameGrabberExports.h"
+#include "core/thumbnails/VideoFrameGrabber.h"
+#include "core/thumbnails/VideoFrameGrabberExports.h"
 
-#include "app/Log.h"
+#include "core/app/Log.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

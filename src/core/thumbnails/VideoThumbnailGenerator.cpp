@@ -1,7 +1,7 @@
-#include "thumbnails/VideoThumbnailGenerator.h"
+#include "core/thumbnails/VideoThumbnailGenerator.h"
 
-#include "app/Dispatch.h"
-#include "thumbnails/VideoFrameGrabber.h"
+#include "core/app/Dispatch.h"
+#include "core/thumbnails/VideoFrameGrabber.h"
 
 #include <QPointer>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "thumbnails/ThumbnailError.h"
+#include "core/thumbnails/ThumbnailError.h"
 
 #include <QByteArray>
 #include <QImage>

@@ -1,4 +1,4 @@
-#include "windows/NavigationHistory.h"
+#include "core/windows/NavigationHistory.h"
 
 #include <QSet>
 

@@ -1,15 +1,15 @@
-#include "app/AppDelegate.h"
+#include "ui/app/AppDelegate.h"
 
-#include "app/ActivitiesGate.h"
-#include "app/AuxiliaryWindowsManager.h"
-#include "app/FlagManager.h"
-#include "app/Log.h"
-#include "app/MainWindowsManager.h"
-#include "app/ServicesProvider.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
-#include "windows/MainWindowController.h"
-#include "windows/MainWindowFrame.h"
+#include "ui/app/ActivitiesGate.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
+#include "core/app/FlagManager.h"
+#include "core/app/Log.h"
+#include "ui/app/MainWindowsManager.h"
+#include "ui/app/ServicesProvider.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
+#include "ui/windows/MainWindowController.h"
+#include "ui/windows/MainWindowFrame.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -230,11 +230,11 @@ void AppDelegate::requestQuit()
         return;
     QWidget *front = QApplication::activeWindow();
     if (!m_activitiesGate->shouldQuit(front)) {
-        emit shutdownStep(QStringLiteral("cancelled"));
+        Q_EMIT shutdownStep(QStringLiteral("cancelled"));
         return;
     }
     m_terminating = true;
-    emit shutdownStep(QStringLiteral("activities"));
+    Q_EMIT shutdownStep(QStringLiteral("activities"));
     const QPointer<AppDelegate> self(this);
     m_activitiesGate->finishActivities([self] {
         if (self)
@@ -246,12 +246,12 @@ void AppDelegate::continueShutdown()
 {
     if (closeSlideshows)
         closeSlideshows();
-    emit shutdownStep(QStringLiteral("slideshows"));
+    Q_EMIT shutdownStep(QStringLiteral("slideshows"));
     if (closeRenamer)
         closeRenamer();
-    emit shutdownStep(QStringLiteral("renamer"));
+    Q_EMIT shutdownStep(QStringLiteral("renamer"));
     m_mainWindowsManager->closeAll();
-    emit shutdownStep(QStringLiteral("windows"));
+    Q_EMIT shutdownStep(QStringLiteral("windows"));
     terminate();
 }
 

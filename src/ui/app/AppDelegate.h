@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/LaunchRequest.h"
-#include "model/PXFile.h"
+#include "core/app/LaunchRequest.h"
+#include "core/model/PXFile.h"
 
 #include <QObject>
 #include <QPointer>
@@ -67,7 +67,7 @@ public:
 
     bool finishedLaunching() const { return m_finishedLaunching; }
 
-    // Hooks for parts that arrive later and for tests.
+    // Hooks that other windows and tests install.
     void setActivitiesGate(ActivitiesGate *gate); // not owned; null: no activities
     std::function<void()> closeSlideshows;
     std::function<void()> closeRenamer;
@@ -75,7 +75,7 @@ public:
     // Shows a service's error or notice to the user (default: a message box).
     std::function<void(const QString &title, const QString &text)> showMessage;
 
-signals:
+Q_SIGNALS:
     void shutdownStep(const QString &step);
 
 private:

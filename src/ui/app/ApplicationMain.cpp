@@ -1,11 +1,11 @@
-#include "app/ApplicationMain.h"
+#include "ui/app/ApplicationMain.h"
 
-#include "app/AppDelegate.h"
-#include "app/InstanceChannel.h"
-#include "app/LaunchRequest.h"
-#include "app/Log.h"
-#include "app/ServicesProvider.h"
-#include "settings/SettingsManager.h"
+#include "ui/app/AppDelegate.h"
+#include "ui/app/InstanceChannel.h"
+#include "core/app/LaunchRequest.h"
+#include "core/app/Log.h"
+#include "ui/app/ServicesProvider.h"
+#include "core/settings/SettingsManager.h"
 
 #include <QApplication>
 #include <QDir>

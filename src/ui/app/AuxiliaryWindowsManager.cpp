@@ -1,8 +1,8 @@
-#include "app/AuxiliaryWindowsManager.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
 
-#include "app/Log.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
+#include "core/app/Log.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
 
 #include <QApplication>
 #include <QMessageBox>

@@ -1,6 +1,6 @@
-#include "app/InstanceChannel.h"
+#include "ui/app/InstanceChannel.h"
 
-#include "app/Log.h"
+#include "core/app/Log.h"
 
 #include <QDir>
 #include <QFile>
@@ -84,7 +84,7 @@ void InstanceChannel::acceptConnections()
                 const std::optional<LaunchRequest> request =
                     document.isObject() ? LaunchRequest::fromJson(document.object()) : std::nullopt;
                 if (request)
-                    emit requestReceived(*request);
+                    Q_EMIT requestReceived(*request);
                 else
                     logError(QStringLiteral("Ignored a malformed request from another start of Pixcove"));
             }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/LaunchRequest.h"
+#include "core/app/LaunchRequest.h"
 
 #include <QObject>
 #include <QString>
@@ -26,7 +26,7 @@ public:
     // Sends `request` to the listening instance; answers whether it was delivered within `timeoutMs`.
     bool forward(const LaunchRequest &request, int timeoutMs = 2000) const;
 
-signals:
+Q_SIGNALS:
     void requestReceived(const LaunchRequest &request);
 
 private:

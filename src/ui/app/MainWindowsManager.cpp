@@ -1,9 +1,9 @@
-#include "app/MainWindowsManager.h"
+#include "ui/app/MainWindowsManager.h"
 
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
-#include "windows/MainWindowController.h"
-#include "windows/MainWindowFrame.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
+#include "ui/windows/MainWindowController.h"
+#include "ui/windows/MainWindowFrame.h"
 
 #include <QApplication>
 
@@ -70,7 +70,7 @@ MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, b
         frame->raise();
         frame->activateWindow();
     }
-    emit windowControllersChanged();
+    Q_EMIT windowControllersChanged();
     return controller;
 }
 
@@ -93,5 +93,5 @@ void MainWindowsManager::closeAll()
 void MainWindowsManager::windowControllerWillClose(QObject *controller)
 {
     if (m_windowControllers.removeIf([controller](MainWindowController *entry) { return entry == controller; }) > 0)
-        emit windowControllersChanged();
+        Q_EMIT windowControllersChanged();
 }

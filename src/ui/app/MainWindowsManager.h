@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/WindowManager.h"
-#include "model/PXFile.h"
-#include "settings/WindowSettings.h"
+#include "ui/app/WindowManager.h"
+#include "core/model/PXFile.h"
+#include "core/settings/WindowSettings.h"
 
 #include <QList>
 #include <QObject>
@@ -37,7 +37,7 @@ public:
 
     void windowControllerWillClose(QObject *controller) override;
 
-signals:
+Q_SIGNALS:
     void windowControllersChanged();
 
 private:

@@ -1,6 +1,6 @@
-#include "app/ServicesProvider.h"
+#include "ui/app/ServicesProvider.h"
 
-#include "app/Log.h"
+#include "core/app/Log.h"
 
 #include <QCoreApplication>
 #include <QUrl>

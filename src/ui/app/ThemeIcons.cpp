@@ -1,4 +1,4 @@
-#include "app/ThemeIcons.h"
+#include "ui/app/ThemeIcons.h"
 
 #include <QApplication>
 

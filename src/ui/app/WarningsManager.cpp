@@ -1,7 +1,7 @@
-#include "app/WarningsManager.h"
+#include "ui/app/WarningsManager.h"
 
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
 
 #include <QCheckBox>
 #include <QMessageBox>

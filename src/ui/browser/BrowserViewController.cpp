@@ -1,7 +1,7 @@
-#include "browser/BrowserViewController.h"
+#include "ui/browser/BrowserViewController.h"
 
-#include "browser/PreviewView.h"
-#include "browser/ThumbnailsViewController.h"
+#include "ui/browser/PreviewView.h"
+#include "ui/browser/ThumbnailsViewController.h"
 
 #include <QSplitter>
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "settings/WindowSettings.h"
+#include "core/model/PXFile.h"
+#include "core/settings/WindowSettings.h"
 
 #include <QList>
 #include <QWidget>

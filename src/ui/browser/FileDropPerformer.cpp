@@ -1,7 +1,7 @@
-#include "browser/FileDropPerformer.h"
+#include "ui/browser/FileDropPerformer.h"
 
-#include "app/Dispatch.h"
-#include "app/Log.h"
+#include "core/app/Dispatch.h"
+#include "core/app/Log.h"
 
 #include <QCoreApplication>
 #include <QDir>

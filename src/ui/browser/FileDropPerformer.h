@@ -1,7 +1,7 @@
 #pragma once
 
-#include "browser/FileDropValidator.h"
-#include "model/PXFile.h"
+#include "ui/browser/FileDropValidator.h"
+#include "core/model/PXFile.h"
 
 #include <QList>
 #include <QObject>

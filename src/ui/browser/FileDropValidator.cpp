@@ -1,4 +1,4 @@
-#include "browser/FileDropValidator.h"
+#include "ui/browser/FileDropValidator.h"
 
 #include <QDir>
 

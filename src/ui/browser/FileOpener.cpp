@@ -1,4 +1,4 @@
-#include "browser/FileOpener.h"
+#include "ui/browser/FileOpener.h"
 
 #include <QDesktopServices>
 #include <QProcess>

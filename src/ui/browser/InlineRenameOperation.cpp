@@ -1,8 +1,8 @@
-#include "browser/InlineRenameOperation.h"
+#include "ui/browser/InlineRenameOperation.h"
 
-#include "fs/operations/ZQFileController.h"
-#include "fs/operations/ZQFileOperationGroup.h"
-#include "fs/operations/ZQFileOperationHandler.h"
+#include "core/fs/operations/ZQFileController.h"
+#include "core/fs/operations/ZQFileOperationGroup.h"
+#include "core/fs/operations/ZQFileOperationHandler.h"
 
 InlineRenameOperation::InlineRenameOperation(QObject *context, Done done)
     : m_context(context)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "fs/operations/ZQFileOperationDelegate.h"
-#include "model/PXFile.h"
+#include "core/fs/operations/ZQFileOperationDelegate.h"
+#include "core/model/PXFile.h"
 
 #include <QObject>
 #include <QPointer>

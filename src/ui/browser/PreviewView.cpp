@@ -1,8 +1,8 @@
-#include "browser/PreviewView.h"
+#include "ui/browser/PreviewView.h"
 
-#include "app/Dispatch.h"
-#include "app/Log.h"
-#include "imaging/ImageDecoder.h"
+#include "core/app/Dispatch.h"
+#include "core/app/Log.h"
+#include "core/imaging/ImageDecoder.h"
 
 #include <QPainter>
 #include <QPointer>

@@ -1,6 +1,6 @@
-#include "browser/RenamedFileFollower.h"
+#include "ui/browser/RenamedFileFollower.h"
 
-#include "app/Dispatch.h"
+#include "core/app/Dispatch.h"
 
 #include <QPointer>
 

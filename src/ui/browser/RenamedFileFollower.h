@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/PXFile.h"
+#include "core/model/PXFile.h"
 
 #include <QHash>
 #include <QList>

@@ -1,9 +1,9 @@
-#include "browser/ThumbnailContextMenu.h"
+#include "ui/browser/ThumbnailContextMenu.h"
 
-#include "browser/ThumbnailsViewController.h"
-#include "settings/AppSettings.h"
-#include "settings/FileBookmark.h"
-#include "settings/SettingsManager.h"
+#include "ui/browser/ThumbnailsViewController.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/FileBookmark.h"
+#include "core/settings/SettingsManager.h"
 
 #include <QCoreApplication>
 #include <QMenu>

@@ -1,4 +1,4 @@
-#include "browser/ThumbnailGridLayout.h"
+#include "ui/browser/ThumbnailGridLayout.h"
 
 #include <algorithm>
 

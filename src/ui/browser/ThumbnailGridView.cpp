@@ -1,4 +1,4 @@
-#include "browser/ThumbnailGridView.h"
+#include "ui/browser/ThumbnailGridView.h"
 
 #include <QAction>
 #include <QApplication>

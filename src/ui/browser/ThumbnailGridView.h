@@ -1,6 +1,6 @@
 #pragma once
 
-#include "browser/ThumbnailGridLayout.h"
+#include "ui/browser/ThumbnailGridLayout.h"
 
 #include <QAbstractScrollArea>
 #include <QLineEdit>

@@ -1,4 +1,4 @@
-#include "browser/ThumbnailInfoLines.h"
+#include "ui/browser/ThumbnailInfoLines.h"
 
 QStringList thumbnailInfoLines(const PXFile &file, ThumbnailInfoOptions options)
 {

@@ -1,4 +1,4 @@
-#include "browser/ThumbnailItemSize.h"
+#include "ui/browser/ThumbnailItemSize.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/SettingsValueSets.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QMargins>
 #include <QSize>

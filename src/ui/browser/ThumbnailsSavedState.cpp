@@ -1,4 +1,4 @@
-#include "browser/ThumbnailsSavedState.h"
+#include "ui/browser/ThumbnailsSavedState.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "settings/SettingsValueSets.h"
+#include "core/model/PXFile.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QList>
 #include <QPoint>

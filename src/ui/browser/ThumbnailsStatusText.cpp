@@ -1,4 +1,4 @@
-#include "browser/ThumbnailsStatusText.h"
+#include "ui/browser/ThumbnailsStatusText.h"
 
 #include <QCoreApplication>
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "browser/FileDropValidator.h"
-#include "browser/ThumbnailGridView.h"
-#include "browser/ThumbnailsSavedState.h"
-#include "model/FileModel.h"
-#include "model/FileSortTypes.h"
-#include "model/PXFile.h"
-#include "settings/WindowSettings.h"
-#include "thumbnails/ThumbnailItem.h"
+#include "ui/browser/FileDropValidator.h"
+#include "ui/browser/ThumbnailGridView.h"
+#include "ui/browser/ThumbnailsSavedState.h"
+#include "core/model/FileModel.h"
+#include "core/model/FileSortTypes.h"
+#include "core/model/PXFile.h"
+#include "core/settings/WindowSettings.h"
+#include "core/thumbnails/ThumbnailItem.h"
 
 #include <QHash>
 #include <QIcon>

@@ -1,7 +1,7 @@
-#include "inspector/InspectorViewController.h"
+#include "ui/inspector/InspectorViewController.h"
 
-#include "app/Dispatch.h"
-#include "imaging/ImagePropertiesLoader.h"
+#include "core/app/Dispatch.h"
+#include "core/imaging/ImagePropertiesLoader.h"
 
 #include <QHeaderView>
 #include <QLabel>

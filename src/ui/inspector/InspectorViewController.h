@@ -1,9 +1,9 @@
 #pragma once
 
-#include "imaging/ImagePropertiesItem.h"
-#include "inspector/InspectorRows.h"
-#include "model/PXFile.h"
-#include "settings/WindowSettings.h"
+#include "core/imaging/ImagePropertiesItem.h"
+#include "core/inspector/InspectorRows.h"
+#include "core/model/PXFile.h"
+#include "core/settings/WindowSettings.h"
 
 #include <QList>
 #include <QWidget>

@@ -1,7 +1,7 @@
-#include "sidebar/FavoritesView.h"
+#include "ui/sidebar/FavoritesView.h"
 
-#include "app/ThemeIcons.h"
-#include "settings/AppSettings.h"
+#include "ui/app/ThemeIcons.h"
+#include "core/settings/AppSettings.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -65,9 +65,9 @@ void FavoritesView::activate(QTreeWidgetItem *item)
         return;
     const int index = item->data(0, bookmarkIndexRole).toInt();
     if (item->parent() == m_folders && index < m_settings->favoriteFolders().size())
-        emit folderActivated(m_settings->favoriteFolders()[index].file);
+        Q_EMIT folderActivated(m_settings->favoriteFolders()[index].file);
     else if (item->parent() == m_applications && index < m_settings->favoriteApps().size())
-        emit applicationActivated(m_settings->favoriteApps()[index].file);
+        Q_EMIT applicationActivated(m_settings->favoriteApps()[index].file);
 }
 
 void FavoritesView::addFavoriteFolder(const PXFilePtr &folder)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/PXFile.h"
+#include "core/model/PXFile.h"
 
 #include <QTreeWidget>
 
@@ -18,7 +18,7 @@ public:
 
     void addFavoriteFolder(const PXFilePtr &folder);
 
-signals:
+Q_SIGNALS:
     void folderActivated(const PXFilePtr &folder);
     void applicationActivated(const PXFilePtr &application);
 

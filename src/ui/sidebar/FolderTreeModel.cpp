@@ -1,10 +1,10 @@
-#include "sidebar/FolderTreeModel.h"
+#include "ui/sidebar/FolderTreeModel.h"
 
-#include "app/Dispatch.h"
-#include "app/Log.h"
-#include "app/ThemeIcons.h"
-#include "fs/ZQFolderSubscription.h"
-#include "model/FileSorting.h"
+#include "core/app/Dispatch.h"
+#include "core/app/Log.h"
+#include "ui/app/ThemeIcons.h"
+#include "core/fs/ZQFolderSubscription.h"
+#include "core/model/FileSorting.h"
 
 #include <QFileIconProvider>
 #include <QIcon>
@@ -104,8 +104,8 @@ void FolderTreeModel::setInfo(SidebarInfoOptions info)
         return;
     m_info = info;
     if (!m_invisibleRoot->children.empty())
-        emit dataChanged(index(0, 1), index(0, 1));
-    emit layoutChanged(); // every visible count text changes
+        Q_EMIT dataChanged(index(0, 1), index(0, 1));
+    Q_EMIT layoutChanged(); // every visible count text changes
 }
 
 void FolderTreeModel::rearrangeAll(Node *node)
@@ -211,7 +211,7 @@ void FolderTreeModel::startListing(Node *node)
         current->listed = true;
         self->applyListing(current);
         if (first)
-            emit self->folderListed(self->indexForNode(current));
+            Q_EMIT self->folderListed(self->indexForNode(current));
     };
     connect(node->subscription.get(), &ZQFolderSubscription::loadFinished, this, settle);
     connect(node->subscription.get(), &ZQFolderSubscription::eventsReceived, this,
@@ -223,7 +223,7 @@ void FolderTreeModel::startListing(Node *node)
                     return;
                 for (const ZQFileEvent &event : events) {
                     if (event.nativePath == folder->resolvedNativePath() && event.type == ZQFileEventType::removed) {
-                        emit self->folderVanished(folder);
+                        Q_EMIT self->folderVanished(folder);
                         return;
                     }
                     ZQStandardFile::newFileForNativePath(event.nativePath)->updateForEvent(event);
@@ -304,7 +304,7 @@ void FolderTreeModel::applyListing(Node *node)
     }
     if (node->parent) {
         const QModelIndex counts = indexForNode(node, 1);
-        emit dataChanged(counts, counts);
+        Q_EMIT dataChanged(counts, counts);
     }
 }
 
@@ -368,7 +368,7 @@ void FolderTreeModel::requestCount(Node *node) const
             node->folders = folders;
             node->images = images;
             const QModelIndex counts = self->indexForNode(node, 1);
-            emit self->dataChanged(counts, counts);
+            Q_EMIT self->dataChanged(counts, counts);
         });
     });
 }

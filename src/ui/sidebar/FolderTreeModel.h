@@ -1,8 +1,8 @@
 #pragma once
 
-#include "model/FileSortTypes.h"
-#include "model/PXFile.h"
-#include "settings/SettingsValueSets.h"
+#include "core/model/FileSortTypes.h"
+#include "core/model/PXFile.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QAbstractItemModel>
 #include <QHash>
@@ -53,7 +53,7 @@ public:
     QStringList mimeTypes() const override;
     QMimeData *mimeData(const QModelIndexList &indexes) const override;
 
-signals:
+Q_SIGNALS:
     // A folder's children were listed for the first time.
     void folderListed(const QModelIndex &folder);
     // A shown folder disappeared from the disk.

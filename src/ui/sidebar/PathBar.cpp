@@ -1,6 +1,6 @@
-#include "sidebar/PathBar.h"
+#include "ui/sidebar/PathBar.h"
 
-#include "app/ThemeIcons.h"
+#include "ui/app/ThemeIcons.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -68,7 +68,7 @@ void PathBar::rebuild()
             font.setBold(true);
             button->setFont(font);
         }
-        connect(button, &QToolButton::clicked, this, [this, folder] { emit folderChosen(folder); });
+        connect(button, &QToolButton::clicked, this, [this, folder] { Q_EMIT folderChosen(folder); });
         parts.append(button);
         width += button->sizeHint().width() + 12;
     }
@@ -86,7 +86,7 @@ void PathBar::rebuild()
         for (int i = folded - 1; i >= 0; --i) {
             const PXFilePtr folder = folders[i];
             menu->addAction(folderIcon, folder->displayName().isEmpty() ? QStringLiteral("/") : folder->displayName(),
-                            this, [this, folder] { emit folderChosen(folder); });
+                            this, [this, folder] { Q_EMIT folderChosen(folder); });
         }
         more->setMenu(menu);
         m_layout->addWidget(more);

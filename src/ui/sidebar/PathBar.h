@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/PXFile.h"
+#include "core/model/PXFile.h"
 
 #include <QWidget>
 
@@ -19,7 +19,7 @@ public:
     // The folders shown, from the top down (for tests and the overflow menu).
     QList<PXFilePtr> chain() const;
 
-signals:
+Q_SIGNALS:
     void folderChosen(const PXFilePtr &folder);
 
 protected:

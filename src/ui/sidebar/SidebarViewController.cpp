@@ -1,8 +1,8 @@
-#include "sidebar/SidebarViewController.h"
+#include "ui/sidebar/SidebarViewController.h"
 
-#include "settings/AppSettings.h"
-#include "sidebar/FavoritesView.h"
-#include "sidebar/FolderTreeModel.h"
+#include "core/settings/AppSettings.h"
+#include "ui/sidebar/FavoritesView.h"
+#include "ui/sidebar/FolderTreeModel.h"
 
 #include <QContextMenuEvent>
 #include <QDesktopServices>
@@ -229,9 +229,9 @@ void SidebarViewController::treeSelectionChanged()
     const QList<PXFilePtr> now = sources();
     if (now != m_lastSources) {
         m_lastSources = now;
-        emit sourcesChanged(now);
+        Q_EMIT sourcesChanged(now);
     }
-    emit placeChanged();
+    Q_EMIT placeChanged();
 }
 
 void SidebarViewController::expansionChanged()

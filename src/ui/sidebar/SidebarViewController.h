@@ -1,8 +1,8 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "settings/WindowSettings.h"
-#include "windows/NavigationHistory.h"
+#include "core/model/PXFile.h"
+#include "core/settings/WindowSettings.h"
+#include "core/windows/NavigationHistory.h"
 
 #include <QList>
 #include <QWidget>
@@ -47,7 +47,7 @@ public:
     void setFavoritesShown(bool shown);
     void writeLayoutToSettings();
 
-signals:
+Q_SIGNALS:
     void sourcesChanged(const QList<PXFilePtr> &sources);
     // The root or the selection changed: a new place for the history.
     void placeChanged();

@@ -3,8 +3,7 @@
 #include <QString>
 #include <QVariant>
 
-// A menu or toolbar command: its name (the design's action name without the colon, such as
-// "changeBrowserLayout") and, for the commands that choose among values, the value.
+// A menu or toolbar command: its identifier (such as "changeBrowserLayout") and, for the commands that choose among values, the value.
 struct Command
 {
     QString name;

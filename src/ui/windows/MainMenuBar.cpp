@@ -1,7 +1,7 @@
-#include "windows/MainMenuBar.h"
+#include "ui/windows/MainMenuBar.h"
 
-#include "model/FileSortTypes.h"
-#include "settings/SettingsValueSets.h"
+#include "core/model/FileSortTypes.h"
+#include "core/settings/SettingsValueSets.h"
 
 #include <QAction>
 #include <QActionGroup>

@@ -8,8 +8,8 @@ class QObject;
 
 // Fills a main window's menu bar with every command of the program, in menus File, Edit, View,
 // Go, Window and Help. Each action carries its command in the properties "command" and "argument";
-// the frame runs and validates them. Commands whose part has not arrived yet are present and
-// stay disabled.
+// the frame runs and validates them. Commands that are not available yet are shown
+// disabled.
 namespace MainMenuBar {
 
 QList<QAction *> build(QMenuBar *menuBar);

@@ -1,10 +1,10 @@
-#include "windows/MainWindowController.h"
+#include "ui/windows/MainWindowController.h"
 
-#include "app/WindowManager.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
-#include "windows/MainWindowFrame.h"
-#include "windows/MainWindowViewController.h"
+#include "ui/app/WindowManager.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
+#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/MainWindowViewController.h"
 
 MainWindowController::MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, const PXFilePtr &file,
                                            QObject *parent)
@@ -52,7 +52,7 @@ void MainWindowController::close()
     if (m_delegate)
         m_delegate->windowControllerWillClose(this);
     SettingsManager::shared().settings()->setWindowSettings({m_windowSettings});
-    emit closed(this);
+    Q_EMIT closed(this);
     deleteLater();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/PXFile.h"
-#include "settings/WindowSettings.h"
+#include "core/model/PXFile.h"
+#include "core/settings/WindowSettings.h"
 
 #include <QObject>
 #include <QPointer>
@@ -39,7 +39,7 @@ public:
     void close();
     bool isClosed() const { return m_closed; }
 
-signals:
+Q_SIGNALS:
     void titleChanged(const QString &title);
     // Something that menu items and toolbar buttons depend on changed.
     void commandsChanged();

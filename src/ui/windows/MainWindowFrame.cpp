@@ -1,13 +1,13 @@
-#include "windows/MainWindowFrame.h"
+#include "ui/windows/MainWindowFrame.h"
 
-#include "app/AppDelegate.h"
-#include "app/Log.h"
-#include "fs/Applications.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
-#include "windows/MainMenuBar.h"
-#include "windows/MainWindowController.h"
-#include "windows/MainWindowViewController.h"
+#include "ui/app/AppDelegate.h"
+#include "core/app/Log.h"
+#include "core/fs/Applications.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
+#include "ui/windows/MainMenuBar.h"
+#include "ui/windows/MainWindowController.h"
+#include "ui/windows/MainWindowViewController.h"
 
 #include <QAction>
 #include <QCloseEvent>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "windows/CommandState.h"
+#include "ui/windows/CommandState.h"
 
 #include <QList>
 #include <QMainWindow>

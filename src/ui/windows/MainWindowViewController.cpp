@@ -1,20 +1,20 @@
-#include "windows/MainWindowViewController.h"
+#include "ui/windows/MainWindowViewController.h"
 
-#include "app/AuxiliaryWindowsManager.h"
-#include "app/FlagManager.h"
-#include "app/Log.h"
-#include "app/ThemeIcons.h"
-#include "app/WarningsManager.h"
-#include "browser/BrowserViewController.h"
-#include "browser/ThumbnailsViewController.h"
-#include "fs/Applications.h"
-#include "inspector/InspectorViewController.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
-#include "sidebar/FolderTreeModel.h"
-#include "sidebar/PathBar.h"
-#include "sidebar/SidebarViewController.h"
-#include "windows/ValidatingToolbar.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
+#include "core/app/FlagManager.h"
+#include "core/app/Log.h"
+#include "ui/app/ThemeIcons.h"
+#include "ui/app/WarningsManager.h"
+#include "ui/browser/BrowserViewController.h"
+#include "ui/browser/ThumbnailsViewController.h"
+#include "core/fs/Applications.h"
+#include "ui/inspector/InspectorViewController.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
+#include "ui/sidebar/FolderTreeModel.h"
+#include "ui/sidebar/PathBar.h"
+#include "ui/sidebar/SidebarViewController.h"
+#include "ui/windows/ValidatingToolbar.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -429,8 +429,8 @@ void MainWindowViewController::sourcesChanged(const QList<PXFilePtr> &sources)
     m_sources = sources;
     m_browserViewController->setSources(sources);
     m_pathBar->setFolder(sources.value(0));
-    emit titleChanged(title());
-    emit commandsChanged();
+    Q_EMIT titleChanged(title());
+    Q_EMIT commandsChanged();
 }
 
 // Expansion alone is not a new place; the root and the selection are. A back or forward step is
@@ -444,7 +444,7 @@ void MainWindowViewController::recordPlace()
             == NavigationHistory::Item{place.selectedFiles, {}, place.rootFolder})
         return;
     m_navigationHistory.record(place);
-    emit commandsChanged();
+    Q_EMIT commandsChanged();
 }
 
 void MainWindowViewController::goBackOrForward(int step)
@@ -454,7 +454,7 @@ void MainWindowViewController::goBackOrForward(int step)
     if (!place)
         return;
     m_sidebarViewController->showPlace(*place);
-    emit commandsChanged();
+    Q_EMIT commandsChanged();
 }
 
 void MainWindowViewController::thumbnailSelectionChanged(const QList<PXFilePtr> &files)
@@ -462,7 +462,7 @@ void MainWindowViewController::thumbnailSelectionChanged(const QList<PXFilePtr> 
     m_lastThumbnailViewSelection = files;
     m_inspectorViewController->setFiles(files);
     AuxiliaryWindowsManager::shared().setRecentlySelectedFiles(files);
-    emit commandsChanged();
+    Q_EMIT commandsChanged();
 }
 
 // Folders are entered; other files open in their default application until Pixcove's own viewer
@@ -623,7 +623,7 @@ bool MainWindowViewController::performCommand(const Command &command)
         s.setInspectorCollapsed(false);
     else
         return false;
-    emit commandsChanged();
+    Q_EMIT commandsChanged();
     return true;
 }
 
@@ -692,6 +692,6 @@ CommandState MainWindowViewController::commandState(const Command &command) cons
         return {true, int(s.sidebarInfo()) == value};
     if (name == QLatin1String("inspectorDoubleClicked"))
         return {true, false};
-    // The embedded viewer's commands and every command whose part has not arrived yet.
+    // The embedded viewer's commands and the commands that are not available yet.
     return {};
 }

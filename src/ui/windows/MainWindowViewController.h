@@ -1,10 +1,10 @@
 #pragma once
 
-#include "model/FileSortTypes.h"
-#include "model/PXFile.h"
-#include "settings/WindowSettings.h"
-#include "windows/CommandState.h"
-#include "windows/NavigationHistory.h"
+#include "core/model/FileSortTypes.h"
+#include "core/model/PXFile.h"
+#include "core/settings/WindowSettings.h"
+#include "ui/windows/CommandState.h"
+#include "core/windows/NavigationHistory.h"
 
 #include <QList>
 #include <QWidget>
@@ -55,7 +55,7 @@ public:
     // Pane sizes into the window settings (when the window closes).
     void writeLayoutToSettings();
 
-signals:
+Q_SIGNALS:
     void titleChanged(const QString &title);
     void commandsChanged();
 

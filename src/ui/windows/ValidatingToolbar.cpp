@@ -1,4 +1,4 @@
-#include "windows/ValidatingToolbar.h"
+#include "ui/windows/ValidatingToolbar.h"
 
 #include <QAction>
 #include <QFrame>

@@ -1,4 +1,4 @@
-#include "app/LaunchRequest.h"
+#include "core/app/LaunchRequest.h"
 
 #include <QJsonArray>
 

@@ -1,4 +1,4 @@
-#include "fs/TypeIdentifiers.h"
+#include "core/fs/TypeIdentifiers.h"
 
 #include <gtest/gtest.h>
 

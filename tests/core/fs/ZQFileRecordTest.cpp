@@ -1,4 +1,4 @@
-#include "fs/ZQFileRecord.h"
+#include "core/fs/ZQFileRecord.h"
 
 #include "support/TestDir.h"
 

@@ -1,7 +1,7 @@
-#include "fs/ZQFolderSubscription.h"
+#include "core/fs/ZQFolderSubscription.h"
 
-#include "fs/ZQEventCoalescer.h"
-#include "fs/ZQInotifyWatcher.h"
+#include "core/fs/ZQEventCoalescer.h"
+#include "core/fs/ZQInotifyWatcher.h"
 #include "support/FileNames.h"
 #include "support/TestDir.h"
 

@@ -1,6 +1,6 @@
-#include "fs/ZQStandardFile.h"
+#include "core/fs/ZQStandardFile.h"
 
-#include "fs/ZQFileRegistry.h"
+#include "core/fs/ZQFileRegistry.h"
 
 #include "support/TestDir.h"
 

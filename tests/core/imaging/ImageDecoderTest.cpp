@@ -2,8 +2,8 @@
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 
-#include "imaging/EmbeddedPreview.h"
-#include "imaging/ImageDecoder.h"
+#include "core/imaging/EmbeddedPreview.h"
+#include "core/imaging/ImageDecoder.h"
 
 #include <QDir>
 #include <QFile>

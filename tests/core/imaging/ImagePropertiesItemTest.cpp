@@ -1,4 +1,4 @@
-#include "imaging/ImagePropertiesItem.h"
+#include "core/imaging/ImagePropertiesItem.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

@@ -1,5 +1,5 @@
-#include "imaging/ImagePropertiesLoader.h"
-#include "imaging/ImagePropertiesManager.h"
+#include "core/imaging/ImagePropertiesLoader.h"
+#include "core/imaging/ImagePropertiesManager.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

@@ -1,4 +1,4 @@
-#include "imaging/ImageSource.h"
+#include "core/imaging/ImageSource.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

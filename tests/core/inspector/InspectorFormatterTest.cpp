@@ -1,7 +1,7 @@
-#include "inspector/InspectorCatalogue.h"
-#include "inspector/InspectorFormatter.h"
-#include "inspector/InspectorRows.h"
-#include "model/DisplayFormats.h"
+#include "core/inspector/InspectorCatalogue.h"
+#include "core/inspector/InspectorFormatter.h"
+#include "core/inspector/InspectorRows.h"
+#include "core/model/DisplayFormats.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "model/FileCollectionModel.h"
+#include "core/model/FileCollectionModel.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

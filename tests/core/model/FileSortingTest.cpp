@@ -1,4 +1,4 @@
-#include "model/FileSorting.h"
+#include "core/model/FileSorting.h"
 
 #include "support/TestDir.h"
 

@@ -1,4 +1,4 @@
-#include "model/PXFile.h"
+#include "core/model/PXFile.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

@@ -1,4 +1,4 @@
-#include "model/TextHelpers.h"
+#include "core/model/TextHelpers.h"
 
 #include <QStringList>
 

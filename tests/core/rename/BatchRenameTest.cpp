@@ -1,8 +1,8 @@
-#include "fs/operations/ZQFileController.h"
-#include "rename/PXBatchOutlineViewController.h"
-#include "rename/PXFileRenamer.h"
-#include "rename/PXFileRenamerQuestions.h"
-#include "rename/PXRenamePresets.h"
+#include "core/fs/operations/ZQFileController.h"
+#include "core/rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXFileRenamer.h"
+#include "core/rename/PXFileRenamerQuestions.h"
+#include "core/rename/PXRenamePresets.h"
 
 #include "core/rename/RenameLogCapture.h"
 #include "core/rename/RenameRuleRows.h"

@@ -1,6 +1,6 @@
-#include "rename/PXFileRenameItem.h"
-#include "rename/PXRangeFormatter.h"
-#include "rename/PXRenameCriterion.h"
+#include "core/rename/PXFileRenameItem.h"
+#include "core/rename/PXRangeFormatter.h"
+#include "core/rename/PXRenameCriterion.h"
 
 #include "core/rename/RenameLogCapture.h"
 #include "core/rename/RenameRuleRows.h"

@@ -1,5 +1,5 @@
-#include "fs/operations/ZQFileController.h"
-#include "fs/operations/ZQFileOperationHandler.h"
+#include "core/fs/operations/ZQFileController.h"
+#include "core/fs/operations/ZQFileOperationHandler.h"
 
 #include "support/TestDir.h"
 

@@ -1,7 +1,7 @@
-#include "fs/operations/ZQFileController.h"
-#include "rename/PXFileRenamer.h"
-#include "rename/PXFileRenamerQuestions.h"
-#include "rename/PXRenamePresets.h"
+#include "core/fs/operations/ZQFileController.h"
+#include "core/rename/PXFileRenamer.h"
+#include "core/rename/PXFileRenamerQuestions.h"
+#include "core/rename/PXRenamePresets.h"
 
 #include "core/rename/RenameRuleRows.h"
 #include "support/TestDir.h"

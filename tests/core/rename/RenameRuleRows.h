@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rename/PXRenameRules.h"
+#include "core/rename/PXRenameRules.h"
 
 #include <initializer_list>
 

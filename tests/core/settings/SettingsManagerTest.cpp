@@ -1,8 +1,8 @@
-#include "settings/AppSettings.h"
-#include "settings/SettingsManager.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
 
-#include "app/Log.h"
-#include "settings/SettingsCoding.h"
+#include "core/app/Log.h"
+#include "core/settings/SettingsCoding.h"
 #include "support/TestDir.h"
 
 #include <QDir>

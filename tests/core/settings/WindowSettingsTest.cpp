@@ -1,5 +1,5 @@
-#include "settings/AppSettings.h"
-#include "settings/WindowSettings.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/WindowSettings.h"
 
 #include "support/TestDir.h"
 

@@ -1,9 +1,9 @@
 #include "support/CameraJpegs.h"
 #include "support/TestDir.h"
 
-#include "thumbnails/SystemThumbnailer.h"
-#include "thumbnails/ThumbnailCache.h"
-#include "thumbnails/VideoThumbnailGenerator.h"
+#include "core/thumbnails/SystemThumbnailer.h"
+#include "core/thumbnails/ThumbnailCache.h"
+#include "core/thumbnails/VideoThumbnailGenerator.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,8 +1,8 @@
 #include "support/CameraJpegs.h"
 #include "support/TestDir.h"
 
-#include "thumbnails/SystemThumbnailer.h"
-#include "thumbnails/ThumbnailGenerator.h"
+#include "core/thumbnails/SystemThumbnailer.h"
+#include "core/thumbnails/ThumbnailGenerator.h"
 
 #include <QStringList>
 

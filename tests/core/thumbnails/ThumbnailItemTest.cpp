@@ -1,7 +1,7 @@
 #include "support/TestDir.h"
 
-#include "thumbnails/SystemThumbnailer.h"
-#include "thumbnails/ThumbnailItem.h"
+#include "core/thumbnails/SystemThumbnailer.h"
+#include "core/thumbnails/ThumbnailItem.h"
 
 #include <QFile>
 

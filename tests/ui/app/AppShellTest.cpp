@@ -1,9 +1,9 @@
-#include "app/ActivitiesGate.h"
-#include "app/AppDelegate.h"
-#include "app/InstanceChannel.h"
-#include "app/ServicesProvider.h"
-#include "windows/MainWindowFrame.h"
-#include "windows/MainWindowViewController.h"
+#include "ui/app/ActivitiesGate.h"
+#include "ui/app/AppDelegate.h"
+#include "ui/app/InstanceChannel.h"
+#include "ui/app/ServicesProvider.h"
+#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/MainWindowViewController.h"
 
 #include "ui/ShellFixture.h"
 
@@ -206,7 +206,7 @@ TEST(AppShell, AStaleSocketFromACrashedInstanceDoesNotStopTheNextStart)
     EXPECT_FALSE(later.listen());
 }
 
-TEST(AppShell, EveryMenuCommandIsHandledOrWaitsForItsPart)
+TEST(AppShell, EveryMenuCommandIsHandledOrShownUnavailable)
 {
     ShellFixture shell;
     Delegate app;
@@ -214,9 +214,9 @@ TEST(AppShell, EveryMenuCommandIsHandledOrWaitsForItsPart)
     ASSERT_TRUE(waitUntil([&] { return window->mainViewController()->navigationHistory().currentItem().has_value(); }));
     MainWindowFrame *frame = window->frame();
     frame->validateActions();
-    // The commands whose part arrives with a later issue; any other disabled command is a
+    // The commands that are not available yet, shown disabled; any other disabled command is a
     // misspelt or unhandled name.
-    const QSet<QString> later = {
+    const QSet<QString> unavailable = {
         QStringLiteral("startSlideshowWithSelected"), QStringLiteral("openRenameWindow"), QStringLiteral("changeFinderLabel"),
         QStringLiteral("openSettings"), QStringLiteral("scaleToFit"), QStringLiteral("fitToScreen"),
         QStringLiteral("zoomTo200Percent"), QStringLiteral("zoomTo100Percent"), QStringLiteral("zoomTo50Percent"),
@@ -243,7 +243,7 @@ TEST(AppShell, EveryMenuCommandIsHandledOrWaitsForItsPart)
                                 "selectFlagged", "selectRejected", "nextImageInBrowser", "previousImageInBrowser",
                                 "scrollSelectionToVisible", "selectAll", "newFolder"})
         disabled.remove(QLatin1String(command));
-    EXPECT_EQ(disabled, later);
+    EXPECT_EQ(disabled, unavailable);
 }
 
 TEST(AppShell, HidingOnDeactivationFollowsTheSetting)

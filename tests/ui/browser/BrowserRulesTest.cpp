@@ -1,5 +1,5 @@
-#include "browser/FileDropValidator.h"
-#include "browser/ThumbnailsStatusText.h"
+#include "ui/browser/FileDropValidator.h"
+#include "ui/browser/ThumbnailsStatusText.h"
 
 #include "support/TestDir.h"
 

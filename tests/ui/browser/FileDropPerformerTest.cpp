@@ -1,4 +1,4 @@
-#include "browser/FileDropPerformer.h"
+#include "ui/browser/FileDropPerformer.h"
 
 #include "support/TestDir.h"
 

@@ -1,5 +1,5 @@
-#include "browser/ThumbnailGridLayout.h"
-#include "browser/ThumbnailItemSize.h"
+#include "ui/browser/ThumbnailGridLayout.h"
+#include "ui/browser/ThumbnailItemSize.h"
 
 #include <QRandomGenerator>
 

@@ -1,8 +1,8 @@
-#include "browser/BrowserViewController.h"
-#include "browser/PreviewView.h"
-#include "browser/ThumbnailsViewController.h"
+#include "ui/browser/BrowserViewController.h"
+#include "ui/browser/PreviewView.h"
+#include "ui/browser/ThumbnailsViewController.h"
 
-#include "model/FileCollectionModel.h"
+#include "core/model/FileCollectionModel.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 

@@ -1,7 +1,7 @@
-#include "browser/ThumbnailsViewController.h"
+#include "ui/browser/ThumbnailsViewController.h"
 
-#include "model/FileCollectionModel.h"
-#include "settings/SettingsManager.h"
+#include "core/model/FileCollectionModel.h"
+#include "core/settings/SettingsManager.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 

@@ -1,4 +1,4 @@
-#include "inspector/InspectorViewController.h"
+#include "ui/inspector/InspectorViewController.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

@@ -1,5 +1,5 @@
-#include "sidebar/FolderTreeModel.h"
-#include "sidebar/PathBar.h"
+#include "ui/sidebar/FolderTreeModel.h"
+#include "ui/sidebar/PathBar.h"
 
 #include "support/TestDir.h"
 

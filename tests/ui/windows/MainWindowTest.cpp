@@ -1,12 +1,12 @@
-#include "app/FlagManager.h"
-#include "browser/BrowserViewController.h"
-#include "browser/ThumbnailsViewController.h"
-#include "inspector/InspectorViewController.h"
-#include "sidebar/FolderTreeModel.h"
-#include "sidebar/PathBar.h"
-#include "sidebar/SidebarViewController.h"
-#include "windows/MainWindowFrame.h"
-#include "windows/MainWindowViewController.h"
+#include "core/app/FlagManager.h"
+#include "ui/browser/BrowserViewController.h"
+#include "ui/browser/ThumbnailsViewController.h"
+#include "ui/inspector/InspectorViewController.h"
+#include "ui/sidebar/FolderTreeModel.h"
+#include "ui/sidebar/PathBar.h"
+#include "ui/sidebar/SidebarViewController.h"
+#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/MainWindowViewController.h"
 
 #include "ui/ShellFixture.h"
 
@@ -169,7 +169,7 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     window.frame->validateActions();
     EXPECT_TRUE(window.frame->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::exifDate))->isChecked());
     EXPECT_FALSE(window.frame->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::name))->isChecked());
-    // Commands whose part has not arrived are present and disabled.
+    // Commands that are not available yet are shown disabled.
     EXPECT_FALSE(window.frame->action(QStringLiteral("zoomIn"))->isEnabled());
 
     // A second window starts as a copy of the front one and goes its own way.

@@ -1,9 +1,9 @@
-#include "fs/operations/ZQFileController.h"
+#include "core/fs/operations/ZQFileController.h"
 
-#include "app/Dispatch.h"
-#include "fs/ZQFolderLoadOperation.h"
-#include "fs/operations/ZQFileOperationHandler.h"
-#include "fs/operations/ZQRenamePerformer.h"
+#include "core/app/Dispatch.h"
+#include "core/fs/ZQFolderLoadOperation.h"
+#include "core/fs/operations/ZQFileOperationHandler.h"
+#include "core/fs/operations/ZQRenamePerformer.h"
 
 ZQFileController::ZQFileController(QObject *parent)
     : QObject(parent)

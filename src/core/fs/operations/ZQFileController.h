@@ -1,8 +1,8 @@
 #pragma once
 
-#include "fs/ZQStandardFile.h"
-#include "fs/operations/ZQFileOperationGroup.h"
-#include "fs/operations/ZQFileOperationTypes.h"
+#include "core/fs/ZQStandardFile.h"
+#include "core/fs/operations/ZQFileOperationGroup.h"
+#include "core/fs/operations/ZQFileOperationTypes.h"
 
 #include <QHash>
 #include <QList>

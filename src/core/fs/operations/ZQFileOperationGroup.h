@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fs/operations/ZQFileOperationUnit.h"
+#include "core/fs/operations/ZQFileOperationUnit.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
-#include "fs/operations/ZQFileOperationHandler.h"
+#include "core/fs/operations/ZQFileOperationHandler.h"
 
-#include "app/Dispatch.h"
-#include "fs/operations/ZQFileController.h"
-#include "fs/operations/ZQFileOperationPerformer.h"
+#include "core/app/Dispatch.h"
+#include "core/fs/operations/ZQFileController.h"
+#include "core/fs/operations/ZQFileOperationPerformer.h"
 
 #include <QElapsedTimer>
 #include <QPointer>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "fs/operations/ZQFileOperationDelegate.h"
-#include "fs/operations/ZQFileOperationGroup.h"
+#include "core/fs/operations/ZQFileOperationDelegate.h"
+#include "core/fs/operations/ZQFileOperationGroup.h"
 
 #include <QObject>
 

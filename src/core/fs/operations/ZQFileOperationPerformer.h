@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fs/operations/ZQFileOperationTypes.h"
+#include "core/fs/operations/ZQFileOperationTypes.h"
 
 class ZQFileOperationGroup;
 class ZQFileOperationUnit;

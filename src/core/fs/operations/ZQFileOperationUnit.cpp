@@ -1,4 +1,4 @@
-#include "fs/operations/ZQFileOperationUnit.h"
+#include "core/fs/operations/ZQFileOperationUnit.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

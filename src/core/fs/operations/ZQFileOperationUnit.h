@@ -1,7 +1,7 @@
 #pragma once
 
-#include "fs/ZQStandardFile.h"
-#include "fs/operations/ZQFileOperationTypes.h"
+#include "core/fs/ZQStandardFile.h"
+#include "core/fs/operations/ZQFileOperationTypes.h"
 
 #include <QString>
 

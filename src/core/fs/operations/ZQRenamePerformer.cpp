@@ -1,6 +1,6 @@
-#include "fs/operations/ZQRenamePerformer.h"
+#include "core/fs/operations/ZQRenamePerformer.h"
 
-#include "fs/operations/ZQFileOperationGroup.h"
+#include "core/fs/operations/ZQFileOperationGroup.h"
 
 #include <QFile>
 #include <QSet>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fs/operations/ZQFileOperationPerformer.h"
+#include "core/fs/operations/ZQFileOperationPerformer.h"
 
 // Renames each unit's item within its folder. Never replaces an existing item: the rename itself
 // refuses an occupied name (RENAME_NOREPLACE), so a file that appears between the checks and the
