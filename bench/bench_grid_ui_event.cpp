@@ -3,10 +3,10 @@
 // to bottom at 60 steps per second, and the resident memory afterwards.
 // Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
+#include "core/settings/WindowSettings.h"
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/inspector/InspectorViewController.h"
-#include "core/settings/WindowSettings.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -55,23 +55,24 @@ bool firstScreenComplete(ThumbnailsViewController *thumbnails)
     }
     return true;
 }
-}
+} // namespace
 
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     const QStringList args = app.arguments();
     if (args.size() < 2) {
-        std::fprintf(stderr, "usage: %s FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]\n",
+                     argv[0]);
         return 2;
     }
     auto settings = std::make_shared<WindowSettings>();
     int hold = -1;
     for (int i = 2; i + 1 < args.size(); i += 2) {
         if (args[i] == QLatin1String("--layout"))
-            settings->setBrowserLayout(args[i + 1] == QLatin1String("top") ? BrowserLayout::topPreview
-                                       : args[i + 1] == QLatin1String("none") ? BrowserLayout::noPreview
-                                                                              : BrowserLayout::rightPreview);
+            settings->setBrowserLayout(args[i + 1] == QLatin1String("top")        ? BrowserLayout::topPreview
+                                           : args[i + 1] == QLatin1String("none") ? BrowserLayout::noPreview
+                                                                                  : BrowserLayout::rightPreview);
         else if (args[i] == QLatin1String("--size"))
             settings->setThumbnailSize(args[i + 1].toInt());
         else if (args[i] == QLatin1String("--depth"))
@@ -88,7 +89,8 @@ int main(int argc, char **argv)
     window.addWidget(browserWidget);
     window.addWidget(inspector);
     window.setSizes({1080, 320});
-    QObject::connect(browserWidget, &BrowserViewController::selectionChanged, inspector, &InspectorViewController::setFiles);
+    QObject::connect(browserWidget, &BrowserViewController::selectionChanged, inspector,
+                     &InspectorViewController::setFiles);
     window.resize(1400, 900);
     window.setWindowTitle(QStringLiteral("Pixcove browser"));
     window.show();
@@ -141,8 +143,8 @@ int main(int argc, char **argv)
             if (bar->value() >= bar->maximum()) {
                 scroller->stop();
                 probe->stop();
-                out << "longest event-loop stall while scrolling: " << *longest << " ms wall, "
-                    << *longestWork / 1000.0 << " ms of GUI-thread CPU\n"
+                out << "longest event-loop stall while scrolling: " << *longest << " ms wall, " << *longestWork / 1000.0
+                    << " ms of GUI-thread CPU\n"
                     << "resident memory: " << residentKilobytes() / 1024 << " MB\n";
                 out.flush();
                 QCoreApplication::quit();

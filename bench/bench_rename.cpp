@@ -35,14 +35,22 @@ PXRenameRule rule(int constant, const QString &text = QString())
 PXRenameRules fiveRowRules()
 {
     const PXRenameRules inName = {
-        {PXRenameRow::simple, {rule(C::regex), rule(C::regexSearchValue, QStringLiteral("^img_(\\d+)")), rule(C::label),
-                               rule(C::regexReplaceValue, QStringLiteral("photo-$1"))}, {}},
-        {PXRenameRow::simple, {rule(C::insert), rule(C::insertAtBeginning), rule(C::addModificationDate), rule(C::label),
-                               rule(C::dateFormatValue, QStringLiteral("yyyy-MM-dd HH.mm "))}, {}},
-        {PXRenameRow::simple, {rule(C::insert), rule(C::insertAtEnd), rule(C::addSequence), rule(C::label),
-                               rule(C::initialSequenceValue, QStringLiteral("1")), rule(C::label), rule(C::sequenceFormat00001)}, {}},
-        {PXRenameRow::simple, {rule(C::replace), rule(C::replaceCharacters), rule(C::charactersToReplace, QStringLiteral("-")),
-                               rule(C::label), rule(C::addCharacters), rule(C::replacementCharacters, QStringLiteral("_"))}, {}},
+        {PXRenameRow::simple,
+         {rule(C::regex), rule(C::regexSearchValue, QStringLiteral("^img_(\\d+)")), rule(C::label),
+          rule(C::regexReplaceValue, QStringLiteral("photo-$1"))},
+         {}},
+        {PXRenameRow::simple,
+         {rule(C::insert), rule(C::insertAtBeginning), rule(C::addModificationDate), rule(C::label),
+          rule(C::dateFormatValue, QStringLiteral("yyyy-MM-dd HH.mm "))},
+         {}},
+        {PXRenameRow::simple,
+         {rule(C::insert), rule(C::insertAtEnd), rule(C::addSequence), rule(C::label),
+          rule(C::initialSequenceValue, QStringLiteral("1")), rule(C::label), rule(C::sequenceFormat00001)},
+         {}},
+        {PXRenameRow::simple,
+         {rule(C::replace), rule(C::replaceCharacters), rule(C::charactersToReplace, QStringLiteral("-")),
+          rule(C::label), rule(C::addCharacters), rule(C::replacementCharacters, QStringLiteral("_"))},
+         {}},
     };
     const PXRenameRules inExtension = {
         {PXRenameRow::simple, {rule(C::replace), rule(C::replaceEntirely), rule(C::label), rule(C::makeLowercase)}, {}},
@@ -57,7 +65,8 @@ const QTemporaryDir &folderOfFiles()
     static QTemporaryDir *dir = [] {
         auto *made = new QTemporaryDir;
         for (int i = 0; i < fileCount; ++i) {
-            const QByteArray path = QFile::encodeName(made->filePath(QStringLiteral("IMG_%1.JPG").arg(i, 5, 10, QLatin1Char('0'))));
+            const QByteArray path =
+                QFile::encodeName(made->filePath(QStringLiteral("IMG_%1.JPG").arg(i, 5, 10, QLatin1Char('0'))));
             ::close(::open(path.constData(), O_CREAT | O_WRONLY, 0644));
         }
         return made;
@@ -115,7 +124,8 @@ void BM_Rename10000(benchmark::State &state)
 {
     QTemporaryDir dir;
     for (int i = 0; i < fileCount; ++i) {
-        const QByteArray path = QFile::encodeName(dir.filePath(QStringLiteral("IMG_%1.JPG").arg(i, 5, 10, QLatin1Char('0'))));
+        const QByteArray path =
+            QFile::encodeName(dir.filePath(QStringLiteral("IMG_%1.JPG").arg(i, 5, 10, QLatin1Char('0'))));
         ::close(::open(path.constData(), O_CREAT | O_WRONLY, 0644));
     }
     QTemporaryDir settingsDir;
@@ -131,10 +141,14 @@ void BM_Rename10000(benchmark::State &state)
     if (renamer.workInProgress())
         loop.exec();
 
-    const PXRenameRules there = {{PXRenameRow::simple, {rule(C::insert), rule(C::insertAtBeginning), rule(C::addCharacters),
-                                                        rule(C::replacementCharacters, QStringLiteral("renamed-"))}, {}}};
-    const PXRenameRules back = {{PXRenameRow::simple, {rule(C::regex), rule(C::regexSearchValue, QStringLiteral("^renamed-")),
-                                                       rule(C::label), rule(C::regexReplaceValue, QString())}, {}}};
+    const PXRenameRules there = {{PXRenameRow::simple,
+                                  {rule(C::insert), rule(C::insertAtBeginning), rule(C::addCharacters),
+                                   rule(C::replacementCharacters, QStringLiteral("renamed-"))},
+                                  {}}};
+    const PXRenameRules back = {{PXRenameRow::simple,
+                                 {rule(C::regex), rule(C::regexSearchValue, QStringLiteral("^renamed-")),
+                                  rule(C::label), rule(C::regexReplaceValue, QString())},
+                                 {}}};
     bool forth = true;
     for (auto _ : state) {
         renamer.setRenameRules(forth ? there : back);

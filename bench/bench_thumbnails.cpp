@@ -16,7 +16,7 @@ namespace {
 QByteArray sourcePath(const char *name)
 {
     const QByteArray root = qEnvironmentVariableIsSet("PIXCOVE_BENCH_DIR") ? qgetenv("PIXCOVE_BENCH_DIR")
-                                                                            : QByteArray("/tmp/pixcove-bench");
+                                                                           : QByteArray("/tmp/pixcove-bench");
     return root + "/thumbs/src/" + name;
 }
 

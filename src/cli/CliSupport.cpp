@@ -31,7 +31,11 @@ std::optional<int> intOption(const QStringList &args, qsizetype &index, int min,
     bool ok = false;
     const int value = args[++index].toInt(&ok);
     if (!ok || value < min || value > max) {
-        *error = QStringLiteral("%1 takes a whole number from %2 to %3, not \"%4\"").arg(name).arg(min).arg(max).arg(args[index]);
+        *error = QStringLiteral("%1 takes a whole number from %2 to %3, not \"%4\"")
+                     .arg(name)
+                     .arg(min)
+                     .arg(max)
+                     .arg(args[index]);
         return std::nullopt;
     }
     return value;

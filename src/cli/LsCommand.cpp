@@ -12,9 +12,9 @@
 #include <QJsonObject>
 #include <QtConcurrent/QtConcurrentMap>
 
-#include <dirent.h>
 #include <cerrno>
 #include <cstring>
+#include <dirent.h>
 
 namespace {
 
@@ -150,9 +150,11 @@ QJsonObject describe(const PXFile &file)
     object.insert(QStringLiteral("height"), image ? QJsonValue(file.dimensionsHeight()) : QJsonValue());
     object.insert(QStringLiteral("megapixels"), image ? QJsonValue(file.megapixels()) : QJsonValue());
     object.insert(QStringLiteral("orientation"), image ? QJsonValue(file.orientation()) : QJsonValue());
-    object.insert(QStringLiteral("generalOrientation"), image ? textOrNull(file.generalOrientationString()) : QJsonValue());
+    object.insert(QStringLiteral("generalOrientation"),
+                  image ? textOrNull(file.generalOrientationString()) : QJsonValue());
     const QDateTime exifDate = image ? file.EXIFDate() : QDateTime();
-    object.insert(QStringLiteral("exifDate"), exifDate.isValid() ? QJsonValue(exifDate.toString(Qt::ISODate)) : QJsonValue());
+    object.insert(QStringLiteral("exifDate"),
+                  exifDate.isValid() ? QJsonValue(exifDate.toString(Qt::ISODate)) : QJsonValue());
     object.insert(QStringLiteral("camera"), image ? textOrNull(file.cameraModelString()) : QJsonValue());
     return object;
 }
@@ -187,10 +189,11 @@ int runLsCommand(const QStringList &args)
     collection.setExcludeFolders(options.hideFolders);
     collection.setSearch(options.searchType, options.search);
     collection.setFolderDepth(options.depth);
-    QObject::connect(&collection, &FileCollectionModel::folderFailed, [&status](const QString &path, const QString &reason) {
-        Cli::printError(QStringLiteral("cannot read %1: %2").arg(path, reason));
-        status = Cli::exitFailure;
-    });
+    QObject::connect(&collection, &FileCollectionModel::folderFailed,
+                     [&status](const QString &path, const QString &reason) {
+                         Cli::printError(QStringLiteral("cannot read %1: %2").arg(path, reason));
+                         status = Cli::exitFailure;
+                     });
     QObject::connect(&collection, &FileCollectionModel::representationsPublished, [&collection] {
         if (collection.isSettled())
             QCoreApplication::quit();

@@ -12,10 +12,10 @@
 #include <QJsonDocument>
 #include <QTextStream>
 
-#include <sys/stat.h>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 
 namespace {
 
@@ -118,7 +118,7 @@ std::optional<PXRenameRules> readRules(const QString &fileName, QString *error)
         *error = QStringLiteral("cannot read rules from %1: %2").arg(fileName, file.errorString());
         return std::nullopt;
     }
-    QJsonParseError parseError {};
+    QJsonParseError parseError{};
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
     if (parseError.error != QJsonParseError::NoError) {
         *error = QStringLiteral("cannot read rules from %1: %2 at offset %3")
@@ -140,7 +140,8 @@ class CommandLineQuestions : public PXFileRenamerQuestions
 public:
     ZQFileOperationResolution queryUserWithError(const ZQFileOperationError &error, bool *) override
     {
-        Cli::printError(QStringLiteral("cannot rename %1: %2 %3").arg(error.path, error.description, error.failureReason));
+        Cli::printError(
+            QStringLiteral("cannot rename %1: %2 %3").arg(error.path, error.description, error.failureReason));
         return ZQFileOperationResolution::cancel;
     }
     void showRenameError(const QString &message, const QString &informativeText) override
@@ -190,7 +191,8 @@ int runRenameCommand(const QStringList &args)
         QString error;
         const auto presetRules = renameRulesFromJson(preset->value(PXRenameSettingsKey::rules), &error);
         if (!presetRules)
-            return Cli::usageError(QStringLiteral("preset \"%1\" has unreadable rules: %2").arg(options.presetName, error), usage);
+            return Cli::usageError(
+                QStringLiteral("preset \"%1\" has unreadable rules: %2").arg(options.presetName, error), usage);
     } else {
         QString error;
         const auto fileRules = readRules(options.rulesFile, &error);
@@ -201,9 +203,11 @@ int runRenameCommand(const QStringList &args)
 
     QList<PXFilePtr> files;
     for (const QString &path : std::as_const(options.paths)) {
-        struct stat info {};
+        struct stat info
+        { };
         if (::lstat(QFile::encodeName(path).constData(), &info) != 0) {
-            Cli::printError(QStringLiteral("cannot read %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
+            Cli::printError(
+                QStringLiteral("cannot read %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
             return Cli::exitFailure;
         }
         files.append(PXFile::fileForPath(path));
@@ -220,7 +224,8 @@ int runRenameCommand(const QStringList &args)
     if (options.depth)
         renamer.setFolderScanDepth(*options.depth);
     if (options.sort || options.descending)
-        renamer.setSortSetting(options.sort.value_or(renamer.sortSetting()), !options.descending && renamer.sortAscending());
+        renamer.setSortSetting(options.sort.value_or(renamer.sortSetting()),
+                               !options.descending && renamer.sortAscending());
     if (options.flat)
         renamer.setFlatList(true);
     if (options.perFolder)
@@ -246,7 +251,9 @@ int runRenameCommand(const QStringList &args)
     }
     out.flush();
     if (collisions > 0) {
-        Cli::printError(QStringLiteral("%1 of the new names are taken%2").arg(collisions).arg(options.apply ? QStringLiteral(", nothing renamed") : QString()));
+        Cli::printError(QStringLiteral("%1 of the new names are taken%2")
+                            .arg(collisions)
+                            .arg(options.apply ? QStringLiteral(", nothing renamed") : QString()));
         return exitCollisions;
     }
     if (!options.apply)
@@ -261,8 +268,7 @@ int runRenameCommand(const QStringList &args)
     case PXFileRenamer::RenameStart::refused:
         Cli::printError(QStringLiteral("the rename was refused"));
         return Cli::exitFailure;
-    case PXFileRenamer::RenameStart::nothingToRename:
-        break;
+    case PXFileRenamer::RenameStart::nothingToRename: break;
     case PXFileRenamer::RenameStart::started: {
         QEventLoop loop;
         QObject::connect(&renamer, &PXFileRenamer::renameFinished, &loop,

@@ -14,12 +14,11 @@ namespace {
 
 constexpr char usage[] = "pixcove-cli settings [--path | --check FILE]";
 
-constexpr char help[] =
-    "usage: pixcove-cli settings [--path | --check FILE]\n"
-    "  --path        print the path of the settings file (also what no option does)\n"
-    "  --check FILE  load FILE as the program does at start-up and print the lines that loading\n"
-    "                logs; exit 1 when the program would ignore the file and start with its\n"
-    "                defaults, 0 when it would use it\n";
+constexpr char help[] = "usage: pixcove-cli settings [--path | --check FILE]\n"
+                        "  --path        print the path of the settings file (also what no option does)\n"
+                        "  --check FILE  load FILE as the program does at start-up and print the lines that loading\n"
+                        "                logs; exit 1 when the program would ignore the file and start with its\n"
+                        "                defaults, 0 when it would use it\n";
 
 QtMessageHandler s_previousHandler = nullptr;
 

@@ -17,22 +17,21 @@
 namespace {
 
 constexpr char usage[] = "pixcove-cli thumbs [--size POINTS] [--scale S] [--jobs N] [--no-cache] [--decode] PATH...";
-constexpr char help[] =
-    "pixcove-cli thumbs [--size POINTS] [--scale S] [--jobs N] [--no-cache] [--decode] PATH...\n"
-    "Makes the thumbnail that a grid cell of POINTS (default 400) shows on a screen of scale S\n"
-    "(default 2) for every file (folders: their files, one level), through the thumbnail\n"
-    "generator and the system thumbnailer, filling the freedesktop thumbnail cache.\n"
-    "Prints SOURCE PATH per file (SOURCE: embedded, cached, rendered or failed), then\n"
-    "\"N thumbnails in T s (R per second)\".\n"
-    "  --jobs N     thumbnails made at once (default 6)\n"
-    "  --no-cache   neither read nor write the thumbnail cache\n"
-    "  --decode     decode thumbnails found in the cache as a grid does (by default they are\n"
-    "               checked, not decoded: the command only needs them to exist)\n";
+constexpr char help[] = "pixcove-cli thumbs [--size POINTS] [--scale S] [--jobs N] [--no-cache] [--decode] PATH...\n"
+                        "Makes the thumbnail that a grid cell of POINTS (default 400) shows on a screen of scale S\n"
+                        "(default 2) for every file (folders: their files, one level), through the thumbnail\n"
+                        "generator and the system thumbnailer, filling the freedesktop thumbnail cache.\n"
+                        "Prints SOURCE PATH per file (SOURCE: embedded, cached, rendered or failed), then\n"
+                        "\"N thumbnails in T s (R per second)\".\n"
+                        "  --jobs N     thumbnails made at once (default 6)\n"
+                        "  --no-cache   neither read nor write the thumbnail cache\n"
+                        "  --decode     decode thumbnails found in the cache as a grid does (by default they are\n"
+                        "               checked, not decoded: the command only needs them to exist)\n";
 
 struct ThumbsOptions
 {
-    int size = 400;    // the grid's cell, in points
-    double scale = 2;  // a high-density screen
+    int size = 400; // the grid's cell, in points
+    double scale = 2; // a high-density screen
     int jobs = ThumbnailGenerator::defaultConcurrentRequestsCount;
     bool cache = true;
     bool decode = false;
@@ -84,8 +83,7 @@ QList<PXFilePtr> filesForPaths(const QStringList &paths, bool *missing)
     for (const QString &path : paths) {
         const QFileInfo info(path);
         if (info.isDir()) {
-            const QFileInfoList entries =
-                QDir(path).entryInfoList(QDir::Files, QDir::Name | QDir::LocaleAware);
+            const QFileInfoList entries = QDir(path).entryInfoList(QDir::Files, QDir::Name | QDir::LocaleAware);
             for (const QFileInfo &entry : entries)
                 files.append(PXFile::fileForPath(entry.absoluteFilePath()));
         } else if (info.exists()) {
@@ -134,7 +132,8 @@ int runThumbsCommand(const QStringList &args)
                                                                      ThumbnailGenerator::Priority::medium, nullptr);
         request->setWantsImage(options.decode);
         std::weak_ptr<ThumbnailGenerator::Request> weakRequest = request;
-        request->setUpdateHandler([&, weakRequest, file](const QImage &image, bool final, std::optional<ThumbnailError> error) {
+        request->setUpdateHandler([&, weakRequest, file](const QImage &image, bool final,
+                                                         std::optional<ThumbnailError> error) {
             if (!final && !error)
                 return; // a preliminary picture: the final one follows
             const auto request = weakRequest.lock();

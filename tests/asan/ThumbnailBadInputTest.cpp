@@ -53,7 +53,7 @@ QByteArray hugePng()
     QByteArray rows(10 * 30001, '\0');
     const QByteArray compressed = qCompress(rows).mid(4); // zlib stream without Qt's length prefix
     return QByteArray("\x89PNG\r\n\x1A\n", 8) + pngChunk("IHDR", header) + pngChunk("IDAT", compressed)
-           + pngChunk("IEND", {});
+        + pngChunk("IEND", {});
 }
 
 QString writeNoisyJpeg(const QString &path, QSize size)
@@ -180,8 +180,7 @@ TEST_F(ThumbnailBadInputTest, BrokenCacheEntriesAndUnwritableCacheStillGiveThumb
     // A cache root that cannot be made (a file stands in its way) only costs the caching.
     dir.write("blocked", "a file, not a folder");
     SystemThumbnailer blocked{ThumbnailCache(dir.filePath("blocked/thumbnails"))};
-    const SystemThumbnailResult result =
-        blocked.thumbnail(SystemThumbnailRequest(native(photo), QSizeF(200, 200), 1));
+    const SystemThumbnailResult result = blocked.thumbnail(SystemThumbnailRequest(native(photo), QSizeF(200, 200), 1));
     EXPECT_EQ(result.source, ThumbnailSource::rendered);
     EXPECT_FALSE(result.image.isNull());
 }

@@ -16,8 +16,7 @@ public:
     QString filePath(const QString &relative) const { return m_dir.filePath(relative); }
 
     // Writes `relative` (creating its folders) and returns its absolute path.
-    QString write(const QString &relative, const QByteArray &bytes = {},
-                  const QDateTime &modified = {});
+    QString write(const QString &relative, const QByteArray &bytes = {}, const QDateTime &modified = {});
     QString mkdir(const QString &relative);
     QString symlink(const QString &target, const QString &relative);
 
@@ -26,14 +25,14 @@ private:
 };
 
 // Spins the event loop until `done()` is true or `timeoutMs` passes; answers `done()`.
-template <typename Predicate>
+template<typename Predicate>
 bool waitUntil(Predicate done, int timeoutMs = 5000);
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QThread>
 
-template <typename Predicate>
+template<typename Predicate>
 bool waitUntil(Predicate done, int timeoutMs)
 {
     QDeadlineTimer deadline(timeoutMs);

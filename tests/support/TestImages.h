@@ -18,14 +18,14 @@ QString corpusDir();
 struct JpegOptions
 {
     QString dateTimeOriginal; // "yyyy:MM:dd HH:mm:ss"
-    int orientation = 0;      // 1..8
+    int orientation = 0; // 1..8
     QString make;
     QString model;
-    QList<int> iso;           // Exif ISOSpeedRatings: one value or more
+    QList<int> iso; // Exif ISOSpeedRatings: one value or more
     double fNumber = 0;
-    std::optional<double> latitude;  // signed degrees; written unsigned with an N/S reference
+    std::optional<double> latitude; // signed degrees; written unsigned with an N/S reference
     std::optional<double> longitude; // signed degrees; written unsigned with an E/W reference
-    QStringList keywords;            // IPTC keywords, UTF-8
+    QStringList keywords; // IPTC keywords, UTF-8
     // Any further values by Exiv2 key ("Exif.Photo.UserComment", "Iptc.Application2.City",
     // "Xmp.xmp.Rating"), as text in Exiv2's notation for the key's type ("28/10", "1 2 3").
     QMap<QString, QString> extra;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "ui/app/AuxiliaryWindowsManager.h"
-#include "ui/app/MainWindowsManager.h"
-#include "ui/app/WarningsManager.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "support/TestDir.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
+#include "ui/app/MainWindowsManager.h"
+#include "ui/app/WarningsManager.h"
 #include "ui/windows/MainWindowController.h"
 
 #include <QApplication>

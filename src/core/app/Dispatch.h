@@ -17,20 +17,20 @@
 QThreadPool *namedThreadPool(const QString &name);
 
 // Runs `fn` on the GUI thread at the next turn of its event loop.
-template <typename F>
+template<typename F>
 void postToGui(F &&fn)
 {
     QMetaObject::invokeMethod(QCoreApplication::instance(), std::forward<F>(fn), Qt::QueuedConnection);
 }
 
 // Runs `fn` in `context`'s thread; dropped when `context` is gone by then.
-template <typename F>
+template<typename F>
 void postTo(QObject *context, F &&fn)
 {
     QMetaObject::invokeMethod(context, std::forward<F>(fn), Qt::QueuedConnection);
 }
 
-template <typename F>
+template<typename F>
 void runOnPool(const QString &poolName, F &&fn, int priority = 0)
 {
     namedThreadPool(poolName)->start(std::forward<F>(fn), priority);

@@ -2,8 +2,8 @@
 
 #include "core/model/PXFile.h"
 
-#include <QObject>
 #include <QHash>
+#include <QObject>
 
 // The files the user flagged or rejected during this run, process-wide (one shared instance that
 // tests may replace). A file is never both: flagging clears its rejection and the other way

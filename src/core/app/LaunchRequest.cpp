@@ -10,14 +10,10 @@ namespace {
 QString kindName(LaunchRequest::Kind kind)
 {
     switch (kind) {
-    case LaunchRequest::Kind::plain:
-        return QStringLiteral("plain");
-    case LaunchRequest::Kind::open:
-        return QStringLiteral("open");
-    case LaunchRequest::Kind::rename:
-        return QStringLiteral("rename");
-    case LaunchRequest::Kind::slideshow:
-        return QStringLiteral("slideshow");
+    case LaunchRequest::Kind::plain: return QStringLiteral("plain");
+    case LaunchRequest::Kind::open: return QStringLiteral("open");
+    case LaunchRequest::Kind::rename: return QStringLiteral("rename");
+    case LaunchRequest::Kind::slideshow: return QStringLiteral("slideshow");
     }
     return {};
 }

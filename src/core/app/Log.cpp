@@ -8,7 +8,7 @@ namespace {
 // Info and above are on by default; debug lines need detailed logging or a logging rule.
 Q_LOGGING_CATEGORY(lcPixcove, "pixcove", QtInfoMsg)
 std::atomic<bool> s_detailedLogging{false};
-}
+} // namespace
 
 void logError(const QString &message)
 {

@@ -12,7 +12,7 @@ struct KnownType
 {
     const char *identifier;
     const char *mimeType; // the MIME type it is looked up from; null for abstract types
-    const char *parents;  // comma-separated
+    const char *parents; // comma-separated
 };
 
 // The types the program tells apart. Abstract types first, then concrete ones by MIME type.
@@ -177,7 +177,10 @@ public:
         return result;
     }
 
-    QString mimeFor(const QString &type) const { return m_mimeForType.value(type, type.contains(QLatin1Char('/')) ? type : QString()); }
+    QString mimeFor(const QString &type) const
+    {
+        return m_mimeForType.value(type, type.contains(QLatin1Char('/')) ? type : QString());
+    }
 
 private:
     static bool claimsExtension(const QMimeType &mime, const QString &extension)
@@ -219,7 +222,8 @@ private:
         }
         for (const KnownType &known : knownTypes) {
             const QString identifier = QString::fromLatin1(known.identifier);
-            m_parents.insert(identifier, QString::fromLatin1(known.parents).split(QLatin1Char(','), Qt::SkipEmptyParts));
+            m_parents.insert(identifier,
+                             QString::fromLatin1(known.parents).split(QLatin1Char(','), Qt::SkipEmptyParts));
             if (known.mimeType) {
                 m_typeForMime.insert(QString::fromLatin1(known.mimeType), identifier);
                 m_mimeForType.insert(identifier, QString::fromLatin1(known.mimeType));
@@ -253,10 +257,10 @@ private:
         appendChain(QStringLiteral("public.data"), result);
     }
 
-    QHash<QString, QStringList> m_parents;     // constant after construction
-    QHash<QString, QString> m_typeForMime;     // constant after construction
-    QHash<QString, QString> m_mimeForType;     // constant after construction
-    QSet<QString> m_compoundSuffixes;          // constant after construction
+    QHash<QString, QStringList> m_parents; // constant after construction
+    QHash<QString, QString> m_typeForMime; // constant after construction
+    QHash<QString, QString> m_mimeForType; // constant after construction
+    QSet<QString> m_compoundSuffixes; // constant after construction
     QReadWriteLock m_lock;
     QHash<QString, QString> m_typeForExtension;
     QHash<QString, QStringList> m_chains;

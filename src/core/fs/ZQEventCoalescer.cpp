@@ -46,14 +46,9 @@ void ZQEventCoalescer::add(ZQFileEventType type, const QByteArray &nativePath)
         pending.presenceChanged = true;
         pending.existsAtEnd = false;
         break;
-    case ZQFileEventType::contentModified:
-        pending.written = true;
-        break;
-    case ZQFileEventType::attributesChanged:
-        pending.touched = true;
-        break;
-    case ZQFileEventType::rescanNeeded:
-        break;
+    case ZQFileEventType::contentModified: pending.written = true; break;
+    case ZQFileEventType::attributesChanged: pending.touched = true; break;
+    case ZQFileEventType::rescanNeeded: break;
     }
 }
 

@@ -7,11 +7,11 @@
 // file is (its content or identity); the others touch only its attributes or its presence.
 enum class ZQFileEventType : int {
     contentModified = 1, // written to
-    created = 2,         // appeared under this name
-    removed = 3,         // gone from the folder (deleted or moved away)
-    replaced = 4,        // another file was moved onto this name
+    created = 2, // appeared under this name
+    removed = 3, // gone from the folder (deleted or moved away)
+    replaced = 4, // another file was moved onto this name
     attributesChanged = 5, // permissions, times, extended attributes
-    rescanNeeded = 6,    // the kernel dropped events: the folder must be listed again
+    rescanNeeded = 6, // the kernel dropped events: the folder must be listed again
 };
 
 struct ZQFileEvent

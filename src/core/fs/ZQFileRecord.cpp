@@ -47,7 +47,8 @@ void forgetIfStale(const ZQFilePtr &file, bool standing, const struct stat &info
     const bool wasStanding = !file->isPlaceholder();
     if (wasStanding == standing && (!standing || (file->device() == info.st_dev && file->inode() == info.st_ino)))
         return;
-    file->updateForEvent(ZQFileEvent{standing ? ZQFileEventType::replaced : ZQFileEventType::removed, file->nativePath()});
+    file->updateForEvent(
+        ZQFileEvent{standing ? ZQFileEventType::replaced : ZQFileEventType::removed, file->nativePath()});
 }
 
 bool fail(QString *error, const QString &reason)
@@ -124,7 +125,8 @@ ZQFilePtr ZQFileRecord::resolve() const
 
     // Asked afresh: a file object held elsewhere may remember an older file under the name.
     const QByteArray nativePath = file->nativePath();
-    struct stat info {};
+    struct stat info
+    { };
     const bool standing = ::lstat(nativePath.constData(), &info) == 0;
     if (standing && quint64(info.st_dev) == device && quint64(info.st_ino) == inode)
         return file;
@@ -143,7 +145,8 @@ ZQFilePtr ZQFileRecord::resolve() const
                 if (!candidate.endsWith('/'))
                     candidate += '/';
                 candidate += entry->d_name;
-                struct stat candidateInfo {};
+                struct stat candidateInfo
+                { };
                 if (::lstat(candidate.constData(), &candidateInfo) == 0 && quint64(candidateInfo.st_dev) == device
                     && quint64(candidateInfo.st_ino) == inode) {
                     found = candidate;

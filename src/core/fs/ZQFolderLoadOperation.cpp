@@ -12,9 +12,9 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <vector>
 #include <deque>
 #include <system_error>
+#include <vector>
 
 namespace {
 
@@ -49,21 +49,18 @@ ZQEntryKind kindOfMode(mode_t mode)
 ZQEntryKind kindOfEntry(int dirFd, const char *name, unsigned char type)
 {
     switch (type) {
-    case DT_REG:
-        return ZQEntryKind::regular;
-    case DT_DIR:
-        return ZQEntryKind::directory;
-    case DT_LNK:
-        return ZQEntryKind::symlink;
+    case DT_REG: return ZQEntryKind::regular;
+    case DT_DIR: return ZQEntryKind::directory;
+    case DT_LNK: return ZQEntryKind::symlink;
     case DT_UNKNOWN: {
         // Some file systems (older XFS, some network and FUSE mounts) leave the type out.
-        struct stat info {};
+        struct stat info
+        { };
         if (::fstatat(dirFd, name, &info, AT_SYMLINK_NOFOLLOW) == 0)
             return kindOfMode(info.st_mode);
         return ZQEntryKind::unknown;
     }
-    default:
-        return ZQEntryKind::other;
+    default: return ZQEntryKind::other;
     }
 }
 
@@ -97,8 +94,7 @@ public:
         , m_batchSize(qMax(1, options.batchSize))
         , m_cancelled(cancelled)
         , m_sink(sink)
-    {
-    }
+    { }
 
     // Breadth first, so that the folder's own entries come first and nearer levels before
     // deeper ones. Returns false when cancelled.
@@ -245,7 +241,7 @@ struct ZQFolderLoadOperation::Shared
     QMutex mutex;
     ZQFolderLoadOperation *receiver = nullptr;
 
-    template <typename F>
+    template<typename F>
     static void post(const std::shared_ptr<Shared> &shared, F &&deliver)
     {
         QMutexLocker locker(&shared->mutex);
@@ -265,8 +261,7 @@ ZQFolderLoadOperation::ZQFolderLoadOperation(ZQFilePtr folder, ZQFolderLoadOptio
     : QObject(parent)
     , m_folder(std::move(folder))
     , m_options(std::move(options))
-{
-}
+{ }
 
 ZQFolderLoadOperation::~ZQFolderLoadOperation()
 {
@@ -283,8 +278,7 @@ void ZQFolderLoadOperation::start()
     public:
         explicit PostingSink(std::shared_ptr<Shared> shared)
             : m_shared(std::move(shared))
-        {
-        }
+        { }
         void batch(const ZQFilePtr &folder, QList<ZQFilePtr> &&files) override
         {
             Shared::post(m_shared, [folder, files = std::move(files)](ZQFolderLoadOperation *operation) {

@@ -72,8 +72,7 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
         : q(owner)
         , folderPath(owner->m_folder->nativePath())
         , coalescer([this] { flush(); })
-    {
-    }
+    { }
 
     ZQFolderSubscription *q;
     const QByteArray folderPath;
@@ -89,7 +88,7 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
     QString error;
     int emitDepth = 0;
 
-    ZQFolderLoadOperation *loader = nullptr;  // the first listing
+    ZQFolderLoadOperation *loader = nullptr; // the first listing
     ZQFolderLoadOperation *rescanner = nullptr; // a listing again after the kernel dropped events
     QList<ZQFilePtr> rescanned;
     bool rescanFailed = false;
@@ -166,9 +165,8 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
 
     void flush()
     {
-        const QList<ZQFileEvent> events = coalescer.take([this](const QByteArray &path) {
-            return path == folderPath || indexOfPath.contains(path);
-        });
+        const QList<ZQFileEvent> events =
+            coalescer.take([this](const QByteArray &path) { return path == folderPath || indexOfPath.contains(path); });
         bool rescan = false;
         for (const ZQFileEvent &event : events) {
             if (event.type == ZQFileEventType::rescanNeeded) {
@@ -181,14 +179,9 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
                 continue;
             }
             switch (event.type) {
-            case ZQFileEventType::created:
-                addFile(ZQStandardFile::newFileForNativePath(event.nativePath));
-                break;
-            case ZQFileEventType::removed:
-                removeFile(event.nativePath);
-                break;
-            default:
-                break;
+            case ZQFileEventType::created: addFile(ZQStandardFile::newFileForNativePath(event.nativePath)); break;
+            case ZQFileEventType::removed: removeFile(event.nativePath); break;
+            default: break;
             }
             if (isListing() && event.type != ZQFileEventType::contentModified
                 && event.type != ZQFileEventType::attributesChanged)
@@ -385,8 +378,7 @@ std::shared_ptr<ZQFolderSubscription> ZQFolderSubscription::existingForFolder(co
 ZQFolderSubscription::ZQFolderSubscription(ZQFilePtr folder)
     : m_folder(std::move(folder))
     , m_d(std::make_unique<Private>(this))
-{
-}
+{ }
 
 ZQFolderSubscription::~ZQFolderSubscription()
 {
@@ -452,8 +444,7 @@ struct ZQFilesSubscription::Private final : ZQInotifyWatcher::Client
     explicit Private(ZQFilesSubscription *owner)
         : q(owner)
         , coalescer([this] { flush(); })
-    {
-    }
+    { }
 
     ~Private()
     {
@@ -521,7 +512,8 @@ struct ZQFilesSubscription::Private final : ZQInotifyWatcher::Client
     {
         for (const QByteArray &name : folders.value(folderPath).names) {
             const QByteArray path = joinedPath(folderPath, name);
-            struct stat info {};
+            struct stat info
+            { };
             exists[path] = ::lstat(path.constData(), &info) == 0;
         }
     }
@@ -530,8 +522,7 @@ struct ZQFilesSubscription::Private final : ZQInotifyWatcher::Client
 ZQFilesSubscription::ZQFilesSubscription(QObject *parent)
     : QObject(parent)
     , m_d(std::make_unique<Private>(this))
-{
-}
+{ }
 
 ZQFilesSubscription::~ZQFilesSubscription() = default;
 

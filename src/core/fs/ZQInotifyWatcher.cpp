@@ -56,10 +56,11 @@ bool ZQInotifyWatcher::addWatch(const QByteArray &folderPath, Client *client)
         // Nothing to watch: the listing reports the missing folder.
         if (error == ENOENT || error == ENOTDIR)
             return false;
-        QString message = QStringLiteral("Cannot watch %1 for changes: %2")
-                              .arg(QFile::decodeName(folderPath), errorText(error));
+        QString message =
+            QStringLiteral("Cannot watch %1 for changes: %2").arg(QFile::decodeName(folderPath), errorText(error));
         if (error == ENOSPC)
-            message += QStringLiteral(" (the per-user limit of inotify watches, fs.inotify.max_user_watches, is reached)");
+            message +=
+                QStringLiteral(" (the per-user limit of inotify watches, fs.inotify.max_user_watches, is reached)");
         logError(message);
         return false;
     }

@@ -17,14 +17,14 @@
 struct ZQStandardFile::StatInfo
 {
     bool exists = false;
-    mode_t linkMode = 0;   // the entry itself (a link stays a link)
+    mode_t linkMode = 0; // the entry itself (a link stays a link)
     mode_t targetMode = 0; // links followed; 0 for a broken link
     qint64 size = -1;
     // Kept as stamps and made into dates when first asked: a local date costs the C library a
     // look at the time zone file, too much for every entry of a big listing.
     struct Date
     {
-        statx_timestamp stamp {};
+        statx_timestamp stamp{};
         mutable bool made = false;
         mutable QDateTime date;
     };
@@ -164,9 +164,9 @@ ZQFilePtr ZQStandardFile::parentItem() const
 void ZQStandardFile::fillStat() const
 {
     auto info = std::make_unique<StatInfo>();
-    struct statx stx {};
-    if (::statx(AT_FDCWD, m_nativePath.constData(), AT_SYMLINK_NOFOLLOW,
-                STATX_BASIC_STATS | STATX_BTIME, &stx) == 0) {
+    struct statx stx
+    { };
+    if (::statx(AT_FDCWD, m_nativePath.constData(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME, &stx) == 0) {
         info->exists = true;
         info->linkMode = stx.stx_mode;
         info->targetMode = stx.stx_mode;
@@ -179,7 +179,8 @@ void ZQStandardFile::fillStat() const
         info->device = makedev(stx.stx_dev_major, stx.stx_dev_minor);
         info->inode = stx.stx_ino;
         if (S_ISLNK(stx.stx_mode)) {
-            struct stat target {};
+            struct stat target
+            { };
             info->targetMode = ::stat(m_nativePath.constData(), &target) == 0 ? target.st_mode : 0;
         }
     }
@@ -188,7 +189,7 @@ void ZQStandardFile::fillStat() const
 
 namespace {
 // Caller holds the file's lock.
-template <typename Date>
+template<typename Date>
 QDateTime dateOf(const Date &date)
 {
     if (!date.made) {
@@ -266,7 +267,9 @@ bool ZQStandardFile::isVolumeRoot() const
     if (!isDirectory())
         return false;
     const ZQFilePtr parent = parentItem();
-    struct stat own {}, above {};
+    struct stat own
+    {
+    }, above{};
     if (::stat(m_nativePath.constData(), &own) != 0 || ::stat(parent->nativePath().constData(), &above) != 0)
         return false;
     return own.st_dev != above.st_dev || own.st_ino == above.st_ino;

@@ -50,7 +50,7 @@ public:
     const QString &name() const { return m_name; }
     // The name shown to the user: the file name, or the volume's name for "/".
     const QString &displayName() const { return m_displayName; }
-    QString parentPath() const;  // empty for "/"
+    QString parentPath() const; // empty for "/"
     ZQFilePtr parentItem() const; // null for "/"
     bool isInvisible() const { return m_name.startsWith(QLatin1Char('.')); }
 
@@ -64,19 +64,19 @@ public:
     QString resolvedTypeIdentifier() const;
 
     // Facts from stat; a placeholder answers empty dates, size -1 and false.
-    bool isPlaceholder() const;   // not on disk (any more)
+    bool isPlaceholder() const; // not on disk (any more)
     bool isSymbolicLink() const;
     bool isRealFile() const { return !isSymbolicLink(); }
-    bool isDirectory() const;     // links to folders count
+    bool isDirectory() const; // links to folders count
     bool isPlainDirectory() const; // a folder that is not an application bundle
-    bool isApplication() const;   // a .desktop file, an AppImage or an .app bundle
+    bool isApplication() const; // a .desktop file, an AppImage or an .app bundle
     bool isWritable() const;
-    bool isVolumeRoot() const;    // a mount point
+    bool isVolumeRoot() const; // a mount point
     bool isVolumesDirectory() const; // /media/$USER, /run/media/$USER or /mnt
-    qint64 fileSize() const;       // bytes; -1 when stat failed
+    qint64 fileSize() const; // bytes; -1 when stat failed
     QDateTime modificationDate() const;
     QDateTime creationDate() const; // birth time; invalid where the file system has none
-    QDateTime dateAdded() const;    // last status change: moving a file into a folder sets it
+    QDateTime dateAdded() const; // last status change: moving a file into a folder sets it
     QDateTime accessDate() const;
     dev_t device() const;
     ino_t inode() const;
@@ -95,7 +95,7 @@ private:
 
     struct StatInfo;
     const StatInfo &statInfo() const; // caller holds m_lock
-    void fillStat() const;            // caller holds m_lock
+    void fillStat() const; // caller holds m_lock
 
     QByteArray m_nativePath;
     QString m_path;

@@ -53,7 +53,8 @@ QImage jpegPreview(const NativeFile &file, const QByteArray &head, int neededPix
         const int edge = qMax(size.width(), size.height());
         if (edge == 0)
             continue;
-        const bool better = best.isEmpty() || (bestEdge < neededPixels ? edge > bestEdge : (edge >= neededPixels && edge < bestEdge));
+        const bool better =
+            best.isEmpty() || (bestEdge < neededPixels ? edge > bestEdge : (edge >= neededPixels && edge < bestEdge));
         if (better) {
             best = data;
             bestEdge = edge;
@@ -77,18 +78,15 @@ QImage read(const QByteArray &nativePath, int neededPixels, QString *error)
         return {};
     const QByteArray head = file.read(0, 64);
     switch (ImageHeaderReader::detectFormat(head, {}, nativePath)) {
-    case ImageFormat::Jpeg:
-        return jpegPreview(file, head, neededPixels, &message);
+    case ImageFormat::Jpeg: return jpegPreview(file, head, neededPixels, &message);
     case ImageFormat::Heif: {
         const QImage image = HeifDecoder::thumbnail(nativePath, neededPixels, &message);
         return ImageDecoder::scaledToFit(image, capSize);
     }
-    case ImageFormat::CameraRaw:
-        return RawDecoder::embeddedPreview(nativePath, maxPixelSize, &message);
+    case ImageFormat::CameraRaw: return RawDecoder::embeddedPreview(nativePath, maxPixelSize, &message);
     case ImageFormat::Png:
     case ImageFormat::Tiff:
-    case ImageFormat::Other:
-        break;
+    case ImageFormat::Other: break;
     }
     const ExifPreviews::Preview preview = ExifPreviews::best(nativePath, neededPixels, &message);
     if (preview.data.isEmpty())

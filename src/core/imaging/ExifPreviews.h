@@ -10,7 +10,7 @@ namespace ExifPreviews {
 
 struct Preview
 {
-    QByteArray data;   // an encoded picture (JPEG, TIFF or PNG)
+    QByteArray data; // an encoded picture (JPEG, TIFF or PNG)
     int width = 0;
     int height = 0;
     int orientation = 0; // of the file, 0 when not stated

@@ -18,9 +18,9 @@ enum class Kind {
     IntegerList,
     RealList,
     IntegerText, // a number shown as text (serial numbers)
-    Comment,     // an EXIF comment with its character-set prefix
-    Degrees,     // degrees, minutes, seconds
-    Time,        // hours, minutes, seconds
+    Comment, // an EXIF comment with its character-set prefix
+    Degrees, // degrees, minutes, seconds
+    Time, // hours, minutes, seconds
 };
 
 // One EXIF tag of one IFD and where its value goes.
@@ -38,20 +38,13 @@ constexpr auto Aux = &ImageMetadata::exifAux;
 constexpr auto Gps = &ImageMetadata::gps;
 
 constexpr Rule ImageRules[] = {
-    {0x010d, "DocumentName", Kind::Text, Tiff},
-    {0x010e, "ImageDescription", Kind::Text, Tiff},
-    {0x010f, "Make", Kind::Text, Tiff},
-    {0x0110, "Model", Kind::Text, Tiff},
-    {0x0112, "Orientation", Kind::Integer, Tiff},
-    {0x011a, "XResolution", Kind::Real, Tiff},
-    {0x011b, "YResolution", Kind::Real, Tiff},
-    {0x0128, "ResolutionUnit", Kind::Integer, Tiff},
-    {0x0131, "Software", Kind::Text, Tiff},
-    {0x0132, "DateTime", Kind::Text, Tiff},
-    {0x013b, "Artist", Kind::Text, Tiff},
-    {0x013c, "HostComputer", Kind::Text, Tiff},
-    {0x8298, "Copyright", Kind::Text, Tiff},
-    {0x9211, "ImageNumber", Kind::Integer, Aux},
+    {0x010d, "DocumentName", Kind::Text, Tiff},   {0x010e, "ImageDescription", Kind::Text, Tiff},
+    {0x010f, "Make", Kind::Text, Tiff},           {0x0110, "Model", Kind::Text, Tiff},
+    {0x0112, "Orientation", Kind::Integer, Tiff}, {0x011a, "XResolution", Kind::Real, Tiff},
+    {0x011b, "YResolution", Kind::Real, Tiff},    {0x0128, "ResolutionUnit", Kind::Integer, Tiff},
+    {0x0131, "Software", Kind::Text, Tiff},       {0x0132, "DateTime", Kind::Text, Tiff},
+    {0x013b, "Artist", Kind::Text, Tiff},         {0x013c, "HostComputer", Kind::Text, Tiff},
+    {0x8298, "Copyright", Kind::Text, Tiff},      {0x9211, "ImageNumber", Kind::Integer, Aux},
 };
 
 constexpr Rule PhotoRules[] = {
@@ -146,7 +139,7 @@ constexpr IptcRule IptcRules[] = {
 };
 constexpr quint16 IptcKeywords = 25;
 
-template <size_t N>
+template<size_t N>
 const Rule *findRule(const Rule (&rules)[N], quint16 tag)
 {
     for (const Rule &rule : rules) {
@@ -163,8 +156,9 @@ QString decodeText(const std::string &bytes)
     std::string::size_type length = bytes.find('\0');
     if (length == std::string::npos)
         length = bytes.size();
-    while (length > 0 && (bytes[length - 1] == ' ' || bytes[length - 1] == '\t' || bytes[length - 1] == '\n'
-                          || bytes[length - 1] == '\r'))
+    while (length > 0
+           && (bytes[length - 1] == ' ' || bytes[length - 1] == '\t' || bytes[length - 1] == '\n'
+               || bytes[length - 1] == '\r'))
         --length;
     const QByteArrayView view(bytes.data(), qsizetype(length));
     QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
@@ -196,8 +190,7 @@ bool isInteger(Exiv2::TypeId type)
     case Exiv2::signedLong:
     case Exiv2::undefined: // one-byte enumerations such as FileSource
         return true;
-    default:
-        return false;
+    default: return false;
     }
 }
 
@@ -211,7 +204,7 @@ std::optional<qlonglong> integerAt(const Exiv2::Value &value, long index)
     return qlonglong(number);
 }
 
-template <typename Rational>
+template<typename Rational>
 std::optional<double> ratio(const Rational &r)
 {
     if (r.second == 0)
@@ -227,12 +220,9 @@ std::optional<double> realAt(const Exiv2::Value &value, long index)
     switch (value.typeId()) {
     case Exiv2::unsignedRational:
         return ratio(static_cast<const Exiv2::URationalValue &>(value).value_.at(size_t(index)));
-    case Exiv2::signedRational:
-        return ratio(static_cast<const Exiv2::RationalValue &>(value).value_.at(size_t(index)));
-    case Exiv2::tiffFloat:
-        return double(static_cast<const Exiv2::FloatValue &>(value).value_.at(size_t(index)));
-    case Exiv2::tiffDouble:
-        return static_cast<const Exiv2::DoubleValue &>(value).value_.at(size_t(index));
+    case Exiv2::signedRational: return ratio(static_cast<const Exiv2::RationalValue &>(value).value_.at(size_t(index)));
+    case Exiv2::tiffFloat: return double(static_cast<const Exiv2::FloatValue &>(value).value_.at(size_t(index)));
+    case Exiv2::tiffDouble: return static_cast<const Exiv2::DoubleValue &>(value).value_.at(size_t(index));
     default:
         if (const auto integer = integerAt(value, index))
             return double(*integer);
@@ -255,8 +245,7 @@ std::optional<QVariant> convert(const Exiv2::Value &value, Kind kind)
         if (const auto real = realAt(value, 0))
             return QVariant(*real);
         return std::nullopt;
-    case Kind::Text:
-        return textOf(value);
+    case Kind::Text: return textOf(value);
     case Kind::IntegerList:
     case Kind::RealList: {
         QVariantList list;
@@ -337,8 +326,7 @@ void readImageLayout(quint16 tag, const Exiv2::Value &value, ImageMetadata *meta
     case 0x0152: // ExtraSamples
         metadata->extraSamples = value.count() > 0;
         break;
-    default:
-        break;
+    default: break;
     }
 }
 
@@ -450,7 +438,7 @@ void lockXmpToolkit(void *, bool lock)
 }
 
 // Runs `readAll` and turns whatever Exiv2 throws into a false answer and a message.
-template <typename ReadAll>
+template<typename ReadAll>
 bool guarded(ReadAll readAll, QString *error)
 {
     ExifReader::initialize();
@@ -466,26 +454,28 @@ bool guarded(ReadAll readAll, QString *error)
     return false;
 }
 
-template <typename Open>
+template<typename Open>
 bool read(Open open, ImageMetadata *metadata, QString *error)
 {
-    return guarded([&] {
-        Exiv2::Image::AutoPtr image = open();
-        if (!image.get())
-            throw Exiv2::Error(Exiv2::kerFileContainsUnknownImageType);
-        image->readMetadata();
-        readExif(image->exifData(), metadata);
-        readIptc(image->iptcData(), metadata);
-        readXmp(image->xmpData(), metadata);
-        if (image->iccProfileDefined()) {
-            const Exiv2::DataBuf *profile = image->iccProfile();
-            metadata->iccProfile = QByteArray(reinterpret_cast<const char *>(profile->pData_), profile->size_);
-        }
-        metadata->mimeType = QString::fromStdString(image->mimeType());
-        metadata->pixelWidth = image->pixelWidth();
-        metadata->pixelHeight = image->pixelHeight();
-        return true;
-    }, error);
+    return guarded(
+        [&] {
+            Exiv2::Image::AutoPtr image = open();
+            if (!image.get())
+                throw Exiv2::Error(Exiv2::kerFileContainsUnknownImageType);
+            image->readMetadata();
+            readExif(image->exifData(), metadata);
+            readIptc(image->iptcData(), metadata);
+            readXmp(image->xmpData(), metadata);
+            if (image->iccProfileDefined()) {
+                const Exiv2::DataBuf *profile = image->iccProfile();
+                metadata->iccProfile = QByteArray(reinterpret_cast<const char *>(profile->pData_), profile->size_);
+            }
+            metadata->mimeType = QString::fromStdString(image->mimeType());
+            metadata->pixelWidth = image->pixelWidth();
+            metadata->pixelHeight = image->pixelHeight();
+            return true;
+        },
+        error);
 }
 
 } // namespace
@@ -521,20 +511,22 @@ bool readBuffer(const QByteArray &bytes, ImageMetadata *metadata, QString *error
 
 bool readBlocks(const QByteArray &exif, const QByteArray &xmpPacket, ImageMetadata *metadata, QString *error)
 {
-    return guarded([&] {
-        if (!exif.isEmpty()) {
-            Exiv2::ExifData exifData;
-            Exiv2::ExifParser::decode(exifData, reinterpret_cast<const Exiv2::byte *>(exif.constData()),
-                                      uint32_t(exif.size()));
-            readExif(exifData, metadata);
-        }
-        if (!xmpPacket.isEmpty()) {
-            Exiv2::XmpData xmpData;
-            if (Exiv2::XmpParser::decode(xmpData, xmpPacket.toStdString()) == 0)
-                readXmp(xmpData, metadata);
-        }
-        return true;
-    }, error);
+    return guarded(
+        [&] {
+            if (!exif.isEmpty()) {
+                Exiv2::ExifData exifData;
+                Exiv2::ExifParser::decode(exifData, reinterpret_cast<const Exiv2::byte *>(exif.constData()),
+                                          uint32_t(exif.size()));
+                readExif(exifData, metadata);
+            }
+            if (!xmpPacket.isEmpty()) {
+                Exiv2::XmpData xmpData;
+                if (Exiv2::XmpParser::decode(xmpData, xmpPacket.toStdString()) == 0)
+                    readXmp(xmpData, metadata);
+            }
+            return true;
+        },
+        error);
 }
 
 } // namespace ExifReader

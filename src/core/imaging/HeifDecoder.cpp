@@ -91,8 +91,7 @@ QImage decode(const QByteArray &nativePath, QSize fitSize, qint64 memoryLimit, Q
     if (!handle)
         return {};
     QImage image = decodeHandle(handle.get(), memoryLimit, error);
-    if (image.isNull() || fitSize.isEmpty()
-        || (image.width() <= fitSize.width() && image.height() <= fitSize.height()))
+    if (image.isNull() || fitSize.isEmpty() || (image.width() <= fitSize.width() && image.height() <= fitSize.height()))
         return image;
     return image.scaled(fitSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
@@ -118,7 +117,8 @@ QImage thumbnail(const QByteArray &nativePath, int neededPixels, QString *error)
             continue;
         Handle owned(candidate);
         const int edge = qMax(heif_image_handle_get_width(candidate), heif_image_handle_get_height(candidate));
-        const bool better = !best || (bestEdge < neededPixels ? edge > bestEdge : (edge >= neededPixels && edge < bestEdge));
+        const bool better =
+            !best || (bestEdge < neededPixels ? edge > bestEdge : (edge >= neededPixels && edge < bestEdge));
         if (better) {
             best = std::move(owned);
             bestEdge = edge;

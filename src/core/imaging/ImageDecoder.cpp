@@ -69,7 +69,8 @@ QImage decodeSvg(const QByteArray &nativePath, const Options &options, QString *
     if (!options.fitSize.isEmpty())
         size = size.scaled(options.fitSize, Qt::KeepAspectRatio);
     if (qint64(size.width()) * size.height() * 4 > options.memoryLimit) {
-        *error = QStringLiteral("a %1 x %2 drawing needs more memory than allowed").arg(size.width()).arg(size.height());
+        *error =
+            QStringLiteral("a %1 x %2 drawing needs more memory than allowed").arg(size.width()).arg(size.height());
         return {};
     }
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
@@ -108,18 +109,12 @@ QImage decodeWithQt(const QByteArray &nativePath, const Options &options, QStrin
 QByteArray sniffFormat(const QByteArray &head, const QByteArray &nativePath)
 {
     switch (ImageHeaderReader::detectFormat(head, {}, nativePath)) {
-    case ImageFormat::Jpeg:
-        return "jpeg";
-    case ImageFormat::Png:
-        return "png";
-    case ImageFormat::Tiff:
-        return "tiff";
-    case ImageFormat::Heif:
-        return "heif";
-    case ImageFormat::CameraRaw:
-        return "raw";
-    case ImageFormat::Other:
-        break;
+    case ImageFormat::Jpeg: return "jpeg";
+    case ImageFormat::Png: return "png";
+    case ImageFormat::Tiff: return "tiff";
+    case ImageFormat::Heif: return "heif";
+    case ImageFormat::CameraRaw: return "raw";
+    case ImageFormat::Other: break;
     }
     if (looksLikeSvg(head, nativePath))
         return "svg";
@@ -132,22 +127,14 @@ QByteArray sniffFormat(const QByteArray &head, const QByteArray &nativePath)
 QImage oriented(const QImage &image, int orientation)
 {
     switch (orientation) {
-    case 2:
-        return image.mirrored(true, false);
-    case 3:
-        return image.transformed(QTransform().rotate(180));
-    case 4:
-        return image.mirrored(false, true);
-    case 5:
-        return image.transformed(QTransform().rotate(90)).mirrored(true, false);
-    case 6:
-        return image.transformed(QTransform().rotate(90));
-    case 7:
-        return image.transformed(QTransform().rotate(-90)).mirrored(true, false);
-    case 8:
-        return image.transformed(QTransform().rotate(-90));
-    default:
-        return image;
+    case 2: return image.mirrored(true, false);
+    case 3: return image.transformed(QTransform().rotate(180));
+    case 4: return image.mirrored(false, true);
+    case 5: return image.transformed(QTransform().rotate(90)).mirrored(true, false);
+    case 6: return image.transformed(QTransform().rotate(90));
+    case 7: return image.transformed(QTransform().rotate(-90)).mirrored(true, false);
+    case 8: return image.transformed(QTransform().rotate(-90));
+    default: return image;
     }
 }
 

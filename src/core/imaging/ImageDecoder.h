@@ -22,7 +22,7 @@ inline constexpr qint64 defaultMemoryLimit = qint64(512) * 1024 * 1024;
 
 struct Options
 {
-    QSize fitSize;          // empty: full size
+    QSize fitSize; // empty: full size
     qint64 memoryLimit = defaultMemoryLimit;
     bool applyOrientation = true;
 };

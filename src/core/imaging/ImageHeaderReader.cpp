@@ -24,8 +24,8 @@ constexpr int MaxPngChunks = 4096;
 
 constexpr std::array RawExtensions = {"cr2", "cr3", "nef", "arw", "dng", "orf", "rw2", "raf", "pef", "srw"};
 // ISO base media brands of still images that libheif reads.
-constexpr std::array HeifBrands = {"heic", "heix", "hevc", "hevx", "heim", "heis", "hevm", "hevs",
-                                   "mif1", "msf1", "avif", "avis"};
+constexpr std::array HeifBrands = {"heic", "heix", "hevc", "hevx", "heim", "heis",
+                                   "hevm", "hevs", "mif1", "msf1", "avif", "avis"};
 
 bool startsWith(const QByteArray &bytes, const char *prefix, qsizetype length)
 {
@@ -85,7 +85,10 @@ bool isJpegFrameMarker(uchar marker)
 class ByteWindow
 {
 public:
-    ByteWindow(const NativeFile &file, const QByteArray &head) : m_file(file), m_bytes(head) {}
+    ByteWindow(const NativeFile &file, const QByteArray &head)
+        : m_file(file)
+        , m_bytes(head)
+    { }
 
     bool ensure(qint64 end)
     {

@@ -17,8 +17,8 @@ ImageFormat detectFormat(const QByteArray &head, const QString &typeHint, const 
 // Walks the markers from the start of the file up to the first scan. `metadataBytes` receives
 // exactly those bytes (every metadata segment lives there), so that the metadata reader never
 // touches the file again. Fails without a frame header (SOF).
-bool readJpeg(const NativeFile &file, const QByteArray &head, ImageHeader *header,
-              QByteArray *metadataBytes, QString *error);
+bool readJpeg(const NativeFile &file, const QByteArray &head, ImageHeader *header, QByteArray *metadataBytes,
+              QString *error);
 
 bool readPng(const NativeFile &file, const QByteArray &head, ImageHeader *header, QString *error);
 

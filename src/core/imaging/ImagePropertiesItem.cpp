@@ -21,10 +21,8 @@ bool isNumber(const QVariant &value)
     case QMetaType::Short:
     case QMetaType::UShort:
     case QMetaType::Double:
-    case QMetaType::Float:
-        return true;
-    default:
-        return false;
+    case QMetaType::Float: return true;
+    default: return false;
     }
 }
 
@@ -57,7 +55,9 @@ public:
         if (group.typeId() == QMetaType::QVariantMap)
             m_values = group.toMap();
     }
-    explicit Group(const QVariantMap &topLevel) : m_values(topLevel) {}
+    explicit Group(const QVariantMap &topLevel)
+        : m_values(topLevel)
+    { }
 
     void read(const char *key, std::optional<QString> &field) const
     {
@@ -139,16 +139,15 @@ QString tr(const char *text)
 bool GPSInfo::operator==(const GPSInfo &other) const
 {
     return file == other.file && coordinate == other.coordinate && latitude == other.latitude
-           && longitude == other.longitude && altitude == other.altitude
-           && latitudeReference == other.latitudeReference && longitudeReference == other.longitudeReference
-           && altitudeReference == other.altitudeReference && positioningError == other.positioningError;
+        && longitude == other.longitude && altitude == other.altitude && latitudeReference == other.latitudeReference
+        && longitudeReference == other.longitudeReference && altitudeReference == other.altitudeReference
+        && positioningError == other.positioningError;
 }
 
 ImagePropertiesItem::ImagePropertiesItem(PXFilePtr file)
     : m_file(std::move(file))
     , m_lastPropertyLoadDate(distantPast())
-{
-}
+{ }
 
 ImagePropertiesItem::ImagePropertiesItem(PXFilePtr file, const QVariantMap &properties, const QDateTime &loadDate)
     : m_file(std::move(file))

@@ -16,7 +16,7 @@ using ImagePropertiesItemPtr = std::shared_ptr<const ImagePropertiesItem>;
 
 // Why a file gave no record.
 enum class LoadingError {
-    noURLForFile,   // the record has no location that can be opened
+    noURLForFile, // the record has no location that can be opened
     cannotLoadData, // the file cannot be read as an image
 };
 
@@ -33,7 +33,7 @@ struct GPSInfo
 {
     PXFilePtr file;
     std::optional<std::pair<double, double>> coordinate; // latitude, longitude; signed
-    std::optional<double> latitude;                      // as stored, unsigned
+    std::optional<double> latitude; // as stored, unsigned
     std::optional<double> longitude;
     std::optional<double> altitude;
     std::optional<QString> latitudeReference;
@@ -62,8 +62,7 @@ public:
     // the user) when the file has no location or cannot be opened as an image; a file that
     // opens but has no image or no properties gives a record without properties.
     // Safe to call on any thread.
-    static ImagePropertiesItemPtr load(const PXFilePtr &file, LoadingError *error = nullptr,
-                                       QString *reason = nullptr);
+    static ImagePropertiesItemPtr load(const PXFilePtr &file, LoadingError *error = nullptr, QString *reason = nullptr);
 
     // The "distant past": the load date of a record that was never read.
     static QDateTime distantPast();

@@ -18,8 +18,7 @@ struct ImagePropertiesLoader::Batch
 ImagePropertiesLoader::ImagePropertiesLoader(QThreadPool *pool, QObject *parent)
     : QObject(parent)
     , m_pool(pool ? pool : namedThreadPool(QStringLiteral("ImagePropertiesLoader")))
-{
-}
+{ }
 
 ImagePropertiesLoader::~ImagePropertiesLoader()
 {

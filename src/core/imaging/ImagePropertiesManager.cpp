@@ -4,7 +4,9 @@
 
 #include <QCoreApplication>
 
-ImagePropertiesManager::ImagePropertiesManager(QObject *parent) : QObject(parent) {}
+ImagePropertiesManager::ImagePropertiesManager(QObject *parent)
+    : QObject(parent)
+{ }
 
 ImagePropertiesManager::~ImagePropertiesManager() = default;
 

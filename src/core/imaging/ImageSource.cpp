@@ -101,7 +101,9 @@ struct ImageSource::Private
     QVariantMap properties;
 };
 
-ImageSource::ImageSource(std::unique_ptr<Private> d) : m_d(std::move(d)) {}
+ImageSource::ImageSource(std::unique_ptr<Private> d)
+    : m_d(std::move(d))
+{ }
 
 ImageSource::~ImageSource() = default;
 
@@ -110,8 +112,7 @@ std::unique_ptr<ImageSource> ImageSource::create(const QString &path, const QStr
     return create(QFile::encodeName(path), typeHint, error);
 }
 
-std::unique_ptr<ImageSource> ImageSource::create(const QByteArray &nativePath, const QString &typeHint,
-                                                 QString *error)
+std::unique_ptr<ImageSource> ImageSource::create(const QByteArray &nativePath, const QString &typeHint, QString *error)
 {
     auto fail = [&](const QString &reason) {
         if (error)
@@ -153,8 +154,8 @@ std::unique_ptr<ImageSource> ImageSource::create(const QByteArray &nativePath, c
         // items that live in the 'idat' box.
         haveHeader = HeifReader::read(nativePath, &header, &headerError);
         haveMetadata = haveHeader
-                           ? ExifReader::readBlocks(header.exifBlock, header.xmpPacket, &metadata, &metadataError)
-                           : ExifReader::readFile(nativePath, &metadata, &metadataError);
+            ? ExifReader::readBlocks(header.exifBlock, header.xmpPacket, &metadata, &metadataError)
+            : ExifReader::readFile(nativePath, &metadata, &metadataError);
         break;
     case ImageFormat::CameraRaw:
         haveHeader = RawReader::read(nativePath, &header, &headerError);

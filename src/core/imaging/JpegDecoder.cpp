@@ -27,8 +27,9 @@ QSize size(const char *data, qsizetype length)
     tjhandle handle = threadHandle();
     int width = 0, height = 0, subsampling = 0, colorspace = 0;
     if (!handle || length <= 0
-        || tjDecompressHeader3(handle, reinterpret_cast<const unsigned char *>(data), static_cast<unsigned long>(length),
-                               &width, &height, &subsampling, &colorspace) != 0)
+        || tjDecompressHeader3(handle, reinterpret_cast<const unsigned char *>(data),
+                               static_cast<unsigned long>(length), &width, &height, &subsampling, &colorspace)
+            != 0)
         return {};
     return QSize(width, height);
 }

@@ -11,8 +11,7 @@ public:
         , m_start(start)
         , m_end(end)
     {
-        m_valid = end - start >= 8
-                  && ((byte(0) == 'I' && byte(1) == 'I') || (byte(0) == 'M' && byte(1) == 'M'));
+        m_valid = end - start >= 8 && ((byte(0) == 'I' && byte(1) == 'I') || (byte(0) == 'M' && byte(1) == 'M'));
         m_little = m_valid && byte(0) == 'I';
     }
 
@@ -35,7 +34,7 @@ public:
     }
     // Calls `entry(tag, type, count, valueOffset)` for each entry of the IFD at `offset`
     // and answers the offset of the next IFD (0 at the end).
-    template <typename F>
+    template<typename F>
     quint32 walkIfd(quint32 offset, F entry) const
     {
         const quint32 count = u16(offset);

@@ -19,7 +19,8 @@ bool NativeFile::open(const QByteArray &nativePath, QString *error)
         *error = QString::fromLocal8Bit(std::strerror(errno));
         return false;
     }
-    struct stat info {};
+    struct stat info
+    { };
     if (::fstat(m_fd, &info) != 0) {
         *error = QString::fromLocal8Bit(std::strerror(errno));
         return false;

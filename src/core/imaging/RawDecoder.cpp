@@ -40,14 +40,10 @@ Raw openRaw(const QByteArray &nativePath, QString *error)
 int orientationForFlip(int flip)
 {
     switch (flip) {
-    case 3:
-        return 3;
-    case 5:
-        return 8;
-    case 6:
-        return 6;
-    default:
-        return 1;
+    case 3: return 3;
+    case 5: return 8;
+    case 6: return 6;
+    default: return 1;
     }
 }
 
@@ -112,8 +108,8 @@ QImage decode(const QByteArray &nativePath, QSize fitSize, qint64 memoryLimit, Q
         return {};
     }
     // Half size skips demosaicing; it serves whenever the image is shown at half or less.
-    const bool half = !fitSize.isEmpty()
-                      && qMin(double(fitSize.width()) / width, double(fitSize.height()) / height) <= 0.5;
+    const bool half =
+        !fitSize.isEmpty() && qMin(double(fitSize.width()) / width, double(fitSize.height()) / height) <= 0.5;
     raw->params.half_size = half ? 1 : 0;
     raw->params.use_camera_wb = 1;
     raw->params.output_bps = 8;

@@ -18,21 +18,21 @@ QString tr(const char *text)
 }
 
 // Accessors for the stored fields of a record.
-template <auto Field>
+template<auto Field>
 auto field()
 {
     return +[](const Item &item) { return item.*Field; };
 }
 
 // Accessors for the values a record computes.
-template <auto Method>
+template<auto Method>
 auto computed()
 {
     return +[](const Item &item) { return (item.*Method)(); };
 }
 
 // Accessors for the texts of the record's file.
-template <auto Method>
+template<auto Method>
 InspectorProperty::String fileText()
 {
     return +[](const Item &item) -> std::optional<QString> {
@@ -174,8 +174,8 @@ QList<Config> buildList(std::initializer_list<std::variant<const char *, Id>> en
 
 QList<Config> fileInformation()
 {
-    return buildList({"File Information", Id::filename, Id::fileSize, Id::fileKind, Id::fileUTI,
-                      Id::fileCreationDate, Id::fileModificationDate, Id::fileAddedDate, Id::fileTags});
+    return buildList({"File Information", Id::filename, Id::fileSize, Id::fileKind, Id::fileUTI, Id::fileCreationDate,
+                      Id::fileModificationDate, Id::fileAddedDate, Id::fileTags});
 }
 
 std::array<QList<Config>, 6> buildLists()
@@ -183,26 +183,46 @@ std::array<QList<Config>, 6> buildLists()
     QList<Config> general = fileInformation();
     general += buildList({"Image Information", Id::fullDateTaken, Id::portraitLandscapeInformation, Id::dimensions,
                           Id::megapixels, Id::colorInformation, Id::colorProfile, Id::orientation, "Hardware",
-                          Id::tiffHardwareModel, Id::lensModel, Id::focalLength, Id::fNumber, Id::exposureTime,
-                          Id::iso, "Other", Id::caption, Id::textualLocation, Id::credit});
+                          Id::tiffHardwareModel, Id::lensModel, Id::focalLength, Id::fNumber, Id::exposureTime, Id::iso,
+                          "Other", Id::caption, Id::textualLocation, Id::credit});
     return {
         fileInformation(),
         general,
-        buildList({"Settings", Id::fNumber, Id::exposureTime, Id::focalLength, Id::iso, Id::exposureMode,
-                   Id::exposureProgram, Id::meteringMode, Id::lightSource, Id::flashStatus, Id::whiteBalance,
-                   "Dates", Id::fullDateTaken, Id::fullDateDigitized, "Hardware", Id::lensModel,
-                   Id::lensSerialNumber, Id::cameraSerialNumber, Id::firmwareVersion, Id::cameraOwnerName,
-                   "Other", Id::fileSource, Id::imageNumber}),
-        buildList({"Description", Id::headline, Id::caption, Id::keywords, "Copyright", Id::bylineInformation,
-                   Id::credit, Id::copyrightNotice, Id::rightsUsageTerms, Id::sourceOwner, "Location",
-                   Id::locationCode, Id::locationName, Id::subLocation, Id::city, Id::state, Id::country,
-                   Id::countryCode, "Other", Id::starRating, Id::softwareInformation}),
-        buildList({Id::gpsInformation, "Position", Id::latLongInformation, Id::altitudeInformation,
-                   Id::imageDirection, Id::positioningError, "Other", Id::speedInformation, Id::gpsTimestamp,
-                   Id::gpsDateStamp}),
-        buildList({"Document", Id::documentName, Id::imageDescription, Id::artist, Id::tiffCopyright,
-                   Id::tiffDateTime, "Equipment", Id::tiffHardwareManufacturer, Id::tiffHardwareModel,
-                   Id::tiffSoftwareInfo, Id::tiffHostComputer}),
+        buildList({"Settings",
+                   Id::fNumber,
+                   Id::exposureTime,
+                   Id::focalLength,
+                   Id::iso,
+                   Id::exposureMode,
+                   Id::exposureProgram,
+                   Id::meteringMode,
+                   Id::lightSource,
+                   Id::flashStatus,
+                   Id::whiteBalance,
+                   "Dates",
+                   Id::fullDateTaken,
+                   Id::fullDateDigitized,
+                   "Hardware",
+                   Id::lensModel,
+                   Id::lensSerialNumber,
+                   Id::cameraSerialNumber,
+                   Id::firmwareVersion,
+                   Id::cameraOwnerName,
+                   "Other",
+                   Id::fileSource,
+                   Id::imageNumber}),
+        buildList({"Description",    Id::headline,        Id::caption,
+                   Id::keywords,     "Copyright",         Id::bylineInformation,
+                   Id::credit,       Id::copyrightNotice, Id::rightsUsageTerms,
+                   Id::sourceOwner,  "Location",          Id::locationCode,
+                   Id::locationName, Id::subLocation,     Id::city,
+                   Id::state,        Id::country,         Id::countryCode,
+                   "Other",          Id::starRating,      Id::softwareInformation}),
+        buildList({Id::gpsInformation, "Position", Id::latLongInformation, Id::altitudeInformation, Id::imageDirection,
+                   Id::positioningError, "Other", Id::speedInformation, Id::gpsTimestamp, Id::gpsDateStamp}),
+        buildList({"Document", Id::documentName, Id::imageDescription, Id::artist, Id::tiffCopyright, Id::tiffDateTime,
+                   "Equipment", Id::tiffHardwareManufacturer, Id::tiffHardwareModel, Id::tiffSoftwareInfo,
+                   Id::tiffHostComputer}),
     };
 }
 

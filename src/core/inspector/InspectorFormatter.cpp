@@ -23,55 +23,103 @@ struct Code
 };
 
 constexpr Code orientationCodes[] = {
-    {0, "Unknown"}, {1, "Natural"}, {2, "Flip Horizontal"}, {3, "Rotate 180°"},
+    {0, "Unknown"},
+    {1, "Natural"},
+    {2, "Flip Horizontal"},
+    {3, "Rotate 180°"},
     // The degree sign after "Vertical" is part of the text users know.
-    {4, "Flip Vertical°"}, {5, "Flip Horizontal, Rotate 270°"}, {6, "Rotate 90°"},
-    {7, "Flip Horizontal, Rotate 90°"}, {8, "Rotate 270°"},
+    {4, "Flip Vertical°"},
+    {5, "Flip Horizontal, Rotate 270°"},
+    {6, "Rotate 90°"},
+    {7, "Flip Horizontal, Rotate 90°"},
+    {8, "Rotate 270°"},
 };
 
 constexpr Code exposureProgramCodes[] = {
-    {0, "Unknown"}, {1, "Manual"}, {2, "Program AE"}, {3, "Aperture-priority AE"},
-    {4, "Shutter-priority AE"}, {5, "Creative (Slow speed)"}, {6, "Action (High speed)"},
-    {7, "Portrait"}, {8, "Landscape"},
+    {0, "Unknown"},
+    {1, "Manual"},
+    {2, "Program AE"},
+    {3, "Aperture-priority AE"},
+    {4, "Shutter-priority AE"},
+    {5, "Creative (Slow speed)"},
+    {6, "Action (High speed)"},
+    {7, "Portrait"},
+    {8, "Landscape"},
 };
 
 constexpr Code meteringModeCodes[] = {
-    {0, "Unknown"}, {1, "Average"}, {2, "Center-weighted average"}, {3, "Spot"},
-    {4, "Multi-spot"}, {5, "Multi-segment"}, {6, "Partial"}, {255, "Other"},
+    {0, "Unknown"}, {1, "Average"},    {2, "Center-weighted average"},
+    {3, "Spot"},    {4, "Multi-spot"}, {5, "Multi-segment"},
+    {6, "Partial"}, {255, "Other"},
 };
 
 constexpr Code lightSourceCodes[] = {
-    {0, "Unknown"}, {1, "Daylight"}, {2, "Fluorescent"}, {3, "Tungsten"}, {4, "Flash"},
-    {9, "Fine Weather"}, {10, "Cloudy"}, {11, "Shade"}, {12, "Daylight Fluorescent"},
-    {13, "Day White Fluorescent"}, {14, "Cool White Fluorescent"}, {15, "White Fluorescent"},
-    {17, "Standard Light A"}, {18, "Standard Light B"}, {19, "Standard Light C"}, {20, "D55"},
-    {21, "D65"}, {22, "D75"}, {23, "D50"}, {24, "ISO Studio Tungsten"}, {255, "Other"},
+    {0, "Unknown"},
+    {1, "Daylight"},
+    {2, "Fluorescent"},
+    {3, "Tungsten"},
+    {4, "Flash"},
+    {9, "Fine Weather"},
+    {10, "Cloudy"},
+    {11, "Shade"},
+    {12, "Daylight Fluorescent"},
+    {13, "Day White Fluorescent"},
+    {14, "Cool White Fluorescent"},
+    {15, "White Fluorescent"},
+    {17, "Standard Light A"},
+    {18, "Standard Light B"},
+    {19, "Standard Light C"},
+    {20, "D55"},
+    {21, "D65"},
+    {22, "D75"},
+    {23, "D50"},
+    {24, "ISO Studio Tungsten"},
+    {255, "Other"},
 };
 
 // The EXIF flash bit field, by the combinations cameras write.
 constexpr Code flashCodes[] = {
-    {0, "No Flash"}, {1, "Fired"}, {5, "Fired, Return not detected"}, {7, "Fired, Return detected"},
-    {8, "On, Did not fire"}, {9, "On, Fired"}, {13, "On, Return not detected"}, {15, "On, Return detected"},
-    {16, "Off, Did not fire"}, {20, "Off, Did not fire, Return not detected"}, {24, "Auto, Did not fire"},
-    {25, "Auto, Fired"}, {29, "Auto, Fired, Return not detected"}, {31, "Auto, Fired, Return detected"},
-    {32, "No flash function"}, {48, "Off, No flash function"}, {65, "Fired, Red-eye reduction"},
-    {69, "Fired, Red-eye reduction, Return not detected"}, {71, "Fired, Red-eye reduction, Return detected"},
-    {73, "On, Red-eye reduction"}, {77, "On, Red-eye reduction, Return not detected"},
-    {79, "On, Red-eye reduction, Return detected"}, {80, "Off, Red-eye reduction"},
-    {88, "Auto, Did not fire, Red-eye reduction"}, {89, "Auto, Fired, Red-eye reduction"},
+    {0, "No Flash"},
+    {1, "Fired"},
+    {5, "Fired, Return not detected"},
+    {7, "Fired, Return detected"},
+    {8, "On, Did not fire"},
+    {9, "On, Fired"},
+    {13, "On, Return not detected"},
+    {15, "On, Return detected"},
+    {16, "Off, Did not fire"},
+    {20, "Off, Did not fire, Return not detected"},
+    {24, "Auto, Did not fire"},
+    {25, "Auto, Fired"},
+    {29, "Auto, Fired, Return not detected"},
+    {31, "Auto, Fired, Return detected"},
+    {32, "No flash function"},
+    {48, "Off, No flash function"},
+    {65, "Fired, Red-eye reduction"},
+    {69, "Fired, Red-eye reduction, Return not detected"},
+    {71, "Fired, Red-eye reduction, Return detected"},
+    {73, "On, Red-eye reduction"},
+    {77, "On, Red-eye reduction, Return not detected"},
+    {79, "On, Red-eye reduction, Return detected"},
+    {80, "Off, Red-eye reduction"},
+    {88, "Auto, Did not fire, Red-eye reduction"},
+    {89, "Auto, Fired, Red-eye reduction"},
     {93, "Auto, Fired, Red-eye reduction, Return not detected"},
     {95, "Auto, Fired, Red-eye reduction, Return detected"},
 };
 
 constexpr Code fileSourceCodes[] = {
-    {0, "Unknown"}, {1, "Film Scanner"}, {2, "Reflection Print Scanner"}, {3, "Digital Camera"},
+    {0, "Unknown"},
+    {1, "Film Scanner"},
+    {2, "Reflection Print Scanner"},
+    {3, "Digital Camera"},
 };
 
 constexpr Code exposureModeCodes[] = {{0, "Auto"}, {1, "Manual"}, {2, "Auto Bracket"}};
 
 constexpr Code whiteBalanceCodes[] = {{0, "Auto"}, {1, "Manual"}};
 
-template <size_t N>
+template<size_t N>
 QString lookUp(const Code (&table)[N], qint64 value)
 {
     for (const Code &code : table) {
@@ -93,7 +141,7 @@ QString reprintedDate(const QString &text, const char *pattern, DateStyle dateSt
 // The value of one record through one accessor, as a comparable value; std::monostate when absent.
 using Value = std::variant<std::monostate, QString, qint64, double, bool, QStringList, GPSInfo>;
 
-template <typename Optional>
+template<typename Optional>
 Value wrap(const Optional &optional)
 {
     if (!optional)
@@ -170,12 +218,8 @@ QString formatText(const QString &text, InspectorFormat format)
 {
     QString printed;
     switch (format) {
-    case F::IPTCDate:
-        printed = reprintedDate(text, "yyyyMMdd", DateStyle::longStyle, DateStyle::none);
-        break;
-    case F::IPTCTime:
-        printed = reprintedDate(text, "HHmmssZ", DateStyle::none, DateStyle::longStyle);
-        break;
+    case F::IPTCDate: printed = reprintedDate(text, "yyyyMMdd", DateStyle::longStyle, DateStyle::none); break;
+    case F::IPTCTime: printed = reprintedDate(text, "HHmmssZ", DateStyle::none, DateStyle::longStyle); break;
     case F::TIFFDate:
     case F::EXIFDate:
         printed = reprintedDate(text, "yyyy:MM:dd HH:mm:ss", DateStyle::medium, DateStyle::longStyle);
@@ -185,8 +229,7 @@ QString formatText(const QString &text, InspectorFormat format)
         if (printed.isEmpty())
             printed = reprintedDate(text, "yyyy:MM:dd HH:mm:ss", DateStyle::medium, DateStyle::longStyle);
         break;
-    default:
-        return text;
+    default: return text;
     }
     return printed.isEmpty() ? text : printed;
 }
@@ -225,8 +268,7 @@ QString formatCoordinate(const GPSInfo &info)
     return QString::asprintf("%.6f, %.6f", info.coordinate->first, info.coordinate->second);
 }
 
-QString formattedValue(const InspectorPropertyConfiguration &configuration,
-                       const QList<ImagePropertiesItemPtr> &items)
+QString formattedValue(const InspectorPropertyConfiguration &configuration, const QList<ImagePropertiesItemPtr> &items)
 {
     if (items.isEmpty() || configuration.isHeader())
         return {};

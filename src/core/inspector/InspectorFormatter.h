@@ -11,8 +11,7 @@ namespace InspectorFormatter {
 // The value of `configuration` for all of `items`: empty without records or without a common
 // value, "Mixed Values" when the records disagree, else the common value formatted.
 // A header gives an empty text; the map row gives its coordinate (formatCoordinate).
-QString formattedValue(const InspectorPropertyConfiguration &configuration,
-                       const QList<ImagePropertiesItemPtr> &items);
+QString formattedValue(const InspectorPropertyConfiguration &configuration, const QList<ImagePropertiesItemPtr> &items);
 
 QString formatText(const QString &text, InspectorFormat format);
 QString formatInteger(qint64 value, InspectorFormat format);

@@ -119,8 +119,7 @@ enum class InspectorFormat {
 struct InspectorProperty
 {
     struct Header
-    {
-    };
+    { };
     using String = std::optional<QString> (*)(const ImagePropertiesItem &);
     using Integer = std::optional<qint64> (*)(const ImagePropertiesItem &);
     using Real = std::optional<double> (*)(const ImagePropertiesItem &);

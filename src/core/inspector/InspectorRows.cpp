@@ -56,8 +56,8 @@ QList<InspectorRow> inspectorRows(InspectorList list, const QList<ImagePropertie
 
 InspectorList inspectorListForTab(InspectorTab tab, const QList<PXFilePtr> &files)
 {
-    const bool anyImage = std::any_of(files.begin(), files.end(),
-                                      [](const PXFilePtr &file) { return file && file->isImage(); });
+    const bool anyImage =
+        std::any_of(files.begin(), files.end(), [](const PXFilePtr &file) { return file && file->isImage(); });
     if (!anyImage)
         return InspectorList::nonImage;
     switch (tab) {

@@ -52,7 +52,8 @@ QString formattedDate(const QDateTime &date, DateStyle dateStyle, DateStyle time
     thread_local std::map<std::pair<int, int>, std::unique_ptr<icu::DateFormat>> formatters;
     auto &formatter = formatters[{int(dateStyle), int(timeStyle)}];
     if (!formatter)
-        formatter.reset(icu::DateFormat::createDateTimeInstance(icuStyle(dateStyle), icuStyle(timeStyle), formattingLocale()));
+        formatter.reset(
+            icu::DateFormat::createDateTimeInstance(icuStyle(dateStyle), icuStyle(timeStyle), formattingLocale()));
     if (!formatter)
         return date.toString(Qt::ISODate);
     icu::UnicodeString out;
@@ -88,7 +89,12 @@ QString byteCountString(qint64 bytes)
     if (bytes < 1000)
         return bytes == 1 ? QCoreApplication::translate("DisplayFormats", "1 byte")
                           : QCoreApplication::translate("DisplayFormats", "%1 bytes").arg(locale.toString(bytes));
-    struct Unit { double size; const char *name; int decimals; };
+    struct Unit
+    {
+        double size;
+        const char *name;
+        int decimals;
+    };
     static constexpr Unit units[] = {{1e3, "KB", 0}, {1e6, "MB", 1}, {1e9, "GB", 2}, {1e12, "TB", 2}};
     const Unit *unit = &units[0];
     for (const Unit &candidate : units) {

@@ -30,8 +30,8 @@ bool nameLess(const FileModelPtr &a, const FileModelPtr &b)
 struct FileCollectionModel::BuildInput
 {
     QList<FileModelPtr> roots;
-    QList<FileModelPtr> folders;   // every listed folder, roots first, then depth-first by name
-    QList<bool> showsOwnFiles;     // per folder: whether its files are part of the flat list
+    QList<FileModelPtr> folders; // every listed folder, roots first, then depth-first by name
+    QList<bool> showsOwnFiles; // per folder: whether its files are part of the flat list
     QList<QList<FileModelPtr>> previousArranged; // per folder: the last published order
     QList<FileModel::ChildCounts> previousCounts; // per folder: the counts of that order
     QList<FileModelPtr> previousFlat;
@@ -49,7 +49,7 @@ struct FileCollectionModel::BuildResult
     QList<FileModelPtr> folders;
     QList<QList<FileModelPtr>> arranged; // per folder
     QList<FileModel::ChildCounts> counts; // per folder
-    QList<bool> folderChanged;            // per folder: whether its arranged children changed
+    QList<bool> folderChanged; // per folder: whether its arranged children changed
     QList<FileModelPtr> flat;
     QList<FileModelPtr> byFolderFlat;
     QList<FolderGroup> groups;
@@ -89,8 +89,8 @@ FileCollectionModel::~FileCollectionModel()
 
 bool FileCollectionModel::isSettled() const
 {
-    return m_loadingNodes.isEmpty() && !m_isRebuildingRepresentations && !m_needsRebuild
-        && !m_resortTimer->isActive() && !m_loadingCheckTimer->isActive() && !m_reloadTimer->isActive();
+    return m_loadingNodes.isEmpty() && !m_isRebuildingRepresentations && !m_needsRebuild && !m_resortTimer->isActive()
+        && !m_loadingCheckTimer->isActive() && !m_reloadTimer->isActive();
 }
 
 // MARK: configuration
@@ -196,10 +196,15 @@ void FileCollectionModel::rebuildPredicates()
     if (m_fileAdditionalFilter)
         filter = andPredicate(filter, *m_fileAdditionalFilter);
     m_fileFilterPredicate = filter;
-    m_countFileFilterPredicate = andPredicate(filter, FilePredicate{QStringLiteral("%K == NO"), {QStringLiteral("isDirectory")},
-                                                                    [](const PXFile &f) { return !f.isDirectory(); }});
-    m_countFolderFilterPredicate = filterPredicateForFilterType(
-        m_fileFilter == FileFilterType::all ? FileFilterType::folders : FileFilterType::visibleFolders, false);
+    m_countFileFilterPredicate =
+        andPredicate(filter,
+                     FilePredicate{QStringLiteral("%K == NO"), {QStringLiteral("isDirectory")}, [](const PXFile &f) {
+                                       return !f.isDirectory();
+                                   }});
+    m_countFolderFilterPredicate =
+        filterPredicateForFilterType(m_fileFilter == FileFilterType::all ? FileFilterType::folders
+                                                                         : FileFilterType::visibleFolders,
+                                     false);
     m_fileSortDescriptors = sortDescriptorsForSortType(m_fileSort, m_folderSort, !m_reverseSort);
 }
 
@@ -236,7 +241,8 @@ void FileCollectionModel::relist()
 bool FileCollectionModel::descendsInto(const PXFile &folder) const
 {
     // Links to folders are not walked: they may lead back up the tree.
-    return folder.isDirectory() && folder.isRealFile() && (m_fileFilter == FileFilterType::all || !folder.isInvisible());
+    return folder.isDirectory() && folder.isRealFile()
+        && (m_fileFilter == FileFilterType::all || !folder.isInvisible());
 }
 
 void FileCollectionModel::startLoading(const FileModelPtr &node, int remainingDepth)
@@ -257,10 +263,11 @@ void FileCollectionModel::startLoading(const FileModelPtr &node, int remainingDe
         if (const FileModelPtr node = weakNode.lock())
             loadingEnded(node);
     });
-    connect(source, &ZQFolderSubscription::eventsReceived, m_loadContext, [this, weakNode](const QList<ZQFileEvent> &events) {
-        if (const FileModelPtr node = weakNode.lock())
-            handleEvents(node, events);
-    });
+    connect(source, &ZQFolderSubscription::eventsReceived, m_loadContext,
+            [this, weakNode](const QList<ZQFileEvent> &events) {
+                if (const FileModelPtr node = weakNode.lock())
+                    handleEvents(node, events);
+            });
 
     if (subscription->isLoaded()) {
         addChildren(node, subscription->files());
@@ -300,7 +307,8 @@ void FileCollectionModel::loadingEnded(const FileModelPtr &node)
 {
     node->setLoading(false);
     if (node->directorySubscription && !node->directorySubscription->errorString().isEmpty()) {
-        logError(QStringLiteral("Cannot read folder %1: %2").arg(node->file()->path(), node->directorySubscription->errorString()));
+        logError(QStringLiteral("Cannot read folder %1: %2")
+                     .arg(node->file()->path(), node->directorySubscription->errorString()));
         Q_EMIT folderFailed(node->file()->path(), node->directorySubscription->errorString());
     }
     m_loadingNodes.remove(node.get());
@@ -371,9 +379,7 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
             }
             break;
         }
-        case ZQFileEventType::rescanNeeded:
-            m_reloadTimer->start();
-            break;
+        case ZQFileEventType::rescanNeeded: m_reloadTimer->start(); break;
         }
     }
     if (changed) {
@@ -518,9 +524,9 @@ QList<FileModelPtr> arrangeFolder(const FileModelPtr &folder, const QList<FileMo
 // where the order puts it: a few comparisons per changed item instead of a sort. Only the list
 // itself is walked, so the items of a large folder are not touched. `counted(item, sign)` hears
 // of each item taken out (-1) and put in (+1).
-template <typename Wanted, typename Less, typename Counted>
-QList<FileModelPtr> applyChanges(const QList<FileModelPtr> &sorted, const QList<FileModelPtr> &changed,
-                                 Wanted wanted, Less less, Counted counted)
+template<typename Wanted, typename Less, typename Counted>
+QList<FileModelPtr> applyChanges(const QList<FileModelPtr> &sorted, const QList<FileModelPtr> &changed, Wanted wanted,
+                                 Less less, Counted counted)
 {
     std::vector<const FileModel *> changedSet;
     QList<FileModelPtr> distinct;
@@ -594,7 +600,9 @@ FileCollectionModel::BuildResult FileCollectionModel::build(const BuildInput &in
             counts = input.previousCounts[i];
             arranged = applyChanges(
                 input.previousArranged[i], changed,
-                [&](const FileModelPtr &item) { return folder->hasChild(item.get()) && input.predicate(*item->file()); },
+                [&](const FileModelPtr &item) {
+                    return folder->hasChild(item.get()) && input.predicate(*item->file());
+                },
                 byFiles, [&counts](FileModel &item, int sign) { FileModel::countChild(*counts, item, sign); });
             if (input.showsOwnFiles[i])
                 changedShown += changed;

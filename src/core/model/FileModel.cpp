@@ -105,7 +105,8 @@ void FileModel::countChild(ChildCounts &counts, FileModel &child, int sign)
 FileModel::ChildCounts FileModel::childCounts() const
 {
     QMutexLocker locker(&m_content.recursiveLock);
-    return {m_content.calculatedChildImageCount, m_content.calculatedChildFileCount, m_content.calculatedChildFolderCount};
+    return {m_content.calculatedChildImageCount, m_content.calculatedChildFileCount,
+            m_content.calculatedChildFolderCount};
 }
 
 void FileModel::setArrangedChildren(QList<FileModelPtr> children)

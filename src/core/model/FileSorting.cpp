@@ -13,7 +13,8 @@ namespace {
 
 QString prefixed(const QString &itemKeyPath, const char *key)
 {
-    return itemKeyPath.isEmpty() ? QString::fromLatin1(key) : QStringLiteral("%1.%2").arg(itemKeyPath, QLatin1String(key));
+    return itemKeyPath.isEmpty() ? QString::fromLatin1(key)
+                                 : QStringLiteral("%1.%2").arg(itemKeyPath, QLatin1String(key));
 }
 
 QString withoutPrefix(const QString &key)
@@ -61,9 +62,25 @@ struct KeyValue
 };
 
 enum class KeyId {
-    isDirectory, displayName, fileSize, kindString, megapixels, modificationDate, creationDate,
-    finderLabelSortValue, dimensionsHeight, dimensionsWidth, EXIFDate, generalOrientation,
-    exposureTime, fNumber, ISO, focalLength, cameraModelString, dateAdded, unknown
+    isDirectory,
+    displayName,
+    fileSize,
+    kindString,
+    megapixels,
+    modificationDate,
+    creationDate,
+    finderLabelSortValue,
+    dimensionsHeight,
+    dimensionsWidth,
+    EXIFDate,
+    generalOrientation,
+    exposureTime,
+    fNumber,
+    ISO,
+    focalLength,
+    cameraModelString,
+    dateAdded,
+    unknown
 };
 
 KeyId keyIdFor(const QString &key)
@@ -91,12 +108,27 @@ KeyId keyIdFor(const QString &key)
     return ids.value(withoutPrefix(key), KeyId::unknown);
 }
 
-KeyValue numberOf(double value) { return {false, value, {}, {}}; }
-KeyValue missingValue() { return {true, 0, {}, {}}; }
-KeyValue dateOf(const QDateTime &date) { return date.isValid() ? numberOf(double(date.toMSecsSinceEpoch())) : missingValue(); }
-template <typename T>
-KeyValue optionalOf(const std::optional<T> &value) { return value ? numberOf(double(*value)) : missingValue(); }
-KeyValue textOf(const QString &text) { return {false, 0, finderStyleSortKey(text), text}; }
+KeyValue numberOf(double value)
+{
+    return {false, value, {}, {}};
+}
+KeyValue missingValue()
+{
+    return {true, 0, {}, {}};
+}
+KeyValue dateOf(const QDateTime &date)
+{
+    return date.isValid() ? numberOf(double(date.toMSecsSinceEpoch())) : missingValue();
+}
+template<typename T>
+KeyValue optionalOf(const std::optional<T> &value)
+{
+    return value ? numberOf(double(*value)) : missingValue();
+}
+KeyValue textOf(const QString &text)
+{
+    return {false, 0, finderStyleSortKey(text), text};
+}
 
 KeyValue valueOf(const PXFile &file, KeyId id)
 {
@@ -134,7 +166,8 @@ int compareValues(const KeyValue &a, const KeyValue &b, SortDescriptor::Comparis
 {
     if (a.missing || b.missing)
         return int(b.missing) - int(a.missing);
-    if (comparison == SortDescriptor::Comparison::finderStyle && (!a.collationKey.isNull() || !b.collationKey.isNull())) {
+    if (comparison == SortDescriptor::Comparison::finderStyle
+        && (!a.collationKey.isNull() || !b.collationKey.isNull())) {
         const int byKey = std::memcmp(a.collationKey.constData(), b.collationKey.constData(),
                                       size_t(std::min(a.collationKey.size(), b.collationKey.size())));
         if (byKey != 0)
@@ -181,7 +214,8 @@ void FileSortingDetail::sortedOrder(const QList<const PXFile *> &files, const QL
     bool expensive = false;
     for (const SortDescriptor &descriptor : descriptors) {
         ids.append(keyIdFor(descriptor.key));
-        expensive = expensive || (isExpensive(ids.last()) && descriptor.comparison != SortDescriptor::Comparison::random);
+        expensive =
+            expensive || (isExpensive(ids.last()) && descriptor.comparison != SortDescriptor::Comparison::random);
     }
 
     // Row-major: the keys of item i are values[i * keyCount ...].
@@ -266,7 +300,8 @@ FilePredicate filterPredicateForFilterType(FileFilterType filter, bool excludeFo
 {
     const auto key = [&itemKeyPath](const char *name) { return prefixed(itemKeyPath, name); };
     const auto visibleAnd = [&](const char *flag, bool (PXFile::*test)() const) {
-        return FilePredicate{QStringLiteral("(%K == NO) && (%K == YES)"), {key("isInvisible"), key(flag)},
+        return FilePredicate{QStringLiteral("(%K == NO) && (%K == YES)"),
+                             {key("isInvisible"), key(flag)},
                              [test](const PXFile &f) { return !f.isInvisible() && (f.*test)(); }};
     };
     const auto visibleAndOrFolder = [&](const char *flag, bool (PXFile::*test)() const) {
@@ -287,7 +322,9 @@ FilePredicate filterPredicateForFilterType(FileFilterType filter, bool excludeFo
     FilePredicate predicate;
     switch (filter) {
     case FileFilterType::visible:
-        predicate = {QStringLiteral("%K == NO"), {key("isInvisible")}, [](const PXFile &f) { return !f.isInvisible(); }};
+        predicate = {QStringLiteral("%K == NO"), {key("isInvisible")}, [](const PXFile &f) {
+                         return !f.isInvisible();
+                     }};
         break;
     case FileFilterType::all:
         predicate = {QStringLiteral("TRUEPREDICATE"), {}, [](const PXFile &) { return true; }};
@@ -298,7 +335,8 @@ FilePredicate filterPredicateForFilterType(FileFilterType filter, bool excludeFo
     case FileFilterType::mediaAndFolders: predicate = visibleAndOrFolder("isMedia", &PXFile::isMedia); break;
     case FileFilterType::visibleFolders: predicate = visibleAnd("isDirectory", &PXFile::isDirectory); break;
     case FileFilterType::filesOnly:
-        predicate = {QStringLiteral("(%K == NO) && (%K == NO)"), {key("isInvisible"), key("isDirectory")},
+        predicate = {QStringLiteral("(%K == NO) && (%K == NO)"),
+                     {key("isInvisible"), key("isDirectory")},
                      [](const PXFile &f) { return !f.isInvisible() && !f.isDirectory(); }};
         break;
     case FileFilterType::portraitImages: predicate = orientationFilter(1); break;
@@ -310,14 +348,17 @@ FilePredicate filterPredicateForFilterType(FileFilterType filter, bool excludeFo
                      [](const PXFile &f) { return !f.isInvisible() && f.isImage() && f.isPanorama(); }};
         break;
     case FileFilterType::folders:
-        predicate = {QStringLiteral("(%K == YES)"), {key("isDirectory")}, [](const PXFile &f) { return f.isDirectory(); }};
+        predicate = {QStringLiteral("(%K == YES)"), {key("isDirectory")}, [](const PXFile &f) {
+                         return f.isDirectory();
+                     }};
         break;
-    default:
-        qFatal("Unknown file filter type %d", int(filter));
+    default: qFatal("Unknown file filter type %d", int(filter));
     }
     if (excludeFolders) {
-        predicate = andPredicate(predicate, FilePredicate{QStringLiteral("%K == NO"), {key("isDirectory")},
-                                                          [](const PXFile &f) { return !f.isDirectory(); }});
+        predicate = andPredicate(predicate,
+                                 FilePredicate{QStringLiteral("%K == NO"), {key("isDirectory")}, [](const PXFile &f) {
+                                                   return !f.isDirectory();
+                                               }});
     }
     return predicate;
 }
@@ -341,8 +382,9 @@ FilePredicate searchPredicate(ThumbnailsSearchType type, const QString &text, co
         read = [](const PXFile &f) { return f.cameraModelString(); };
         break;
     }
-    return {QStringLiteral("%K contains[cd] %@"), {prefixed(itemKeyPath, key), text},
-            [read, text](const PXFile &f) { return containsIgnoringCaseAndDiacritics(read(f), text); }};
+    return {QStringLiteral("%K contains[cd] %@"), {prefixed(itemKeyPath, key), text}, [read, text](const PXFile &f) {
+                return containsIgnoringCaseAndDiacritics(read(f), text);
+            }};
 }
 
 FilePredicate andPredicate(const FilePredicate &first, const FilePredicate &second)

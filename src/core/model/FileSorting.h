@@ -35,15 +35,15 @@ int compareFiles(const PXFile &a, const PXFile &b, const QList<SortDescriptor> &
 // Whether `descriptors` give the same order every time (no shuffle).
 bool isDeterministicSort(const QList<SortDescriptor> &descriptors);
 // Sorts any items that carry a file record; `fileOf` projects an item to its record.
-template <typename Item>
+template<typename Item>
 void sortItems(QList<Item> &items, const QList<SortDescriptor> &descriptors,
                const std::function<const PXFile &(const Item &)> &fileOf);
 
 // A condition on a file, with the predicate text it was built from (for logs and tests).
 struct FilePredicate
 {
-    QString format;         // "(%K == NO) && (%K == YES)"
-    QStringList arguments;  // the keys (and values) in order
+    QString format; // "(%K == NO) && (%K == YES)"
+    QStringList arguments; // the keys (and values) in order
     std::function<bool(const PXFile &)> test;
 
     // The format with its arguments in place: "(isInvisible == NO) && (isImage == YES)".
@@ -62,7 +62,7 @@ namespace FileSortingDetail {
 void sortedOrder(const QList<const PXFile *> &files, const QList<SortDescriptor> &descriptors, QList<qsizetype> &order);
 }
 
-template <typename Item>
+template<typename Item>
 void sortItems(QList<Item> &items, const QList<SortDescriptor> &descriptors,
                const std::function<const PXFile &(const Item &)> &fileOf)
 {

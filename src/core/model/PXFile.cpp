@@ -1,9 +1,9 @@
 #include "core/model/PXFile.h"
 
 #include "core/app/Log.h"
+#include "core/fs/Applications.h"
 #include "core/fs/TypeIdentifiers.h"
 #include "core/fs/ZQFileRegistry.h"
-#include "core/fs/Applications.h"
 #include "core/fs/ZQFolderLoadOperation.h"
 #include "core/fs/ZQFolderSubscription.h"
 #include "core/imaging/ImageSource.h"
@@ -88,8 +88,7 @@ public:
 
 PXFile::PXFile(const QByteArray &nativePath, ZQEntryKind kind)
     : ZQStandardFile(nativePath, kind)
-{
-}
+{ }
 
 void PXFile::install()
 {
@@ -131,7 +130,8 @@ quint8 PXFile::kindFlag(std::atomic<quint8> &slot, bool (PXFile::*test)() const)
 
 bool PXFile::testImage() const
 {
-    static const QStringList types = {QStringLiteral("public.image"), QStringLiteral("com.adobe.encapsulated-postscript")};
+    static const QStringList types = {QStringLiteral("public.image"),
+                                      QStringLiteral("com.adobe.encapsulated-postscript")};
     return utiConformsToUTIs(resolvedTypeIdentifier(), types);
 }
 
@@ -151,10 +151,22 @@ bool PXFile::testVideo() const
     return utiConformsToUTIs(typeIdentifier(), MediaTypes::audiovisualTypes());
 }
 
-bool PXFile::isImage() const { return kindFlag(m_isImage, &PXFile::testImage) == 1; }
-bool PXFile::isAudio() const { return kindFlag(m_isAudio, &PXFile::testAudio) == 1; }
-bool PXFile::isVideo() const { return kindFlag(m_isVideo, &PXFile::testVideo) == 1; }
-bool PXFile::isText() const { return kindFlag(m_isText, &PXFile::testText) == 1; }
+bool PXFile::isImage() const
+{
+    return kindFlag(m_isImage, &PXFile::testImage) == 1;
+}
+bool PXFile::isAudio() const
+{
+    return kindFlag(m_isAudio, &PXFile::testAudio) == 1;
+}
+bool PXFile::isVideo() const
+{
+    return kindFlag(m_isVideo, &PXFile::testVideo) == 1;
+}
+bool PXFile::isText() const
+{
+    return kindFlag(m_isText, &PXFile::testText) == 1;
+}
 
 bool PXFile::isPanorama() const
 {
@@ -229,7 +241,8 @@ QString PXFile::cachedDateString(std::optional<QString> &slot, QDateTime (ZQStan
         if (slot)
             return *slot;
     }
-    const QString text = isPlaceholder() ? QString() : formattedDate((this->*date)(), DateStyle::medium, DateStyle::medium);
+    const QString text =
+        isPlaceholder() ? QString() : formattedDate((this->*date)(), DateStyle::medium, DateStyle::medium);
     QMutexLocker locker(&m_lock);
     slot = text;
     return text;
@@ -439,29 +452,98 @@ std::shared_ptr<const PXFile::ImageFacts> PXFile::imageFacts() const
     return m_imageFacts;
 }
 
-QSizeF PXFile::trueDimensions() const { return imageFacts()->trueDimensions; }
-QSizeF PXFile::dimensions() const { return imageFacts()->dimensions; }
-double PXFile::dimensionsWidth() const { return imageFacts()->dimensions.width(); }
-double PXFile::dimensionsHeight() const { return imageFacts()->dimensions.height(); }
-double PXFile::megapixels() const { return imageFacts()->megapixels; }
-int PXFile::generalOrientation() const { return imageFacts()->generalOrientation; }
-QString PXFile::dimensionsString() const { return imageFacts()->dimensionsString; }
-QString PXFile::megapixelString() const { return imageFacts()->megapixelString; }
-QString PXFile::generalOrientationString() const { return imageFacts()->generalOrientationString; }
-QString PXFile::imageDepthString() const { return imageFacts()->imageDepthString; }
-QString PXFile::ICCProfileString() const { return imageFacts()->ICCProfileString; }
-std::optional<qint64> PXFile::ISO() const { return imageFacts()->ISO; }
-QString PXFile::ISOString() const { return imageFacts()->ISOString; }
-std::optional<double> PXFile::exposureTime() const { return imageFacts()->exposureTime; }
-QString PXFile::exposureTimeString() const { return imageFacts()->exposureTimeString; }
-std::optional<double> PXFile::fNumber() const { return imageFacts()->fNumber; }
-QString PXFile::fNumberString() const { return imageFacts()->fNumberString; }
-std::optional<double> PXFile::focalLength() const { return imageFacts()->focalLength; }
-QString PXFile::focalLengthString() const { return imageFacts()->focalLengthString; }
-QString PXFile::resolutionString() const { return imageFacts()->resolutionString; }
-QString PXFile::cameraModelString() const { return imageFacts()->cameraModelString; }
-QDateTime PXFile::EXIFDate() const { return imageFacts()->EXIFDate; }
-QString PXFile::EXIFDateString() const { return imageFacts()->EXIFDateString; }
+QSizeF PXFile::trueDimensions() const
+{
+    return imageFacts()->trueDimensions;
+}
+QSizeF PXFile::dimensions() const
+{
+    return imageFacts()->dimensions;
+}
+double PXFile::dimensionsWidth() const
+{
+    return imageFacts()->dimensions.width();
+}
+double PXFile::dimensionsHeight() const
+{
+    return imageFacts()->dimensions.height();
+}
+double PXFile::megapixels() const
+{
+    return imageFacts()->megapixels;
+}
+int PXFile::generalOrientation() const
+{
+    return imageFacts()->generalOrientation;
+}
+QString PXFile::dimensionsString() const
+{
+    return imageFacts()->dimensionsString;
+}
+QString PXFile::megapixelString() const
+{
+    return imageFacts()->megapixelString;
+}
+QString PXFile::generalOrientationString() const
+{
+    return imageFacts()->generalOrientationString;
+}
+QString PXFile::imageDepthString() const
+{
+    return imageFacts()->imageDepthString;
+}
+QString PXFile::ICCProfileString() const
+{
+    return imageFacts()->ICCProfileString;
+}
+std::optional<qint64> PXFile::ISO() const
+{
+    return imageFacts()->ISO;
+}
+QString PXFile::ISOString() const
+{
+    return imageFacts()->ISOString;
+}
+std::optional<double> PXFile::exposureTime() const
+{
+    return imageFacts()->exposureTime;
+}
+QString PXFile::exposureTimeString() const
+{
+    return imageFacts()->exposureTimeString;
+}
+std::optional<double> PXFile::fNumber() const
+{
+    return imageFacts()->fNumber;
+}
+QString PXFile::fNumberString() const
+{
+    return imageFacts()->fNumberString;
+}
+std::optional<double> PXFile::focalLength() const
+{
+    return imageFacts()->focalLength;
+}
+QString PXFile::focalLengthString() const
+{
+    return imageFacts()->focalLengthString;
+}
+QString PXFile::resolutionString() const
+{
+    return imageFacts()->resolutionString;
+}
+QString PXFile::cameraModelString() const
+{
+    return imageFacts()->cameraModelString;
+}
+QDateTime PXFile::EXIFDate() const
+{
+    return imageFacts()->EXIFDate;
+}
+QString PXFile::EXIFDateString() const
+{
+    return imageFacts()->EXIFDateString;
+}
 
 // MARK: labels
 
@@ -519,7 +601,8 @@ bool PXFile::hasEditableImageMetadata() const
         if (m_imageMetadataEditable != notComputed)
             return m_imageMetadataEditable == 1;
     }
-    const bool editable = !isPlaceholder() && isWritable() && utiConformsToUTIs(typeIdentifier(), editableMetadataImageTypes());
+    const bool editable =
+        !isPlaceholder() && isWritable() && utiConformsToUTIs(typeIdentifier(), editableMetadataImageTypes());
     QMutexLocker locker(&m_lock);
     m_imageMetadataEditable = editable ? 1 : 0;
     return editable;
@@ -529,7 +612,8 @@ PXFilePtr PXFile::preferredApplication() const
 {
     if (isPlaceholder())
         return nullptr;
-    const QString desktopFile = Applications::defaultApplicationFile(TypeIdentifiers::preferredMimeType(typeIdentifier()), false);
+    const QString desktopFile =
+        Applications::defaultApplicationFile(TypeIdentifiers::preferredMimeType(typeIdentifier()), false);
     return desktopFile.isEmpty() ? nullptr : fileForPath(desktopFile);
 }
 
@@ -537,7 +621,8 @@ PXFilePtr PXFile::editorApplication() const
 {
     if (isPlaceholder())
         return nullptr;
-    const QString desktopFile = Applications::defaultApplicationFile(TypeIdentifiers::preferredMimeType(typeIdentifier()), true);
+    const QString desktopFile =
+        Applications::defaultApplicationFile(TypeIdentifiers::preferredMimeType(typeIdentifier()), true);
     return desktopFile.isEmpty() ? nullptr : fileForPath(desktopFile);
 }
 

@@ -70,7 +70,7 @@ public:
     void cacheImageProperties(const QVariantMap &properties) const;
     int orientation() const; // EXIF orientation 1..8; 1 when absent
     QSizeF trueDimensions() const; // as stored
-    QSizeF dimensions() const;     // turned upright
+    QSizeF dimensions() const; // turned upright
     double dimensionsWidth() const;
     double dimensionsHeight() const;
     double megapixels() const;
@@ -107,8 +107,7 @@ public:
 
     // Counts a folder's children; files and folders pass their filter (or there is none).
     // Uses the live subscription of the folder when one is loaded, else lists the folder once.
-    bool countOfFiles(int *files, int *folders, int *total,
-                      const std::function<bool(const PXFile &)> &fileFilter = {},
+    bool countOfFiles(int *files, int *folders, int *total, const std::function<bool(const PXFile &)> &fileFilter = {},
                       const std::function<bool(const PXFile &)> &directoryFilter = {}) const;
 
     // Clears what the event made stale and answers the names of the cleared properties, in the

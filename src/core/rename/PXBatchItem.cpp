@@ -42,7 +42,9 @@ const QList<PXBatchItemPtr> &PXBatchItem::arrangedChildren() const
     if (m_arrangementStale) {
         m_arrangementStale = false;
         sortItems<PXBatchItemPtr>(m_arrangedChildren, m_sortDescriptors,
-                                  [](const PXBatchItemPtr &item) -> const PXFile & { return *item->representedObject(); });
+                                  [](const PXBatchItemPtr &item) -> const PXFile & {
+                                      return *item->representedObject();
+                                  });
     }
     return m_arrangedChildren;
 }

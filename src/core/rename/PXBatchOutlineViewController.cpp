@@ -5,8 +5,7 @@
 PXBatchOutlineViewController::PXBatchOutlineViewController(ItemFactory itemClass, QObject *parent)
     : QObject(parent)
     , m_itemClass(std::move(itemClass))
-{
-}
+{ }
 
 PXBatchOutlineViewController::~PXBatchOutlineViewController() = default;
 

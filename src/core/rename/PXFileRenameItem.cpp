@@ -21,7 +21,9 @@ QString describe(const PXRenameRule *rule)
 {
     if (!rule)
         return QStringLiteral("(none)");
-    return QStringLiteral("{operationConstant = %1; stringValue = \"%2\"}").arg(rule->operationConstant).arg(rule->stringValue);
+    return QStringLiteral("{operationConstant = %1; stringValue = \"%2\"}")
+        .arg(rule->operationConstant)
+        .arg(rule->stringValue);
 }
 
 // The text of the next significant criterion when it has the expected constant.
@@ -136,10 +138,8 @@ QString PXFileRenameItem::performOperation(const PXRenameRule &operation, const 
             return string;
         return name.base + QLatin1Char('.') + extension;
     }
-    case C::insert:
-        return applyRules(subRules, insertUsingRules(rules, string));
-    case C::replace:
-        return applyRules(subRules, replaceUsingRules(rules, string));
+    case C::insert: return applyRules(subRules, insertUsingRules(rules, string));
+    case C::replace: return applyRules(subRules, replaceUsingRules(rules, string));
     case C::regex:
         // The rows nested under a regular expression are not applied.
         return regexUsingRules(rules, string);
@@ -187,8 +187,7 @@ QString PXFileRenameItem::replaceUsingRules(PXRenameRuleQueue &rules, const QStr
         QString result = string;
         return result.replace(*search, *replacement, Qt::CaseSensitive);
     }
-    case C::replaceEntirely:
-        return replacementStringValueUsingRules(rules, string).value_or(string);
+    case C::replaceEntirely: return replacementStringValueUsingRules(rules, string).value_or(string);
     default:
         logError(QStringLiteral("Error, tried to perform replace operation with type %1").arg(describe(kind)));
         return string;
@@ -200,12 +199,8 @@ QString PXFileRenameItem::insertUsingRules(PXRenameRuleQueue &rules, const QStri
     const PXRenameRule *where = popNextSignificantOperationFromRules(rules);
     qsizetype position = 0;
     switch (constantOf(where)) {
-    case C::insertAtBeginning:
-        position = 0;
-        break;
-    case C::insertAtEnd:
-        position = string.size();
-        break;
+    case C::insertAtBeginning: position = 0; break;
+    case C::insertAtEnd: position = string.size(); break;
     case C::insertAtLocation: {
         const std::optional<QString> location = fieldText(rules, C::locationToInsert);
         if (!location)
@@ -216,8 +211,7 @@ QString PXFileRenameItem::insertUsingRules(PXRenameRuleQueue &rules, const QStri
         position = qsizetype(index);
         break;
     }
-    default:
-        return string;
+    default: return string;
     }
     const std::optional<QString> inserted = replacementStringValueUsingRules(rules, std::nullopt);
     if (!inserted)
@@ -266,17 +260,14 @@ std::optional<QString> PXFileRenameItem::replacementStringValueUsingRules(PXRena
         const std::optional<QString> startText = fieldText(rules, C::initialSequenceValue);
         const qint64 start = startText && !startText->isEmpty() ? leadingIntegerValue(*startText) : 0;
         const int format = constantOf(popNextSignificantOperationFromRules(rules));
-        const int places = format == 0 ? 0 : std::min(std::max(format, int(C::sequenceFormat1)), int(C::sequenceFormat00001)) - 1000;
+        const int places =
+            format == 0 ? 0 : std::min(std::max(format, int(C::sequenceFormat1)), int(C::sequenceFormat00001)) - 1000;
         return stringForSequenceWithBeginning(start, places);
     }
-    case C::addCharacters:
-        return fieldText(rules, C::replacementCharacters);
-    case C::makeUppercase:
-        return input ? std::optional<QString>(input->toUpper()) : std::nullopt;
-    case C::makeLowercase:
-        return input ? std::optional<QString>(input->toLower()) : std::nullopt;
-    case C::addParentFolderName:
-        return representedObject() ? representedObject()->parentDisplayName() : QString();
+    case C::addCharacters: return fieldText(rules, C::replacementCharacters);
+    case C::makeUppercase: return input ? std::optional<QString>(input->toUpper()) : std::nullopt;
+    case C::makeLowercase: return input ? std::optional<QString>(input->toLower()) : std::nullopt;
+    case C::addParentFolderName: return representedObject() ? representedObject()->parentDisplayName() : QString();
     case C::addGrandparentFolderName: {
         const PXFilePtr &file = representedObject();
         const ZQFilePtr parent = file ? file->parentItem() : nullptr;
@@ -284,8 +275,7 @@ std::optional<QString> PXFileRenameItem::replacementStringValueUsingRules(PXRena
             return QStringLiteral("");
         return PXFile::from(parent)->parentDisplayName();
     }
-    default:
-        return std::nullopt;
+    default: return std::nullopt;
     }
 }
 

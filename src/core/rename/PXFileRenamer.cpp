@@ -165,17 +165,18 @@ void PXFileRenamer::scanForChildrenOfFiles(const QList<PXFilePtr> &folders)
     options.folderFilter = [](const ZQFilePtr &file) { return !file->isInvisible(); };
     for (const PXFilePtr &folder : folders) {
         auto *loader = new ZQFolderLoadOperation(folder, options, this);
-        connect(loader, &ZQFolderLoadOperation::batchLoaded, this, [this](const ZQFilePtr &, const QList<ZQFilePtr> &files) {
-            QList<PXBatchItemPtr> found;
-            for (const ZQFilePtr &entry : files) {
-                if (m_outline->itemForIdentifier(entry->path()))
-                    continue;
-                const PXFilePtr file = PXFile::from(entry);
-                found.append(makeItem(file, file->isDirectory()));
-            }
-            m_outline->addItems(found);
-            updateForChanges();
-        });
+        connect(loader, &ZQFolderLoadOperation::batchLoaded, this,
+                [this](const ZQFilePtr &, const QList<ZQFilePtr> &files) {
+                    QList<PXBatchItemPtr> found;
+                    for (const ZQFilePtr &entry : files) {
+                        if (m_outline->itemForIdentifier(entry->path()))
+                            continue;
+                        const PXFilePtr file = PXFile::from(entry);
+                        found.append(makeItem(file, file->isDirectory()));
+                    }
+                    m_outline->addItems(found);
+                    updateForChanges();
+                });
         connect(loader, &ZQFolderLoadOperation::folderFailed, this, [](const ZQFilePtr &folder, const QString &reason) {
             logError(QStringLiteral("Could not list %1 for renaming: %2").arg(folder->path(), reason));
         });
@@ -306,8 +307,9 @@ void PXFileRenamer::setRenameRules(const PXRenameRules &rules)
 void PXFileRenamer::applySortDescriptors()
 {
     // The name order is the file model's own; every other key falls back to it for equal values.
-    const QList<SortDescriptor> descriptors = sortDescriptorsForSortType(
-        fileSortTypeForSetting(m_sortSetting), FolderSortType::mixed, m_sortAscending, QStringLiteral("representedObject"));
+    const QList<SortDescriptor> descriptors =
+        sortDescriptorsForSortType(fileSortTypeForSetting(m_sortSetting), FolderSortType::mixed, m_sortAscending,
+                                   QStringLiteral("representedObject"));
     m_outline->setSortDescriptors(descriptors);
     m_outline->setFlattenedItemsSortDescriptors(descriptors);
     m_outline->setShowAsFlatList(m_flatList);
@@ -416,7 +418,8 @@ void PXFileRenamer::markCurrentPreset()
 void PXFileRenamer::updateWithPreset(const QJsonObject &preset)
 {
     if (preset.contains(Key::sortType) || preset.contains(Key::sortAscending))
-        setSortSetting(preset.value(Key::sortType).toInt(m_sortSetting), preset.value(Key::sortAscending).toBool(m_sortAscending));
+        setSortSetting(preset.value(Key::sortType).toInt(m_sortSetting),
+                       preset.value(Key::sortAscending).toBool(m_sortAscending));
     if (preset.contains(Key::listType))
         setFlatList(preset.value(Key::listType).toInt() == flatList);
     if (preset.contains(Key::sequenceType))
@@ -430,7 +433,8 @@ void PXFileRenamer::updateWithPreset(const QJsonObject &preset)
     if (const auto rules = renameRulesFromJson(preset.value(Key::rules), &error))
         setRenameRules(*rules);
     else
-        logError(QStringLiteral("Could not read the rules of preset %1: %2").arg(preset.value(Key::presetName).toString(), error));
+        logError(QStringLiteral("Could not read the rules of preset %1: %2")
+                     .arg(preset.value(Key::presetName).toString(), error));
     if (preset.contains(Key::depth))
         setFolderScanDepth(preset.value(Key::depth).toInt());
     if (const auto index = currentSavedPresetIndex())
@@ -479,14 +483,9 @@ bool PXFileRenamer::dealWithUnsavedPreset()
         ? m_questions->askToSaveChangesToPreset(m_presets->savedPresets()[*index])
         : PXUnsavedPresetAnswer::discardChanges;
     switch (answer) {
-    case PXUnsavedPresetAnswer::save:
-        savePreset();
-        return true;
-    case PXUnsavedPresetAnswer::cancel:
-        return false;
-    case PXUnsavedPresetAnswer::discardChanges:
-        m_presets->savedPresets()[*index].remove(Key::altered);
-        return true;
+    case PXUnsavedPresetAnswer::save: savePreset(); return true;
+    case PXUnsavedPresetAnswer::cancel: return false;
+    case PXUnsavedPresetAnswer::discardChanges: m_presets->savedPresets()[*index].remove(Key::altered); return true;
     }
     return true;
 }
@@ -537,8 +536,8 @@ PXFileRenamer::RenameStart PXFileRenamer::rename()
     m_workBeganDate = QDateTime::currentDateTime();
     m_workTimer.start();
     setWorkInProgress(true);
-    m_fileOperationHandler = m_fileController->performOperation(ZQFileOperationType::rename,
-                                                                ZQFileOperationGroup(std::move(units)), this);
+    m_fileOperationHandler =
+        m_fileController->performOperation(ZQFileOperationType::rename, ZQFileOperationGroup(std::move(units)), this);
     if (!m_fileOperationHandler) {
         m_renamingItems.clear();
         setWorkInProgress(false);
@@ -576,7 +575,7 @@ void PXFileRenamer::fileOperationHandlerNeedsInitialResolution(ZQFileOperationHa
         // "Apply to all" holds for the rest of the rename, separately for names already taken.
         std::optional<ZQFileOperationResolution> &remembered =
             unit.destinationError().code == ZQFileOperationErrorCode::destinationExists ? m_destinationExistsAnswer
-                                                                                         : m_otherErrorAnswer;
+                                                                                        : m_otherErrorAnswer;
         ZQFileOperationResolution answer = ZQFileOperationResolution::cancel;
         if (remembered) {
             answer = *remembered;
@@ -598,7 +597,8 @@ void PXFileRenamer::fileOperationHandlerNeedsInitialResolution(ZQFileOperationHa
     handler->continueToPreflight();
 }
 
-void PXFileRenamer::fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &)
+void PXFileRenamer::fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler,
+                                                                 ZQFileOperationGroup &)
 {
     // What preflight finds (two items aiming at one name) is skipped without asking.
     handler->continueToPerform();

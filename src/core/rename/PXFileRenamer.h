@@ -38,7 +38,14 @@ class PXFileRenamer : public QObject, private ZQFileOperationDelegate, private P
 
 public:
     // Tags of the sort menu.
-    enum SortSetting : int { byName = 0, byModificationDate = 1, byCreationDate = 2, byKind = 3, bySize = 4, byEXIFDate = 5 };
+    enum SortSetting : int {
+        byName = 0,
+        byModificationDate = 1,
+        byCreationDate = 2,
+        byKind = 3,
+        bySize = 4,
+        byEXIFDate = 5
+    };
     static constexpr int sortSettingCount = 6;
     // Tags of the list-type and numbering menus, as stored in settings dictionaries.
     enum ListType : int { treeList = 0, flatList = 1 };
@@ -135,8 +142,10 @@ private:
     void markCurrentPreset();
 
     void renameItemDidChange(PXFileRenameItem *item) override;
-    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &group) override;
-    void fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &group) override;
+    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler,
+                                                    ZQFileOperationGroup &group) override;
+    void fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler,
+                                                      ZQFileOperationGroup &group) override;
     void fileOperationHandlerReportingTransaction(ZQFileOperationHandler *handler,
                                                   const ZQFileOperationTransaction &transaction) override;
     void fileOperationHandlerCompletedOperation(ZQFileOperationHandler *handler) override;

@@ -90,7 +90,7 @@ QList<QJsonObject> PXRenamePresets::defaultPresets()
         logError(QStringLiteral("Could not open the default rename presets %1").arg(presetsResource));
         return {};
     }
-    QJsonParseError error {};
+    QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
     if (!document.isArray()) {
         logError(QStringLiteral("Could not read the default rename presets: %1").arg(error.errorString()));
@@ -104,7 +104,7 @@ QList<QJsonObject> PXRenamePresets::readList(const QString &key) const
     const QByteArray text = m_settings->value(key).toString().toUtf8();
     if (text.isEmpty())
         return {};
-    QJsonParseError error {};
+    QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
     if (!document.isArray()) {
         logError(QStringLiteral("Could not read the setting %1: %2").arg(key, error.errorString()));
@@ -251,16 +251,14 @@ void PXRenamePresets::rememberFieldValues(const PXRenameRules &rules)
         for (const PXRenameRule &rule : row.rules) {
             switch (rule.operationConstant) {
             case PXRenameConstant::dateFormatValue:
-                m_settings->setValue(dateFormatKey, rule.stringValue.isEmpty() ? localeDatePattern() : rule.stringValue);
+                m_settings->setValue(dateFormatKey,
+                                     rule.stringValue.isEmpty() ? localeDatePattern() : rule.stringValue);
                 break;
             case PXRenameConstant::initialSequenceValue:
                 m_settings->setValue(sequenceStartKey, rule.stringValue);
                 break;
-            case PXRenameConstant::rangeToReplace:
-                m_settings->setValue(rangeKey, rule.stringValue);
-                break;
-            default:
-                break;
+            case PXRenameConstant::rangeToReplace: m_settings->setValue(rangeKey, rule.stringValue); break;
+            default: break;
             }
         }
         rememberFieldValues(row.subRules);
@@ -270,8 +268,8 @@ void PXRenamePresets::rememberFieldValues(const PXRenameRules &rules)
 QString PXRenamePresets::localeDatePattern()
 {
     const QLocale system = QLocale::system();
-    const icu::Locale locale = system.language() == QLocale::C ? icu::Locale("en_US")
-                                                               : icu::Locale(system.name().toLatin1().constData());
+    const icu::Locale locale =
+        system.language() == QLocale::C ? icu::Locale("en_US") : icu::Locale(system.name().toLatin1().constData());
     std::unique_ptr<icu::DateFormat> format(
         icu::DateFormat::createDateTimeInstance(icu::DateFormat::kShort, icu::DateFormat::kShort, locale));
     QString pattern = QStringLiteral("yyyy-MM-dd HH.mm");

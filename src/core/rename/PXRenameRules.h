@@ -96,9 +96,9 @@ class PXRenameRuleQueue
 public:
     PXRenameRuleQueue() = default;
     explicit PXRenameRuleQueue(const QList<PXRenameRule> &rules)
-        : m_next(rules.constData()), m_end(rules.constData() + rules.size())
-    {
-    }
+        : m_next(rules.constData())
+        , m_end(rules.constData() + rules.size())
+    { }
 
     bool isEmpty() const { return m_next == m_end; }
     qsizetype size() const { return m_end - m_next; }

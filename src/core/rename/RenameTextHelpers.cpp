@@ -84,7 +84,7 @@ FoldedText folded(const QString &source)
     return result;
 }
 
-template <typename T>
+template<typename T>
 struct PatternCache
 {
     QHash<QString, std::shared_ptr<T>> entries;
@@ -209,14 +209,16 @@ std::optional<QString> regexReplacingAll(const QString &text, const QString &pat
     if (!found) {
         auto compiled = std::make_shared<CompiledRegex>();
         UErrorCode status = U_ZERO_ERROR;
-        UParseError parseError {};
-        compiled->pattern.reset(icu::RegexPattern::compile(toUnicode(pattern), UREGEX_CASE_INSENSITIVE, parseError, status));
+        UParseError parseError{};
+        compiled->pattern.reset(
+            icu::RegexPattern::compile(toUnicode(pattern), UREGEX_CASE_INSENSITIVE, parseError, status));
         if (U_SUCCESS(status))
             compiled->matcher.reset(compiled->pattern->matcher(status));
         if (U_FAILURE(status)) {
             compiled->pattern.reset();
             compiled->matcher.reset();
-            compiled->error = QStringLiteral("%1 at offset %2").arg(QString::fromLatin1(u_errorName(status))).arg(parseError.offset);
+            compiled->error =
+                QStringLiteral("%1 at offset %2").arg(QString::fromLatin1(u_errorName(status))).arg(parseError.offset);
         }
         found = &cache.insert(pattern, std::move(compiled));
     }

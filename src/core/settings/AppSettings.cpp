@@ -15,15 +15,19 @@ void AppSettings::adoptSlideshowSettings(SlideshowSettingsPtr slideshowSettings)
     disconnect(m_slideshowWillChange);
     disconnect(m_slideshowChanged);
     m_slideshowSettings = std::move(slideshowSettings);
-    m_slideshowWillChange = connect(m_slideshowSettings.get(), &ObservableSettings::willChange, this, &ObservableSettings::willChange);
-    m_slideshowChanged = connect(m_slideshowSettings.get(), &ObservableSettings::changed, this, &ObservableSettings::changed);
+    m_slideshowWillChange =
+        connect(m_slideshowSettings.get(), &ObservableSettings::willChange, this, &ObservableSettings::willChange);
+    m_slideshowChanged =
+        connect(m_slideshowSettings.get(), &ObservableSettings::changed, this, &ObservableSettings::changed);
 }
 
 std::optional<QJsonObject> AppSettings::toJson(QString *error) const
 {
     SettingsWriter writer;
     writer.writeList(QStringLiteral("windowSettings"), m_windowSettings,
-                     [](const WindowSettingsPtr &window, const QString &path, QString *error) { return window->toJson(error, path); });
+                     [](const WindowSettingsPtr &window, const QString &path, QString *error) {
+                         return window->toJson(error, path);
+                     });
     writer.writeNested(QStringLiteral("slideshowSettings"), m_slideshowSettings,
                        [](const SlideshowSettingsPtr &slideshow, const QString &path, QString *error) {
                            return slideshow->toJson(error, path);
@@ -69,9 +73,13 @@ std::optional<QJsonObject> AppSettings::toJson(QString *error) const
     writer.write(QStringLiteral("imageWindowImageScaling"), m_imageWindowImageScaling);
     writer.write(QStringLiteral("imageWindowImageScalingPercentage"), m_imageWindowImageScalingPercentage);
     writer.writeList(QStringLiteral("favoriteApps"), m_favoriteApps,
-                     [](const FileBookmark &bookmark, const QString &path, QString *error) { return bookmark.toJson(path, error); });
+                     [](const FileBookmark &bookmark, const QString &path, QString *error) {
+                         return bookmark.toJson(path, error);
+                     });
     writer.writeList(QStringLiteral("favoriteFolders"), m_favoriteFolders,
-                     [](const FileBookmark &bookmark, const QString &path, QString *error) { return bookmark.toJson(path, error); });
+                     [](const FileBookmark &bookmark, const QString &path, QString *error) {
+                         return bookmark.toJson(path, error);
+                     });
     writer.write(QStringLiteral("detailedLogging"), m_detailedLogging);
     writer.write(QStringLiteral("isFirstLaunch"), m_isFirstLaunch);
     writer.write(QStringLiteral("firstLaunchDate"), m_firstLaunchDate);
@@ -98,7 +106,8 @@ std::unique_ptr<AppSettings> AppSettings::fromJson(const QJsonObject &json, QStr
     if (!reader.failed()) {
         using SettingsCoding::doubleText;
         if (version < currentSettingsVersion)
-            logDebug(QStringLiteral("Updating settings from %1 to %2").arg(doubleText(version), doubleText(currentSettingsVersion)));
+            logDebug(QStringLiteral("Updating settings from %1 to %2")
+                         .arg(doubleText(version), doubleText(currentSettingsVersion)));
         else if (version > currentSettingsVersion)
             logError(QStringLiteral("Settings version %1 is newer than %2, some data may be lost")
                          .arg(doubleText(version), doubleText(currentSettingsVersion)));
@@ -106,14 +115,16 @@ std::unique_ptr<AppSettings> AppSettings::fromJson(const QJsonObject &json, QStr
     settings->m_settingsVersion = currentSettingsVersion;
 
     reader.readList(QStringLiteral("windowSettings"), settings->m_windowSettings,
-                    [](const QJsonValue &value, const QString &path, QString *error) -> std::optional<WindowSettingsPtr> {
+                    [](const QJsonValue &value, const QString &path,
+                       QString *error) -> std::optional<WindowSettingsPtr> {
                         if (WindowSettingsPtr window = WindowSettings::fromJson(value, error, path))
                             return window;
                         return std::nullopt;
                     });
     SlideshowSettingsPtr slideshow = settings->m_slideshowSettings;
     reader.readNested(QStringLiteral("slideshowSettings"), slideshow,
-                      [](const QJsonValue &value, const QString &path, QString *error) -> std::optional<SlideshowSettingsPtr> {
+                      [](const QJsonValue &value, const QString &path,
+                         QString *error) -> std::optional<SlideshowSettingsPtr> {
                           if (SlideshowSettingsPtr slideshow = SlideshowSettings::fromJson(value, error, path))
                               return slideshow;
                           return std::nullopt;
@@ -124,7 +135,8 @@ std::unique_ptr<AppSettings> AppSettings::fromJson(const QJsonObject &json, QStr
     reader.read(QStringLiteral("sidebarRenameOnlyOnEnter"), settings->m_sidebarRenameOnlyOnEnter);
     reader.read(QStringLiteral("thumbnailsRenameOnlyOnEnter"), settings->m_thumbnailsRenameOnlyOnEnter);
     reader.read(QStringLiteral("thumbnailsAutoselectFirstItem"), settings->m_thumbnailsAutoselectFirstItem);
-    reader.read(QStringLiteral("thumbnailsAutoselectNextItemAfterMove"), settings->m_thumbnailsAutoselectNextItemAfterMove);
+    reader.read(QStringLiteral("thumbnailsAutoselectNextItemAfterMove"),
+                settings->m_thumbnailsAutoselectNextItemAfterMove);
     reader.read(QStringLiteral("thumbnailsHaveOutline"), settings->m_thumbnailsHaveOutline);
     reader.read(QStringLiteral("thumbnailOutlineColor"), settings->m_thumbnailOutlineColor);
     reader.read(QStringLiteral("thumbnailOutlineThickness"), settings->m_thumbnailOutlineThickness);
@@ -133,7 +145,8 @@ std::unique_ptr<AppSettings> AppSettings::fromJson(const QJsonObject &json, QStr
     reader.read(QStringLiteral("thumbnailBackgroundColor"), settings->m_thumbnailBackgroundColor);
     reader.read(QStringLiteral("thumbnailsAlignToBottom"), settings->m_thumbnailsAlignToBottom);
     reader.read(QStringLiteral("thumbnailsPreviewPauseWhenLosingKey"), settings->m_thumbnailsPreviewPauseWhenLosingKey);
-    reader.read(QStringLiteral("thumbnailsPreviewAllowsKeyboardControl"), settings->m_thumbnailsPreviewAllowsKeyboardControl);
+    reader.read(QStringLiteral("thumbnailsPreviewAllowsKeyboardControl"),
+                settings->m_thumbnailsPreviewAllowsKeyboardControl);
     reader.read(QStringLiteral("slideshowImageScaling"), settings->m_slideshowImageScaling);
     reader.read(QStringLiteral("slideshowImageScalingPercentage"), settings->m_slideshowImageScalingPercentage);
     reader.read(QStringLiteral("slideshowBackgroundColor"), settings->m_slideshowBackgroundColor);
@@ -195,12 +208,14 @@ void AppSettings::setSlideshowSettings(const SlideshowSettingsPtr &slideshowSett
 
 void AppSettings::setSidebarAllowsKeyboardControl(bool sidebarAllowsKeyboardControl)
 {
-    update(m_sidebarAllowsKeyboardControl, sidebarAllowsKeyboardControl, &AppSettings::sidebarAllowsKeyboardControlChanged);
+    update(m_sidebarAllowsKeyboardControl, sidebarAllowsKeyboardControl,
+           &AppSettings::sidebarAllowsKeyboardControlChanged);
 }
 
 void AppSettings::setSidebarAutoexpandOnSelection(bool sidebarAutoexpandOnSelection)
 {
-    update(m_sidebarAutoexpandOnSelection, sidebarAutoexpandOnSelection, &AppSettings::sidebarAutoexpandOnSelectionChanged);
+    update(m_sidebarAutoexpandOnSelection, sidebarAutoexpandOnSelection,
+           &AppSettings::sidebarAutoexpandOnSelectionChanged);
 }
 
 void AppSettings::setSidebarRenameOnlyOnEnter(bool sidebarRenameOnlyOnEnter)
@@ -210,17 +225,20 @@ void AppSettings::setSidebarRenameOnlyOnEnter(bool sidebarRenameOnlyOnEnter)
 
 void AppSettings::setThumbnailsRenameOnlyOnEnter(bool thumbnailsRenameOnlyOnEnter)
 {
-    update(m_thumbnailsRenameOnlyOnEnter, thumbnailsRenameOnlyOnEnter, &AppSettings::thumbnailsRenameOnlyOnEnterChanged);
+    update(m_thumbnailsRenameOnlyOnEnter, thumbnailsRenameOnlyOnEnter,
+           &AppSettings::thumbnailsRenameOnlyOnEnterChanged);
 }
 
 void AppSettings::setThumbnailsAutoselectFirstItem(bool thumbnailsAutoselectFirstItem)
 {
-    update(m_thumbnailsAutoselectFirstItem, thumbnailsAutoselectFirstItem, &AppSettings::thumbnailsAutoselectFirstItemChanged);
+    update(m_thumbnailsAutoselectFirstItem, thumbnailsAutoselectFirstItem,
+           &AppSettings::thumbnailsAutoselectFirstItemChanged);
 }
 
 void AppSettings::setThumbnailsAutoselectNextItemAfterMove(bool thumbnailsAutoselectNextItemAfterMove)
 {
-    update(m_thumbnailsAutoselectNextItemAfterMove, thumbnailsAutoselectNextItemAfterMove, &AppSettings::thumbnailsAutoselectNextItemAfterMoveChanged);
+    update(m_thumbnailsAutoselectNextItemAfterMove, thumbnailsAutoselectNextItemAfterMove,
+           &AppSettings::thumbnailsAutoselectNextItemAfterMoveChanged);
 }
 
 void AppSettings::setThumbnailsHaveOutline(bool thumbnailsHaveOutline)
@@ -260,12 +278,14 @@ void AppSettings::setThumbnailsAlignToBottom(bool thumbnailsAlignToBottom)
 
 void AppSettings::setThumbnailsPreviewPauseWhenLosingKey(bool thumbnailsPreviewPauseWhenLosingKey)
 {
-    update(m_thumbnailsPreviewPauseWhenLosingKey, thumbnailsPreviewPauseWhenLosingKey, &AppSettings::thumbnailsPreviewPauseWhenLosingKeyChanged);
+    update(m_thumbnailsPreviewPauseWhenLosingKey, thumbnailsPreviewPauseWhenLosingKey,
+           &AppSettings::thumbnailsPreviewPauseWhenLosingKeyChanged);
 }
 
 void AppSettings::setThumbnailsPreviewAllowsKeyboardControl(bool thumbnailsPreviewAllowsKeyboardControl)
 {
-    update(m_thumbnailsPreviewAllowsKeyboardControl, thumbnailsPreviewAllowsKeyboardControl, &AppSettings::thumbnailsPreviewAllowsKeyboardControlChanged);
+    update(m_thumbnailsPreviewAllowsKeyboardControl, thumbnailsPreviewAllowsKeyboardControl,
+           &AppSettings::thumbnailsPreviewAllowsKeyboardControlChanged);
 }
 
 void AppSettings::setSlideshowImageScaling(ImageDisplayScaling slideshowImageScaling)
@@ -275,7 +295,8 @@ void AppSettings::setSlideshowImageScaling(ImageDisplayScaling slideshowImageSca
 
 void AppSettings::setSlideshowImageScalingPercentage(ImageScalePercentage slideshowImageScalingPercentage)
 {
-    update(m_slideshowImageScalingPercentage, slideshowImageScalingPercentage, &AppSettings::slideshowImageScalingPercentageChanged);
+    update(m_slideshowImageScalingPercentage, slideshowImageScalingPercentage,
+           &AppSettings::slideshowImageScalingPercentageChanged);
 }
 
 void AppSettings::setSlideshowBackgroundColor(const QColor &slideshowBackgroundColor)
@@ -285,7 +306,8 @@ void AppSettings::setSlideshowBackgroundColor(const QColor &slideshowBackgroundC
 
 void AppSettings::setSlideshowControlsVisibleOnStart(bool slideshowControlsVisibleOnStart)
 {
-    update(m_slideshowControlsVisibleOnStart, slideshowControlsVisibleOnStart, &AppSettings::slideshowControlsVisibleOnStartChanged);
+    update(m_slideshowControlsVisibleOnStart, slideshowControlsVisibleOnStart,
+           &AppSettings::slideshowControlsVisibleOnStartChanged);
 }
 
 void AppSettings::setSlideshowScreen(ScreenOption slideshowScreen)
@@ -295,7 +317,8 @@ void AppSettings::setSlideshowScreen(ScreenOption slideshowScreen)
 
 void AppSettings::setSlideshowBlackoutOtherScreens(bool slideshowBlackoutOtherScreens)
 {
-    update(m_slideshowBlackoutOtherScreens, slideshowBlackoutOtherScreens, &AppSettings::slideshowBlackoutOtherScreensChanged);
+    update(m_slideshowBlackoutOtherScreens, slideshowBlackoutOtherScreens,
+           &AppSettings::slideshowBlackoutOtherScreensChanged);
 }
 
 void AppSettings::setSlideshowFolderSearchDepth(int slideshowFolderSearchDepth)
@@ -305,7 +328,8 @@ void AppSettings::setSlideshowFolderSearchDepth(int slideshowFolderSearchDepth)
 
 void AppSettings::setSlideshowSubfolderInclusionStyle(SubfolderInclusionStyle slideshowSubfolderInclusionStyle)
 {
-    update(m_slideshowSubfolderInclusionStyle, slideshowSubfolderInclusionStyle, &AppSettings::slideshowSubfolderInclusionStyleChanged);
+    update(m_slideshowSubfolderInclusionStyle, slideshowSubfolderInclusionStyle,
+           &AppSettings::slideshowSubfolderInclusionStyleChanged);
 }
 
 void AppSettings::setSlideshowIncludeVideos(bool slideshowIncludeVideos)
@@ -320,7 +344,8 @@ void AppSettings::setSlideshowAutoplayVideos(bool slideshowAutoplayVideos)
 
 void AppSettings::setSlideshowPreventNextWhileVideoPlays(bool slideshowPreventNextWhileVideoPlays)
 {
-    update(m_slideshowPreventNextWhileVideoPlays, slideshowPreventNextWhileVideoPlays, &AppSettings::slideshowPreventNextWhileVideoPlaysChanged);
+    update(m_slideshowPreventNextWhileVideoPlays, slideshowPreventNextWhileVideoPlays,
+           &AppSettings::slideshowPreventNextWhileVideoPlaysChanged);
 }
 
 void AppSettings::setQuickviewImageScaling(ImageDisplayScaling quickviewImageScaling)
@@ -330,7 +355,8 @@ void AppSettings::setQuickviewImageScaling(ImageDisplayScaling quickviewImageSca
 
 void AppSettings::setQuickviewImageScalingPercentage(ImageScalePercentage quickviewImageScalingPercentage)
 {
-    update(m_quickviewImageScalingPercentage, quickviewImageScalingPercentage, &AppSettings::quickviewImageScalingPercentageChanged);
+    update(m_quickviewImageScalingPercentage, quickviewImageScalingPercentage,
+           &AppSettings::quickviewImageScalingPercentageChanged);
 }
 
 void AppSettings::setQuickviewAutohide(bool quickviewAutohide)
@@ -365,12 +391,14 @@ void AppSettings::setQuickviewScreen(ScreenOption quickviewScreen)
 
 void AppSettings::setQuickviewRetainZoomBetweenItems(bool quickviewRetainZoomBetweenItems)
 {
-    update(m_quickviewRetainZoomBetweenItems, quickviewRetainZoomBetweenItems, &AppSettings::quickviewRetainZoomBetweenItemsChanged);
+    update(m_quickviewRetainZoomBetweenItems, quickviewRetainZoomBetweenItems,
+           &AppSettings::quickviewRetainZoomBetweenItemsChanged);
 }
 
 void AppSettings::setQuickviewTransitionDuration(double quickviewTransitionDuration)
 {
-    update(m_quickviewTransitionDuration, quickviewTransitionDuration, &AppSettings::quickviewTransitionDurationChanged);
+    update(m_quickviewTransitionDuration, quickviewTransitionDuration,
+           &AppSettings::quickviewTransitionDurationChanged);
 }
 
 void AppSettings::setOpenImageDestination(OpenImageDestination openImageDestination)
@@ -390,7 +418,8 @@ void AppSettings::setImageWindowImageScaling(ImageDisplayScaling imageWindowImag
 
 void AppSettings::setImageWindowImageScalingPercentage(ImageScalePercentage imageWindowImageScalingPercentage)
 {
-    update(m_imageWindowImageScalingPercentage, imageWindowImageScalingPercentage, &AppSettings::imageWindowImageScalingPercentageChanged);
+    update(m_imageWindowImageScalingPercentage, imageWindowImageScalingPercentage,
+           &AppSettings::imageWindowImageScalingPercentageChanged);
 }
 
 void AppSettings::setFavoriteApps(const QList<FileBookmark> &favoriteApps)
@@ -435,7 +464,8 @@ void AppSettings::setAlertsAndWarnings(AlertsAndWarnings alertsAndWarnings)
 
 void AppSettings::setAlwaysUseThirdPartyVideoPlayer(bool alwaysUseThirdPartyVideoPlayer)
 {
-    update(m_alwaysUseThirdPartyVideoPlayer, alwaysUseThirdPartyVideoPlayer, &AppSettings::alwaysUseThirdPartyVideoPlayerChanged);
+    update(m_alwaysUseThirdPartyVideoPlayer, alwaysUseThirdPartyVideoPlayer,
+           &AppSettings::alwaysUseThirdPartyVideoPlayerChanged);
 }
 
 void AppSettings::setSelectedSettingsSection(const std::optional<SettingsSection> &selectedSettingsSection)

@@ -30,58 +30,101 @@
 class AppSettings : public ObservableSettings
 {
     Q_OBJECT
-    Q_PROPERTY(QList<WindowSettingsPtr> windowSettings READ windowSettings WRITE setWindowSettings NOTIFY windowSettingsChanged)
-    Q_PROPERTY(SlideshowSettingsPtr slideshowSettings READ slideshowSettings WRITE setSlideshowSettings NOTIFY slideshowSettingsChanged)
-    Q_PROPERTY(bool sidebarAllowsKeyboardControl READ sidebarAllowsKeyboardControl WRITE setSidebarAllowsKeyboardControl NOTIFY sidebarAllowsKeyboardControlChanged)
-    Q_PROPERTY(bool sidebarAutoexpandOnSelection READ sidebarAutoexpandOnSelection WRITE setSidebarAutoexpandOnSelection NOTIFY sidebarAutoexpandOnSelectionChanged)
-    Q_PROPERTY(bool sidebarRenameOnlyOnEnter READ sidebarRenameOnlyOnEnter WRITE setSidebarRenameOnlyOnEnter NOTIFY sidebarRenameOnlyOnEnterChanged)
-    Q_PROPERTY(bool thumbnailsRenameOnlyOnEnter READ thumbnailsRenameOnlyOnEnter WRITE setThumbnailsRenameOnlyOnEnter NOTIFY thumbnailsRenameOnlyOnEnterChanged)
-    Q_PROPERTY(bool thumbnailsAutoselectFirstItem READ thumbnailsAutoselectFirstItem WRITE setThumbnailsAutoselectFirstItem NOTIFY thumbnailsAutoselectFirstItemChanged)
-    Q_PROPERTY(bool thumbnailsAutoselectNextItemAfterMove READ thumbnailsAutoselectNextItemAfterMove WRITE setThumbnailsAutoselectNextItemAfterMove NOTIFY thumbnailsAutoselectNextItemAfterMoveChanged)
-    Q_PROPERTY(bool thumbnailsHaveOutline READ thumbnailsHaveOutline WRITE setThumbnailsHaveOutline NOTIFY thumbnailsHaveOutlineChanged)
-    Q_PROPERTY(QColor thumbnailOutlineColor READ thumbnailOutlineColor WRITE setThumbnailOutlineColor NOTIFY thumbnailOutlineColorChanged)
-    Q_PROPERTY(int thumbnailOutlineThickness READ thumbnailOutlineThickness WRITE setThumbnailOutlineThickness NOTIFY thumbnailOutlineThicknessChanged)
-    Q_PROPERTY(bool thumbnailsHaveShadow READ thumbnailsHaveShadow WRITE setThumbnailsHaveShadow NOTIFY thumbnailsHaveShadowChanged)
-    Q_PROPERTY(QColor thumbnailTextColor READ thumbnailTextColor WRITE setThumbnailTextColor NOTIFY thumbnailTextColorChanged)
-    Q_PROPERTY(QColor thumbnailBackgroundColor READ thumbnailBackgroundColor WRITE setThumbnailBackgroundColor NOTIFY thumbnailBackgroundColorChanged)
-    Q_PROPERTY(bool thumbnailsAlignToBottom READ thumbnailsAlignToBottom WRITE setThumbnailsAlignToBottom NOTIFY thumbnailsAlignToBottomChanged)
-    Q_PROPERTY(bool thumbnailsPreviewPauseWhenLosingKey READ thumbnailsPreviewPauseWhenLosingKey WRITE setThumbnailsPreviewPauseWhenLosingKey NOTIFY thumbnailsPreviewPauseWhenLosingKeyChanged)
-    Q_PROPERTY(bool thumbnailsPreviewAllowsKeyboardControl READ thumbnailsPreviewAllowsKeyboardControl WRITE setThumbnailsPreviewAllowsKeyboardControl NOTIFY thumbnailsPreviewAllowsKeyboardControlChanged)
-    Q_PROPERTY(ImageDisplayScaling slideshowImageScaling READ slideshowImageScaling WRITE setSlideshowImageScaling NOTIFY slideshowImageScalingChanged)
-    Q_PROPERTY(ImageScalePercentage slideshowImageScalingPercentage READ slideshowImageScalingPercentage WRITE setSlideshowImageScalingPercentage NOTIFY slideshowImageScalingPercentageChanged)
-    Q_PROPERTY(QColor slideshowBackgroundColor READ slideshowBackgroundColor WRITE setSlideshowBackgroundColor NOTIFY slideshowBackgroundColorChanged)
-    Q_PROPERTY(bool slideshowControlsVisibleOnStart READ slideshowControlsVisibleOnStart WRITE setSlideshowControlsVisibleOnStart NOTIFY slideshowControlsVisibleOnStartChanged)
+    Q_PROPERTY(QList<WindowSettingsPtr> windowSettings READ windowSettings WRITE setWindowSettings NOTIFY
+                   windowSettingsChanged)
+    Q_PROPERTY(SlideshowSettingsPtr slideshowSettings READ slideshowSettings WRITE setSlideshowSettings NOTIFY
+                   slideshowSettingsChanged)
+    Q_PROPERTY(bool sidebarAllowsKeyboardControl READ sidebarAllowsKeyboardControl WRITE setSidebarAllowsKeyboardControl
+                   NOTIFY sidebarAllowsKeyboardControlChanged)
+    Q_PROPERTY(bool sidebarAutoexpandOnSelection READ sidebarAutoexpandOnSelection WRITE setSidebarAutoexpandOnSelection
+                   NOTIFY sidebarAutoexpandOnSelectionChanged)
+    Q_PROPERTY(bool sidebarRenameOnlyOnEnter READ sidebarRenameOnlyOnEnter WRITE setSidebarRenameOnlyOnEnter NOTIFY
+                   sidebarRenameOnlyOnEnterChanged)
+    Q_PROPERTY(bool thumbnailsRenameOnlyOnEnter READ thumbnailsRenameOnlyOnEnter WRITE setThumbnailsRenameOnlyOnEnter
+                   NOTIFY thumbnailsRenameOnlyOnEnterChanged)
+    Q_PROPERTY(bool thumbnailsAutoselectFirstItem READ thumbnailsAutoselectFirstItem WRITE
+                   setThumbnailsAutoselectFirstItem NOTIFY thumbnailsAutoselectFirstItemChanged)
+    Q_PROPERTY(bool thumbnailsAutoselectNextItemAfterMove READ thumbnailsAutoselectNextItemAfterMove WRITE
+                   setThumbnailsAutoselectNextItemAfterMove NOTIFY thumbnailsAutoselectNextItemAfterMoveChanged)
+    Q_PROPERTY(bool thumbnailsHaveOutline READ thumbnailsHaveOutline WRITE setThumbnailsHaveOutline NOTIFY
+                   thumbnailsHaveOutlineChanged)
+    Q_PROPERTY(QColor thumbnailOutlineColor READ thumbnailOutlineColor WRITE setThumbnailOutlineColor NOTIFY
+                   thumbnailOutlineColorChanged)
+    Q_PROPERTY(int thumbnailOutlineThickness READ thumbnailOutlineThickness WRITE setThumbnailOutlineThickness NOTIFY
+                   thumbnailOutlineThicknessChanged)
+    Q_PROPERTY(bool thumbnailsHaveShadow READ thumbnailsHaveShadow WRITE setThumbnailsHaveShadow NOTIFY
+                   thumbnailsHaveShadowChanged)
+    Q_PROPERTY(
+        QColor thumbnailTextColor READ thumbnailTextColor WRITE setThumbnailTextColor NOTIFY thumbnailTextColorChanged)
+    Q_PROPERTY(QColor thumbnailBackgroundColor READ thumbnailBackgroundColor WRITE setThumbnailBackgroundColor NOTIFY
+                   thumbnailBackgroundColorChanged)
+    Q_PROPERTY(bool thumbnailsAlignToBottom READ thumbnailsAlignToBottom WRITE setThumbnailsAlignToBottom NOTIFY
+                   thumbnailsAlignToBottomChanged)
+    Q_PROPERTY(bool thumbnailsPreviewPauseWhenLosingKey READ thumbnailsPreviewPauseWhenLosingKey WRITE
+                   setThumbnailsPreviewPauseWhenLosingKey NOTIFY thumbnailsPreviewPauseWhenLosingKeyChanged)
+    Q_PROPERTY(bool thumbnailsPreviewAllowsKeyboardControl READ thumbnailsPreviewAllowsKeyboardControl WRITE
+                   setThumbnailsPreviewAllowsKeyboardControl NOTIFY thumbnailsPreviewAllowsKeyboardControlChanged)
+    Q_PROPERTY(ImageDisplayScaling slideshowImageScaling READ slideshowImageScaling WRITE setSlideshowImageScaling
+                   NOTIFY slideshowImageScalingChanged)
+    Q_PROPERTY(ImageScalePercentage slideshowImageScalingPercentage READ slideshowImageScalingPercentage WRITE
+                   setSlideshowImageScalingPercentage NOTIFY slideshowImageScalingPercentageChanged)
+    Q_PROPERTY(QColor slideshowBackgroundColor READ slideshowBackgroundColor WRITE setSlideshowBackgroundColor NOTIFY
+                   slideshowBackgroundColorChanged)
+    Q_PROPERTY(bool slideshowControlsVisibleOnStart READ slideshowControlsVisibleOnStart WRITE
+                   setSlideshowControlsVisibleOnStart NOTIFY slideshowControlsVisibleOnStartChanged)
     Q_PROPERTY(ScreenOption slideshowScreen READ slideshowScreen WRITE setSlideshowScreen NOTIFY slideshowScreenChanged)
-    Q_PROPERTY(bool slideshowBlackoutOtherScreens READ slideshowBlackoutOtherScreens WRITE setSlideshowBlackoutOtherScreens NOTIFY slideshowBlackoutOtherScreensChanged)
-    Q_PROPERTY(int slideshowFolderSearchDepth READ slideshowFolderSearchDepth WRITE setSlideshowFolderSearchDepth NOTIFY slideshowFolderSearchDepthChanged)
-    Q_PROPERTY(SubfolderInclusionStyle slideshowSubfolderInclusionStyle READ slideshowSubfolderInclusionStyle WRITE setSlideshowSubfolderInclusionStyle NOTIFY slideshowSubfolderInclusionStyleChanged)
-    Q_PROPERTY(bool slideshowIncludeVideos READ slideshowIncludeVideos WRITE setSlideshowIncludeVideos NOTIFY slideshowIncludeVideosChanged)
-    Q_PROPERTY(bool slideshowAutoplayVideos READ slideshowAutoplayVideos WRITE setSlideshowAutoplayVideos NOTIFY slideshowAutoplayVideosChanged)
-    Q_PROPERTY(bool slideshowPreventNextWhileVideoPlays READ slideshowPreventNextWhileVideoPlays WRITE setSlideshowPreventNextWhileVideoPlays NOTIFY slideshowPreventNextWhileVideoPlaysChanged)
-    Q_PROPERTY(ImageDisplayScaling quickviewImageScaling READ quickviewImageScaling WRITE setQuickviewImageScaling NOTIFY quickviewImageScalingChanged)
-    Q_PROPERTY(ImageScalePercentage quickviewImageScalingPercentage READ quickviewImageScalingPercentage WRITE setQuickviewImageScalingPercentage NOTIFY quickviewImageScalingPercentageChanged)
+    Q_PROPERTY(bool slideshowBlackoutOtherScreens READ slideshowBlackoutOtherScreens WRITE
+                   setSlideshowBlackoutOtherScreens NOTIFY slideshowBlackoutOtherScreensChanged)
+    Q_PROPERTY(int slideshowFolderSearchDepth READ slideshowFolderSearchDepth WRITE setSlideshowFolderSearchDepth NOTIFY
+                   slideshowFolderSearchDepthChanged)
+    Q_PROPERTY(SubfolderInclusionStyle slideshowSubfolderInclusionStyle READ slideshowSubfolderInclusionStyle WRITE
+                   setSlideshowSubfolderInclusionStyle NOTIFY slideshowSubfolderInclusionStyleChanged)
+    Q_PROPERTY(bool slideshowIncludeVideos READ slideshowIncludeVideos WRITE setSlideshowIncludeVideos NOTIFY
+                   slideshowIncludeVideosChanged)
+    Q_PROPERTY(bool slideshowAutoplayVideos READ slideshowAutoplayVideos WRITE setSlideshowAutoplayVideos NOTIFY
+                   slideshowAutoplayVideosChanged)
+    Q_PROPERTY(bool slideshowPreventNextWhileVideoPlays READ slideshowPreventNextWhileVideoPlays WRITE
+                   setSlideshowPreventNextWhileVideoPlays NOTIFY slideshowPreventNextWhileVideoPlaysChanged)
+    Q_PROPERTY(ImageDisplayScaling quickviewImageScaling READ quickviewImageScaling WRITE setQuickviewImageScaling
+                   NOTIFY quickviewImageScalingChanged)
+    Q_PROPERTY(ImageScalePercentage quickviewImageScalingPercentage READ quickviewImageScalingPercentage WRITE
+                   setQuickviewImageScalingPercentage NOTIFY quickviewImageScalingPercentageChanged)
     Q_PROPERTY(bool quickviewAutohide READ quickviewAutohide WRITE setQuickviewAutohide NOTIFY quickviewAutohideChanged)
-    Q_PROPERTY(bool quickviewAutoplayVideo READ quickviewAutoplayVideo WRITE setQuickviewAutoplayVideo NOTIFY quickviewAutoplayVideoChanged)
-    Q_PROPERTY(bool quickviewMuteVideo READ quickviewMuteVideo WRITE setQuickviewMuteVideo NOTIFY quickviewMuteVideoChanged)
-    Q_PROPERTY(bool quickviewOpensOnLaunch READ quickviewOpensOnLaunch WRITE setQuickviewOpensOnLaunch NOTIFY quickviewOpensOnLaunchChanged)
-    Q_PROPERTY(QColor quickviewBackgroundColor READ quickviewBackgroundColor WRITE setQuickviewBackgroundColor NOTIFY quickviewBackgroundColorChanged)
+    Q_PROPERTY(bool quickviewAutoplayVideo READ quickviewAutoplayVideo WRITE setQuickviewAutoplayVideo NOTIFY
+                   quickviewAutoplayVideoChanged)
+    Q_PROPERTY(
+        bool quickviewMuteVideo READ quickviewMuteVideo WRITE setQuickviewMuteVideo NOTIFY quickviewMuteVideoChanged)
+    Q_PROPERTY(bool quickviewOpensOnLaunch READ quickviewOpensOnLaunch WRITE setQuickviewOpensOnLaunch NOTIFY
+                   quickviewOpensOnLaunchChanged)
+    Q_PROPERTY(QColor quickviewBackgroundColor READ quickviewBackgroundColor WRITE setQuickviewBackgroundColor NOTIFY
+                   quickviewBackgroundColorChanged)
     Q_PROPERTY(ScreenOption quickviewScreen READ quickviewScreen WRITE setQuickviewScreen NOTIFY quickviewScreenChanged)
-    Q_PROPERTY(bool quickviewRetainZoomBetweenItems READ quickviewRetainZoomBetweenItems WRITE setQuickviewRetainZoomBetweenItems NOTIFY quickviewRetainZoomBetweenItemsChanged)
-    Q_PROPERTY(double quickviewTransitionDuration READ quickviewTransitionDuration WRITE setQuickviewTransitionDuration NOTIFY quickviewTransitionDurationChanged)
-    Q_PROPERTY(OpenImageDestination openImageDestination READ openImageDestination WRITE setOpenImageDestination NOTIFY openImageDestinationChanged)
-    Q_PROPERTY(PXFilePtr openImageCustomApp READ openImageCustomApp WRITE setOpenImageCustomApp NOTIFY openImageCustomAppChanged)
-    Q_PROPERTY(ImageDisplayScaling imageWindowImageScaling READ imageWindowImageScaling WRITE setImageWindowImageScaling NOTIFY imageWindowImageScalingChanged)
-    Q_PROPERTY(ImageScalePercentage imageWindowImageScalingPercentage READ imageWindowImageScalingPercentage WRITE setImageWindowImageScalingPercentage NOTIFY imageWindowImageScalingPercentageChanged)
+    Q_PROPERTY(bool quickviewRetainZoomBetweenItems READ quickviewRetainZoomBetweenItems WRITE
+                   setQuickviewRetainZoomBetweenItems NOTIFY quickviewRetainZoomBetweenItemsChanged)
+    Q_PROPERTY(double quickviewTransitionDuration READ quickviewTransitionDuration WRITE setQuickviewTransitionDuration
+                   NOTIFY quickviewTransitionDurationChanged)
+    Q_PROPERTY(OpenImageDestination openImageDestination READ openImageDestination WRITE setOpenImageDestination NOTIFY
+                   openImageDestinationChanged)
+    Q_PROPERTY(PXFilePtr openImageCustomApp READ openImageCustomApp WRITE setOpenImageCustomApp NOTIFY
+                   openImageCustomAppChanged)
+    Q_PROPERTY(ImageDisplayScaling imageWindowImageScaling READ imageWindowImageScaling WRITE setImageWindowImageScaling
+                   NOTIFY imageWindowImageScalingChanged)
+    Q_PROPERTY(ImageScalePercentage imageWindowImageScalingPercentage READ imageWindowImageScalingPercentage WRITE
+                   setImageWindowImageScalingPercentage NOTIFY imageWindowImageScalingPercentageChanged)
     Q_PROPERTY(QList<FileBookmark> favoriteApps READ favoriteApps WRITE setFavoriteApps NOTIFY favoriteAppsChanged)
-    Q_PROPERTY(QList<FileBookmark> favoriteFolders READ favoriteFolders WRITE setFavoriteFolders NOTIFY favoriteFoldersChanged)
+    Q_PROPERTY(
+        QList<FileBookmark> favoriteFolders READ favoriteFolders WRITE setFavoriteFolders NOTIFY favoriteFoldersChanged)
     Q_PROPERTY(bool detailedLogging READ detailedLogging WRITE setDetailedLogging NOTIFY detailedLoggingChanged)
     Q_PROPERTY(bool isFirstLaunch READ isFirstLaunch WRITE setIsFirstLaunch NOTIFY isFirstLaunchChanged)
     Q_PROPERTY(QDateTime firstLaunchDate READ firstLaunchDate WRITE setFirstLaunchDate NOTIFY firstLaunchDateChanged)
     Q_PROPERTY(bool hideOnDeactivate READ hideOnDeactivate WRITE setHideOnDeactivate NOTIFY hideOnDeactivateChanged)
     Q_PROPERTY(double settingsVersion READ settingsVersion WRITE setSettingsVersion NOTIFY settingsVersionChanged)
-    Q_PROPERTY(AlertsAndWarnings alertsAndWarnings READ alertsAndWarnings WRITE setAlertsAndWarnings NOTIFY alertsAndWarningsChanged)
-    Q_PROPERTY(bool alwaysUseThirdPartyVideoPlayer READ alwaysUseThirdPartyVideoPlayer WRITE setAlwaysUseThirdPartyVideoPlayer NOTIFY alwaysUseThirdPartyVideoPlayerChanged)
-    Q_PROPERTY(std::optional<SettingsSection> selectedSettingsSection READ selectedSettingsSection WRITE setSelectedSettingsSection NOTIFY selectedSettingsSectionChanged)
+    Q_PROPERTY(AlertsAndWarnings alertsAndWarnings READ alertsAndWarnings WRITE setAlertsAndWarnings NOTIFY
+                   alertsAndWarningsChanged)
+    Q_PROPERTY(bool alwaysUseThirdPartyVideoPlayer READ alwaysUseThirdPartyVideoPlayer WRITE
+                   setAlwaysUseThirdPartyVideoPlayer NOTIFY alwaysUseThirdPartyVideoPlayerChanged)
+    Q_PROPERTY(std::optional<SettingsSection> selectedSettingsSection READ selectedSettingsSection WRITE
+                   setSelectedSettingsSection NOTIFY selectedSettingsSectionChanged)
 
 public:
     // The version this build reads and writes.

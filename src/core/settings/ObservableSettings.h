@@ -17,7 +17,7 @@ Q_SIGNALS:
 
 protected:
     // Stores `value` in `slot` and tells observers: willChange(), the field's own signal, changed().
-    template <typename Owner, typename T, typename Arg>
+    template<typename Owner, typename T, typename Arg>
     void update(T &slot, const T &value, void (Owner::*notify)(Arg))
     {
         if (slot == value)

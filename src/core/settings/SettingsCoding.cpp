@@ -56,8 +56,7 @@ QString nonPropertyListType(const QVariant &value)
     case QMetaType::ULongLong:
     case QMetaType::Double:
     case QMetaType::QDateTime:
-    case QMetaType::QByteArray:
-        return {};
+    case QMetaType::QByteArray: return {};
     case QMetaType::QVariantList:
         for (const QVariant &element : value.toList()) {
             if (QString type = nonPropertyListType(element); !type.isEmpty())
@@ -70,8 +69,7 @@ QString nonPropertyListType(const QVariant &value)
                 return type;
         }
         return {};
-    default:
-        break;
+    default: break;
     }
     return value.isValid() ? QString::fromLatin1(value.metaType().name()) : QStringLiteral("an empty value");
 }
@@ -83,8 +81,7 @@ QString nonPropertyListType(const QVariant &value)
 SettingsReader::SettingsReader(const QJsonObject &object, const QString &keyPath)
     : m_object(object)
     , m_keyPath(keyPath)
-{
-}
+{ }
 
 QString SettingsReader::pathOf(const QString &key) const
 {
@@ -270,7 +267,8 @@ void SettingsReader::read(const QString &key, AlertsAndWarnings &warnings)
             return failType(elementKey, "a string", array.at(i));
         const std::optional<AlertsAndWarning> warning = alertsAndWarningForRawValue(array.at(i).toString());
         if (!warning)
-            return fail(elementKey, QStringLiteral("\"%1\" is not a raw value of AlertsAndWarnings").arg(array.at(i).toString()));
+            return fail(elementKey,
+                        QStringLiteral("\"%1\" is not a raw value of AlertsAndWarnings").arg(array.at(i).toString()));
         decoded |= *warning;
     }
     warnings = decoded;
@@ -280,8 +278,7 @@ void SettingsReader::read(const QString &key, AlertsAndWarnings &warnings)
 
 SettingsWriter::SettingsWriter(const QString &keyPath)
     : m_keyPath(keyPath)
-{
-}
+{ }
 
 QString SettingsWriter::pathOf(const QString &key) const
 {

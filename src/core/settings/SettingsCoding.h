@@ -28,78 +28,78 @@
 // them as an array of records, a dictionary as base64 of the QDataStream form of a QVariantMap.
 
 // The name and the members of each enumeration that the settings store.
-template <typename E>
+template<typename E>
 struct SettingsValueSet;
 
 // Raw values 0 ..< count.
-template <int Count>
+template<int Count>
 struct ContiguousValueSet
 {
     static constexpr bool contains(int raw) { return raw >= 0 && raw < Count; }
 };
 
-template <>
+template<>
 struct SettingsValueSet<ImageDisplayScaling> : ContiguousValueSet<imageDisplayScalingCount>
 {
     static constexpr const char *name = "ImageDisplayScaling";
 };
-template <>
+template<>
 struct SettingsValueSet<ScreenOption> : ContiguousValueSet<screenOptionCount>
 {
     static constexpr const char *name = "ScreenOption";
 };
-template <>
+template<>
 struct SettingsValueSet<OpenImageDestination> : ContiguousValueSet<openImageDestinationCount>
 {
     static constexpr const char *name = "OpenImageDestination";
 };
-template <>
+template<>
 struct SettingsValueSet<BrowserLayout> : ContiguousValueSet<browserLayoutCount>
 {
     static constexpr const char *name = "BrowserLayout";
 };
-template <>
+template<>
 struct SettingsValueSet<SidebarInfoOptions> : ContiguousValueSet<sidebarInfoOptionsCount>
 {
     static constexpr const char *name = "SidebarInfoOptions";
 };
-template <>
+template<>
 struct SettingsValueSet<InspectorTab> : ContiguousValueSet<inspectorTabCount>
 {
     static constexpr const char *name = "InspectorTab";
 };
-template <>
+template<>
 struct SettingsValueSet<SlideshowInfoVisibility> : ContiguousValueSet<slideshowInfoVisibilityCount>
 {
     static constexpr const char *name = "SlideshowInfoVisibility";
 };
-template <>
+template<>
 struct SettingsValueSet<SlideshowTransitionStyle> : ContiguousValueSet<slideshowTransitionStyleCount>
 {
     static constexpr const char *name = "SlideshowTransitionStyle";
 };
-template <>
+template<>
 struct SettingsValueSet<FileSortType> : ContiguousValueSet<fileSortTypeCount>
 {
     static constexpr const char *name = "FileSortType";
 };
-template <>
+template<>
 struct SettingsValueSet<FolderSortType> : ContiguousValueSet<folderSortTypeCount>
 {
     static constexpr const char *name = "FolderSortType";
 };
-template <>
+template<>
 struct SettingsValueSet<FileFilterType> : ContiguousValueSet<fileFilterTypeCount>
 {
     static constexpr const char *name = "FileFilterType";
 };
-template <>
+template<>
 struct SettingsValueSet<SubfolderInclusionStyle> : ContiguousValueSet<2>
 {
     static constexpr const char *name = "SubfolderInclusionStyle";
 };
 
-template <>
+template<>
 struct SettingsValueSet<ImageScalePercentage>
 {
     static constexpr const char *name = "ImageScalePercentage";
@@ -141,19 +141,21 @@ public:
     void read(const QString &key, std::optional<QVariantMap> &dictionary);
     void read(const QString &key, AlertsAndWarnings &warnings);
 
-    template <typename E>
-        requires std::is_enum_v<E>
+    template<typename E>
+    requires std::is_enum_v<E>
     void read(const QString &key, E &value)
     {
         int raw = int(value);
         if (!readInteger(key, raw))
             return;
         if (!SettingsValueSet<E>::contains(raw))
-            return fail(key, QStringLiteral("%1 is not a raw value of %2").arg(raw).arg(QLatin1String(SettingsValueSet<E>::name)));
+            return fail(
+                key,
+                QStringLiteral("%1 is not a raw value of %2").arg(raw).arg(QLatin1String(SettingsValueSet<E>::name)));
         value = E(raw);
     }
 
-    template <typename E>
+    template<typename E>
     void read(const QString &key, QFlags<E> &flags)
     {
         int raw = flags.toInt();
@@ -163,7 +165,7 @@ public:
 
     // A list whose elements `decode(const QJsonValue &, const QString &path, QString *error)`
     // turns into std::optional<T>.
-    template <typename T, typename Decode>
+    template<typename T, typename Decode>
     void readList(const QString &key, QList<T> &list, Decode decode)
     {
         const QJsonValue json = value(key);
@@ -188,7 +190,7 @@ public:
     }
 
     // A nested object, decoded like a list element.
-    template <typename T, typename Decode>
+    template<typename T, typename Decode>
     void readNested(const QString &key, T &target, Decode decode)
     {
         const QJsonValue json = value(key);
@@ -244,16 +246,19 @@ public:
     void write(const QString &key, AlertsAndWarnings warnings);
 
     // A raw value outside the set fails: the reader would reject the whole file.
-    template <typename E>
-        requires std::is_enum_v<E>
+    template<typename E>
+    requires std::is_enum_v<E>
     void write(const QString &key, E value)
     {
         if (!SettingsValueSet<E>::contains(int(value)))
-            return fail(key, QStringLiteral("%1 is not a raw value of %2").arg(int(value)).arg(QLatin1String(SettingsValueSet<E>::name)));
+            return fail(key,
+                        QStringLiteral("%1 is not a raw value of %2")
+                            .arg(int(value))
+                            .arg(QLatin1String(SettingsValueSet<E>::name)));
         write(key, QJsonValue(int(value)));
     }
 
-    template <typename E>
+    template<typename E>
     void write(const QString &key, QFlags<E> flags)
     {
         write(key, QJsonValue(flags.toInt()));
@@ -261,13 +266,14 @@ public:
 
     // Nested objects: `encode(const T &, const QString &path, QString *error)` answers
     // std::optional<QJsonObject>.
-    template <typename T, typename Encode>
+    template<typename T, typename Encode>
     void writeList(const QString &key, const QList<T> &list, Encode encode)
     {
         QJsonArray array;
         for (qsizetype i = 0; i < list.size() && !m_failed; ++i) {
             QString error;
-            const std::optional<QJsonObject> json = encode(list.at(i), QStringLiteral("%1[%2]").arg(pathOf(key)).arg(i), &error);
+            const std::optional<QJsonObject> json =
+                encode(list.at(i), QStringLiteral("%1[%2]").arg(pathOf(key)).arg(i), &error);
             if (!json) {
                 m_failed = true;
                 m_error = error;
@@ -278,7 +284,7 @@ public:
         write(key, QJsonValue(array));
     }
 
-    template <typename T, typename Encode>
+    template<typename T, typename Encode>
     void writeNested(const QString &key, const T &value, Encode encode)
     {
         QString error;

@@ -31,7 +31,7 @@ enum class ImageScalePercentage : int {
 };
 inline constexpr std::array allImageScalePercentages{
     ImageScalePercentage::scale200, ImageScalePercentage::scale150, ImageScalePercentage::scale100,
-    ImageScalePercentage::scale50, ImageScalePercentage::scale25,
+    ImageScalePercentage::scale50,  ImageScalePercentage::scale25,
 };
 
 // Which screen a slideshow or the quick view opens on.

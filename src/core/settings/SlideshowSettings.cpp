@@ -6,8 +6,7 @@
 
 SlideshowSettings::SlideshowSettings(QObject *parent)
     : ObservableSettings(parent)
-{
-}
+{ }
 
 void SlideshowSettings::setInterval(double interval)
 {
@@ -32,7 +31,8 @@ void SlideshowSettings::setTransitionStyle(SlideshowTransitionStyle transitionSt
 
 void SlideshowSettings::setTransitionDuration(double transitionDuration)
 {
-    update(m_transitionDuration, std::isfinite(transitionDuration) ? std::max(transitionDuration, 0.0) : m_transitionDuration,
+    update(m_transitionDuration,
+           std::isfinite(transitionDuration) ? std::max(transitionDuration, 0.0) : m_transitionDuration,
            &SlideshowSettings::transitionDurationChanged);
 }
 
@@ -66,16 +66,18 @@ SlideshowSettingsPtr SlideshowSettings::fromJson(const QJsonValue &json, QString
     SettingsReader reader(*object, keyPath);
     reader.read(QStringLiteral("interval"), settings->m_interval);
     if (!reader.failed() && !(settings->m_interval >= minimumInterval))
-        reader.fail(QStringLiteral("interval"), QStringLiteral("expected at least %1 seconds, found %2")
-                                                    .arg(SettingsCoding::doubleText(minimumInterval),
-                                                         SettingsCoding::doubleText(settings->m_interval)));
+        reader.fail(QStringLiteral("interval"),
+                    QStringLiteral("expected at least %1 seconds, found %2")
+                        .arg(SettingsCoding::doubleText(minimumInterval),
+                             SettingsCoding::doubleText(settings->m_interval)));
     reader.read(QStringLiteral("loop"), settings->m_loop);
     reader.read(QStringLiteral("shuffle"), settings->m_shuffle);
     reader.read(QStringLiteral("transitionStyle"), settings->m_transitionStyle);
     reader.read(QStringLiteral("transitionDuration"), settings->m_transitionDuration);
     if (!reader.failed() && !(settings->m_transitionDuration >= 0.0))
-        reader.fail(QStringLiteral("transitionDuration"), QStringLiteral("expected 0 seconds or more, found %1")
-                                                              .arg(SettingsCoding::doubleText(settings->m_transitionDuration)));
+        reader.fail(QStringLiteral("transitionDuration"),
+                    QStringLiteral("expected 0 seconds or more, found %1")
+                        .arg(SettingsCoding::doubleText(settings->m_transitionDuration)));
     reader.read(QStringLiteral("infoVisibility"), settings->m_infoVisibility);
     if (reader.failed()) {
         *error = reader.error();

@@ -25,9 +25,12 @@ class SlideshowSettings : public ObservableSettings
     Q_PROPERTY(double interval READ interval WRITE setInterval NOTIFY intervalChanged)
     Q_PROPERTY(bool loop READ loop WRITE setLoop NOTIFY loopChanged)
     Q_PROPERTY(bool shuffle READ shuffle WRITE setShuffle NOTIFY shuffleChanged)
-    Q_PROPERTY(SlideshowTransitionStyle transitionStyle READ transitionStyle WRITE setTransitionStyle NOTIFY transitionStyleChanged)
-    Q_PROPERTY(double transitionDuration READ transitionDuration WRITE setTransitionDuration NOTIFY transitionDurationChanged)
-    Q_PROPERTY(SlideshowInfoVisibility infoVisibility READ infoVisibility WRITE setInfoVisibility NOTIFY infoVisibilityChanged)
+    Q_PROPERTY(SlideshowTransitionStyle transitionStyle READ transitionStyle WRITE setTransitionStyle NOTIFY
+                   transitionStyleChanged)
+    Q_PROPERTY(
+        double transitionDuration READ transitionDuration WRITE setTransitionDuration NOTIFY transitionDurationChanged)
+    Q_PROPERTY(
+        SlideshowInfoVisibility infoVisibility READ infoVisibility WRITE setInfoVisibility NOTIFY infoVisibilityChanged)
 
 public:
     // A tenth of a second: the shortest interval a slideshow can still draw in time.

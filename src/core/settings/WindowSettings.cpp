@@ -135,7 +135,8 @@ void WindowSettings::setSidebarRootFolder(const PXFilePtr &sidebarRootFolder)
 
 void WindowSettings::setSidebarExpandedFolders(const QList<PXFilePtr> &sidebarExpandedFolders)
 {
-    update(m_sidebarExpandedFolders, withoutDuplicates(sidebarExpandedFolders), &WindowSettings::sidebarExpandedFoldersChanged);
+    update(m_sidebarExpandedFolders, withoutDuplicates(sidebarExpandedFolders),
+           &WindowSettings::sidebarExpandedFoldersChanged);
 }
 
 void WindowSettings::setSidebarSelection(const QList<PXFilePtr> &sidebarSelection)
@@ -195,12 +196,14 @@ void WindowSettings::setFavoritesCollapsed(bool favoritesCollapsed)
 
 void WindowSettings::setBrowserVerticalSplitPosition(double browserVerticalSplitPosition)
 {
-    update(m_browserVerticalSplitPosition, browserVerticalSplitPosition, &WindowSettings::browserVerticalSplitPositionChanged);
+    update(m_browserVerticalSplitPosition, browserVerticalSplitPosition,
+           &WindowSettings::browserVerticalSplitPositionChanged);
 }
 
 void WindowSettings::setBrowserHorizontalSplitPosition(double browserHorizontalSplitPosition)
 {
-    update(m_browserHorizontalSplitPosition, browserHorizontalSplitPosition, &WindowSettings::browserHorizontalSplitPositionChanged);
+    update(m_browserHorizontalSplitPosition, browserHorizontalSplitPosition,
+           &WindowSettings::browserHorizontalSplitPositionChanged);
 }
 
 void WindowSettings::setBrowserLayout(BrowserLayout browserLayout)
@@ -250,12 +253,14 @@ void WindowSettings::setThumbnailInformation(ThumbnailInfoOptions thumbnailInfor
 
 void WindowSettings::setThumbnailsFolderSearchDepth(int thumbnailsFolderSearchDepth)
 {
-    update(m_thumbnailsFolderSearchDepth, thumbnailsFolderSearchDepth, &WindowSettings::thumbnailsFolderSearchDepthChanged);
+    update(m_thumbnailsFolderSearchDepth, thumbnailsFolderSearchDepth,
+           &WindowSettings::thumbnailsFolderSearchDepthChanged);
 }
 
 void WindowSettings::setThumbnailsSubfolderInclusionStyle(SubfolderInclusionStyle thumbnailsSubfolderInclusionStyle)
 {
-    update(m_thumbnailsSubfolderInclusionStyle, thumbnailsSubfolderInclusionStyle, &WindowSettings::thumbnailsSubfolderInclusionStyleChanged);
+    update(m_thumbnailsSubfolderInclusionStyle, thumbnailsSubfolderInclusionStyle,
+           &WindowSettings::thumbnailsSubfolderInclusionStyleChanged);
 }
 
 void WindowSettings::setInspectorActiveTab(InspectorTab inspectorActiveTab)

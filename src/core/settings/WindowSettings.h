@@ -28,34 +28,54 @@ using WindowSettingsPtr = std::shared_ptr<WindowSettings>;
 class WindowSettings : public ObservableSettings
 {
     Q_OBJECT
-    Q_PROPERTY(PXFilePtr sidebarRootFolder READ sidebarRootFolder WRITE setSidebarRootFolder NOTIFY sidebarRootFolderChanged)
-    Q_PROPERTY(QList<PXFilePtr> sidebarExpandedFolders READ sidebarExpandedFolders WRITE setSidebarExpandedFolders NOTIFY sidebarExpandedFoldersChanged)
-    Q_PROPERTY(QList<PXFilePtr> sidebarSelection READ sidebarSelection WRITE setSidebarSelection NOTIFY sidebarSelectionChanged)
+    Q_PROPERTY(
+        PXFilePtr sidebarRootFolder READ sidebarRootFolder WRITE setSidebarRootFolder NOTIFY sidebarRootFolderChanged)
+    Q_PROPERTY(QList<PXFilePtr> sidebarExpandedFolders READ sidebarExpandedFolders WRITE setSidebarExpandedFolders
+                   NOTIFY sidebarExpandedFoldersChanged)
+    Q_PROPERTY(QList<PXFilePtr> sidebarSelection READ sidebarSelection WRITE setSidebarSelection NOTIFY
+                   sidebarSelectionChanged)
     Q_PROPERTY(SidebarInfoOptions sidebarInfo READ sidebarInfo WRITE setSidebarInfo NOTIFY sidebarInfoChanged)
     Q_PROPERTY(FileSortType sidebarSortType READ sidebarSortType WRITE setSidebarSortType NOTIFY sidebarSortTypeChanged)
-    Q_PROPERTY(bool sidebarReverseSort READ sidebarReverseSort WRITE setSidebarReverseSort NOTIFY sidebarReverseSortChanged)
-    Q_PROPERTY(FileFilterType sidebarFileFilter READ sidebarFileFilter WRITE setSidebarFileFilter NOTIFY sidebarFileFilterChanged)
+    Q_PROPERTY(
+        bool sidebarReverseSort READ sidebarReverseSort WRITE setSidebarReverseSort NOTIFY sidebarReverseSortChanged)
+    Q_PROPERTY(FileFilterType sidebarFileFilter READ sidebarFileFilter WRITE setSidebarFileFilter NOTIFY
+                   sidebarFileFilterChanged)
     Q_PROPERTY(double sidebarWidth READ sidebarWidth WRITE setSidebarWidth NOTIFY sidebarWidthChanged)
     Q_PROPERTY(bool sidebarCollapsed READ sidebarCollapsed WRITE setSidebarCollapsed NOTIFY sidebarCollapsedChanged)
     Q_PROPERTY(double inspectorWidth READ inspectorWidth WRITE setInspectorWidth NOTIFY inspectorWidthChanged)
-    Q_PROPERTY(bool inspectorCollapsed READ inspectorCollapsed WRITE setInspectorCollapsed NOTIFY inspectorCollapsedChanged)
+    Q_PROPERTY(
+        bool inspectorCollapsed READ inspectorCollapsed WRITE setInspectorCollapsed NOTIFY inspectorCollapsedChanged)
     Q_PROPERTY(double favoritesHeight READ favoritesHeight WRITE setFavoritesHeight NOTIFY favoritesHeightChanged)
-    Q_PROPERTY(bool favoritesCollapsed READ favoritesCollapsed WRITE setFavoritesCollapsed NOTIFY favoritesCollapsedChanged)
-    Q_PROPERTY(double browserVerticalSplitPosition READ browserVerticalSplitPosition WRITE setBrowserVerticalSplitPosition NOTIFY browserVerticalSplitPositionChanged)
-    Q_PROPERTY(double browserHorizontalSplitPosition READ browserHorizontalSplitPosition WRITE setBrowserHorizontalSplitPosition NOTIFY browserHorizontalSplitPositionChanged)
+    Q_PROPERTY(
+        bool favoritesCollapsed READ favoritesCollapsed WRITE setFavoritesCollapsed NOTIFY favoritesCollapsedChanged)
+    Q_PROPERTY(double browserVerticalSplitPosition READ browserVerticalSplitPosition WRITE
+                   setBrowserVerticalSplitPosition NOTIFY browserVerticalSplitPositionChanged)
+    Q_PROPERTY(double browserHorizontalSplitPosition READ browserHorizontalSplitPosition WRITE
+                   setBrowserHorizontalSplitPosition NOTIFY browserHorizontalSplitPositionChanged)
     Q_PROPERTY(BrowserLayout browserLayout READ browserLayout WRITE setBrowserLayout NOTIFY browserLayoutChanged)
-    Q_PROPERTY(FileSortType thumbnailsFileSort READ thumbnailsFileSort WRITE setThumbnailsFileSort NOTIFY thumbnailsFileSortChanged)
-    Q_PROPERTY(FolderSortType thumbnailsFolderSort READ thumbnailsFolderSort WRITE setThumbnailsFolderSort NOTIFY thumbnailsFolderSortChanged)
-    Q_PROPERTY(bool thumbnailsReverseSort READ thumbnailsReverseSort WRITE setThumbnailsReverseSort NOTIFY thumbnailsReverseSortChanged)
-    Q_PROPERTY(FileFilterType thumbnailsFileFilter READ thumbnailsFileFilter WRITE setThumbnailsFileFilter NOTIFY thumbnailsFileFilterChanged)
-    Q_PROPERTY(bool thumbnailsHideFolders READ thumbnailsHideFolders WRITE setThumbnailsHideFolders NOTIFY thumbnailsHideFoldersChanged)
+    Q_PROPERTY(FileSortType thumbnailsFileSort READ thumbnailsFileSort WRITE setThumbnailsFileSort NOTIFY
+                   thumbnailsFileSortChanged)
+    Q_PROPERTY(FolderSortType thumbnailsFolderSort READ thumbnailsFolderSort WRITE setThumbnailsFolderSort NOTIFY
+                   thumbnailsFolderSortChanged)
+    Q_PROPERTY(bool thumbnailsReverseSort READ thumbnailsReverseSort WRITE setThumbnailsReverseSort NOTIFY
+                   thumbnailsReverseSortChanged)
+    Q_PROPERTY(FileFilterType thumbnailsFileFilter READ thumbnailsFileFilter WRITE setThumbnailsFileFilter NOTIFY
+                   thumbnailsFileFilterChanged)
+    Q_PROPERTY(bool thumbnailsHideFolders READ thumbnailsHideFolders WRITE setThumbnailsHideFolders NOTIFY
+                   thumbnailsHideFoldersChanged)
     Q_PROPERTY(int thumbnailSize READ thumbnailSize WRITE setThumbnailSize NOTIFY thumbnailSizeChanged)
-    Q_PROPERTY(bool thumbnailShowInformation READ thumbnailShowInformation WRITE setThumbnailShowInformation NOTIFY thumbnailShowInformationChanged)
-    Q_PROPERTY(ThumbnailInfoOptions thumbnailInformation READ thumbnailInformation WRITE setThumbnailInformation NOTIFY thumbnailInformationChanged)
-    Q_PROPERTY(int thumbnailsFolderSearchDepth READ thumbnailsFolderSearchDepth WRITE setThumbnailsFolderSearchDepth NOTIFY thumbnailsFolderSearchDepthChanged)
-    Q_PROPERTY(SubfolderInclusionStyle thumbnailsSubfolderInclusionStyle READ thumbnailsSubfolderInclusionStyle WRITE setThumbnailsSubfolderInclusionStyle NOTIFY thumbnailsSubfolderInclusionStyleChanged)
-    Q_PROPERTY(InspectorTab inspectorActiveTab READ inspectorActiveTab WRITE setInspectorActiveTab NOTIFY inspectorActiveTabChanged)
-    Q_PROPERTY(std::optional<QVariantMap> toolbarConfiguration READ toolbarConfiguration WRITE setToolbarConfiguration NOTIFY toolbarConfigurationChanged)
+    Q_PROPERTY(bool thumbnailShowInformation READ thumbnailShowInformation WRITE setThumbnailShowInformation NOTIFY
+                   thumbnailShowInformationChanged)
+    Q_PROPERTY(ThumbnailInfoOptions thumbnailInformation READ thumbnailInformation WRITE setThumbnailInformation NOTIFY
+                   thumbnailInformationChanged)
+    Q_PROPERTY(int thumbnailsFolderSearchDepth READ thumbnailsFolderSearchDepth WRITE setThumbnailsFolderSearchDepth
+                   NOTIFY thumbnailsFolderSearchDepthChanged)
+    Q_PROPERTY(SubfolderInclusionStyle thumbnailsSubfolderInclusionStyle READ thumbnailsSubfolderInclusionStyle WRITE
+                   setThumbnailsSubfolderInclusionStyle NOTIFY thumbnailsSubfolderInclusionStyleChanged)
+    Q_PROPERTY(InspectorTab inspectorActiveTab READ inspectorActiveTab WRITE setInspectorActiveTab NOTIFY
+                   inspectorActiveTabChanged)
+    Q_PROPERTY(std::optional<QVariantMap> toolbarConfiguration READ toolbarConfiguration WRITE setToolbarConfiguration
+                   NOTIFY toolbarConfigurationChanged)
 
 public:
     // The defaults; the sidebar shows the user's Pictures folder (a placeholder when it is missing).

@@ -3,8 +3,8 @@
 #include "core/thumbnails/ThumbnailCache.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QFile>
+#include <QFileInfo>
 #include <QMimeDatabase>
 #include <QProcess>
 #include <QStandardPaths>
@@ -137,7 +137,8 @@ const DesktopThumbnailers::Entry *DesktopThumbnailers::entryFor(const QMimeType 
     return nullptr;
 }
 
-QImage DesktopThumbnailers::render(const QByteArray &nativePath, const QMimeType &mime, int pixels, QString *error) const
+QImage DesktopThumbnailers::render(const QByteArray &nativePath, const QMimeType &mime, int pixels,
+                                   QString *error) const
 {
     const Entry *entry = entryFor(mime);
     if (!entry) {
@@ -160,23 +161,12 @@ QImage DesktopThumbnailers::render(const QByteArray &nativePath, const QMimeType
                 continue;
             }
             switch (argument.at(++i).unicode()) {
-            case 'i':
-                expanded += input;
-                break;
-            case 'u':
-                expanded += ThumbnailCache::uriForNativePath(nativePath);
-                break;
-            case 'o':
-                expanded += output;
-                break;
-            case 's':
-                expanded += QString::number(pixels);
-                break;
-            case '%':
-                expanded += QLatin1Char('%');
-                break;
-            default:
-                break;
+            case 'i': expanded += input; break;
+            case 'u': expanded += ThumbnailCache::uriForNativePath(nativePath); break;
+            case 'o': expanded += output; break;
+            case 's': expanded += QString::number(pixels); break;
+            case '%': expanded += QLatin1Char('%'); break;
+            default: break;
             }
         }
         arguments.append(expanded);

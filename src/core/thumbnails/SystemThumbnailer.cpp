@@ -29,8 +29,7 @@ SystemThumbnailRequest::SystemThumbnailRequest(QByteArray nativePath, QSizeF siz
     : m_nativePath(std::move(nativePath))
     , m_size(size)
     , m_scale(scale > 0 ? scale : 1.0)
-{
-}
+{ }
 
 int SystemThumbnailRequest::pixelSize() const
 {
@@ -111,8 +110,9 @@ SystemThumbnailResult SystemThumbnailer::thumbnail(const SystemThumbnailRequest 
     if (m_cacheEnabled) {
         QString error;
         const bool stored = result.image.isNull()
-                                ? m_cache.storeFailure(uri, mtime, &error)
-                                : m_cache.store(uri, mtime, flavor, ImageDecoder::scaledToFit(result.image, QSize(renderPixels, renderPixels)), &error);
+            ? m_cache.storeFailure(uri, mtime, &error)
+            : m_cache.store(uri, mtime, flavor,
+                            ImageDecoder::scaledToFit(result.image, QSize(renderPixels, renderPixels)), &error);
         if (!stored)
             logError(error);
     }

@@ -4,13 +4,12 @@
 #include <QDir>
 #include <QFile>
 #include <QHash>
-#include <QtEndian>
 #include <QSaveFile>
 #include <QUrl>
+#include <QtEndian>
 
 #include <sys/stat.h>
 #include <zlib.h>
-
 
 namespace {
 
@@ -20,7 +19,7 @@ const char mtimeKey[] = "Thumb::MTime";
 QString md5Name(const QString &uri)
 {
     return QString::fromLatin1(QCryptographicHash::hash(uri.toUtf8(), QCryptographicHash::Md5).toHex())
-           + QStringLiteral(".png");
+        + QStringLiteral(".png");
 }
 
 bool makeFolder(const QString &path, QString *error)
@@ -96,8 +95,8 @@ QByteArray encodePng(const QImage &source, const QList<std::pair<QByteArray, QBy
     QByteArray header(13, '\0');
     qToBigEndian<quint32>(quint32(image.width()), header.data());
     qToBigEndian<quint32>(quint32(image.height()), header.data() + 4);
-    header[8] = 8;                 // bits per sample
-    header[9] = alpha ? 6 : 2;     // RGBA or RGB
+    header[8] = 8; // bits per sample
+    header[9] = alpha ? 6 : 2; // RGBA or RGB
     QByteArray png("\x89PNG\r\n\x1A\n", 8);
     png += pngChunk("IHDR", header);
     for (const auto &[key, value] : texts)
@@ -186,8 +185,7 @@ QByteArray readAll(const QString &path)
 
 ThumbnailCache::ThumbnailCache(QString root)
     : m_root(root.isEmpty() ? defaultRoot() : std::move(root))
-{
-}
+{ }
 
 QString ThumbnailCache::defaultRoot()
 {
@@ -209,14 +207,10 @@ ThumbnailCache::Flavor ThumbnailCache::flavorForPixels(int pixels)
 int ThumbnailCache::flavorPixels(Flavor flavor)
 {
     switch (flavor) {
-    case Flavor::normal:
-        return 128;
-    case Flavor::large:
-        return 256;
-    case Flavor::xLarge:
-        return 512;
-    case Flavor::xxLarge:
-        return 1024;
+    case Flavor::normal: return 128;
+    case Flavor::large: return 256;
+    case Flavor::xLarge: return 512;
+    case Flavor::xxLarge: return 1024;
     }
     return 1024;
 }
@@ -224,14 +218,10 @@ int ThumbnailCache::flavorPixels(Flavor flavor)
 QString ThumbnailCache::flavorFolder(Flavor flavor)
 {
     switch (flavor) {
-    case Flavor::normal:
-        return QStringLiteral("normal");
-    case Flavor::large:
-        return QStringLiteral("large");
-    case Flavor::xLarge:
-        return QStringLiteral("x-large");
-    case Flavor::xxLarge:
-        return QStringLiteral("xx-large");
+    case Flavor::normal: return QStringLiteral("normal");
+    case Flavor::large: return QStringLiteral("large");
+    case Flavor::xLarge: return QStringLiteral("x-large");
+    case Flavor::xxLarge: return QStringLiteral("xx-large");
     }
     return QStringLiteral("xx-large");
 }

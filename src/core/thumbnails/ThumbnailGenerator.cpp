@@ -32,8 +32,7 @@ ThumbnailGenerator::Request::Request(PXFilePtr file, QSizeF size, Priority prior
     , m_size(size)
     , m_priority(priority)
     , m_updateHandler(std::move(updateHandler))
-{
-}
+{ }
 
 ThumbnailGenerator::Request::~Request() = default;
 
@@ -68,8 +67,7 @@ void ThumbnailGenerator::Request::deliver(const QImage &image, bool final, const
 ThumbnailGenerator::ThumbnailGenerator(SystemThumbnailer *thumbnailer, QObject *parent)
     : QObject(parent)
     , m_thumbnailer(thumbnailer ? thumbnailer : &SystemThumbnailer::shared())
-{
-}
+{ }
 
 ThumbnailGenerator::~ThumbnailGenerator()
 {
@@ -152,12 +150,8 @@ void ThumbnailGenerator::schedule()
         for (qsizetype i = 0; i < m_requests.size() && chosen < 0; ++i) {
             const RequestPtr &candidate = m_requests.at(i);
             switch (candidate->priority()) {
-            case Priority::cancelled:
-                cancelledMet.append(candidate);
-                break;
-            case Priority::high:
-                chosen = i;
-                break;
+            case Priority::cancelled: cancelledMet.append(candidate); break;
+            case Priority::high: chosen = i; break;
             case Priority::medium:
                 if (firstMedium < 0)
                     firstMedium = i;
@@ -252,8 +246,8 @@ void ThumbnailGenerator::startSystemThumbnail(const RequestPtr &request)
     }
     QPointer<ThumbnailGenerator> generator = this;
     std::weak_ptr<Request> weakRequest = request;
-    auto systemRequest = std::make_shared<SystemThumbnailRequest>(request->file()->resolvedNativePath(),
-                                                                  request->size(), screenScale());
+    auto systemRequest =
+        std::make_shared<SystemThumbnailRequest>(request->file()->resolvedNativePath(), request->size(), screenScale());
     systemRequest->setWantsImage(request->wantsImage());
     // Stored first, so that a cancel from now on reaches the rendering.
     request->setSystemRequest(systemRequest);

@@ -114,8 +114,7 @@ public:
 private:
     friend class ThumbnailGenerator;
 
-    void deliver(const QImage &image, bool final, const std::optional<ThumbnailError> &error,
-                 ThumbnailSource source);
+    void deliver(const QImage &image, bool final, const std::optional<ThumbnailError> &error, ThumbnailSource source);
     void setSystemRequest(std::shared_ptr<SystemThumbnailRequest> systemRequest);
 
     PXFilePtr m_file;

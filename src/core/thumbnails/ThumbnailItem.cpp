@@ -4,8 +4,7 @@ ThumbnailItem::ThumbnailItem(PXFilePtr file, WindowSettingsPtr windowSettings, T
     : m_file(std::move(file))
     , m_windowSettings(std::move(windowSettings))
     , m_generator(generator)
-{
-}
+{ }
 
 ThumbnailItem::~ThumbnailItem()
 {
@@ -40,12 +39,8 @@ void ThumbnailItem::update()
             m_thumbnailRequest.reset();
         }
         return;
-    case Visibility::nearby:
-        wanted = ThumbnailGenerator::Priority::medium;
-        break;
-    case Visibility::onscreen:
-        wanted = ThumbnailGenerator::Priority::high;
-        break;
+    case Visibility::nearby: wanted = ThumbnailGenerator::Priority::medium; break;
+    case Visibility::onscreen: wanted = ThumbnailGenerator::Priority::high; break;
     }
 
     if (m_thumbnailRequest) {
@@ -62,8 +57,8 @@ void ThumbnailItem::update()
             return;
         self->handleResult(image, final, error);
     };
-    m_thumbnailRequest = std::make_shared<ThumbnailGenerator::Request>(
-        m_file, QSizeF(thumbnailPoints, thumbnailPoints), wanted, std::move(handler));
+    m_thumbnailRequest = std::make_shared<ThumbnailGenerator::Request>(m_file, QSizeF(thumbnailPoints, thumbnailPoints),
+                                                                       wanted, std::move(handler));
     *cell = m_thumbnailRequest.get();
     m_generator.add(m_thumbnailRequest);
 }

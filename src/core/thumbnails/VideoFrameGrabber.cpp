@@ -97,7 +97,7 @@ public:
     QImage frameAt(double seconds, QSize fitSize, QString *error)
     {
         const auto timestamp = qint64(seconds / av_q2d(m_stream->time_base))
-                               + (m_stream->start_time != AV_NOPTS_VALUE ? m_stream->start_time : 0);
+            + (m_stream->start_time != AV_NOPTS_VALUE ? m_stream->start_time : 0);
         if (seconds > 0 && av_seek_frame(m_format, m_streamIndex, timestamp, AVSEEK_FLAG_BACKWARD) >= 0)
             avcodec_flush_buffers(m_codec);
         bool draining = false;
@@ -137,9 +137,9 @@ private:
             size = size.scaled(fit, Qt::KeepAspectRatio);
         size = size.expandedTo(QSize(1, 1));
         QImage image(size, QImage::Format_RGB32);
-        m_scaler = sws_getCachedContext(m_scaler, m_frame->width, m_frame->height, AVPixelFormat(m_frame->format),
-                                        size.width(), size.height(), AV_PIX_FMT_BGRA, SWS_BILINEAR, nullptr,
-                                        nullptr, nullptr);
+        m_scaler =
+            sws_getCachedContext(m_scaler, m_frame->width, m_frame->height, AVPixelFormat(m_frame->format),
+                                 size.width(), size.height(), AV_PIX_FMT_BGRA, SWS_BILINEAR, nullptr, nullptr, nullptr);
         if (!m_scaler || image.isNull()) {
             *error = QStringLiteral("cannot convert the video frame");
             return {};

@@ -1,6 +1,6 @@
 // Built into the video module only, beside VideoFrameGrabber.cpp.
-#include "core/thumbnails/VideoFrameGrabber.h"
 #include "core/thumbnails/VideoFrameGrabberExports.h"
+#include "core/thumbnails/VideoFrameGrabber.h"
 
 extern "C" {
 

@@ -46,7 +46,8 @@ VideoModule loadModule()
             delete library;
             continue;
         }
-        module.thumbnailFrame = reinterpret_cast<PixcoveVideoThumbnailFrame>(library->resolve("pixcove_video_thumbnail_frame"));
+        module.thumbnailFrame =
+            reinterpret_cast<PixcoveVideoThumbnailFrame>(library->resolve("pixcove_video_thumbnail_frame"));
         module.framesAt = reinterpret_cast<PixcoveVideoFramesAt>(library->resolve("pixcove_video_frames_at"));
         module.duration = reinterpret_cast<PixcoveVideoDuration>(library->resolve("pixcove_video_duration"));
         if (module.thumbnailFrame && module.framesAt && module.duration)

@@ -9,8 +9,7 @@
 
 VideoThumbnailGenerator::VideoThumbnailGenerator(QObject *parent)
     : QObject(parent)
-{
-}
+{ }
 
 VideoThumbnailGenerator &VideoThumbnailGenerator::shared()
 {

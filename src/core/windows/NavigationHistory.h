@@ -37,7 +37,7 @@ public:
     bool canGoBack() const { return !m_backHistory.isEmpty(); }
     bool canGoForward() const { return !m_forwardHistory.isEmpty(); }
 
-    const QList<Item> &backHistory() const { return m_backHistory; }       // oldest first
+    const QList<Item> &backHistory() const { return m_backHistory; } // oldest first
     const QList<Item> &forwardHistory() const { return m_forwardHistory; } // next step last
     const std::optional<Item> &currentItem() const { return m_currentItem; }
     bool performedNavigationAction() const { return m_performedNavigationAction; }

@@ -13,7 +13,11 @@ class ActivitiesGate
 public:
     virtual ~ActivitiesGate() = default;
     // False keeps the program running as it was.
-    virtual bool shouldQuit(QWidget *window) { (void)window; return true; }
+    virtual bool shouldQuit(QWidget *window)
+    {
+        (void)window;
+        return true;
+    }
     // Finishes or stops the activities, then calls `done` on the GUI thread.
     virtual void finishActivities(std::function<void()> done) { done(); }
 };

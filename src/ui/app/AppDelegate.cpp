@@ -1,13 +1,13 @@
 #include "ui/app/AppDelegate.h"
 
-#include "ui/app/ActivitiesGate.h"
-#include "ui/app/AuxiliaryWindowsManager.h"
 #include "core/app/FlagManager.h"
 #include "core/app/Log.h"
-#include "ui/app/MainWindowsManager.h"
-#include "ui/app/ServicesProvider.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "ui/app/ActivitiesGate.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
+#include "ui/app/MainWindowsManager.h"
+#include "ui/app/ServicesProvider.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowFrame.h"
 
@@ -27,14 +27,22 @@ AppDelegate *runningDelegate = nullptr;
 ActivitiesGate noActivities;
 
 const QStringList applicationCommands = {
-    QStringLiteral("newMainWindow"),    QStringLiteral("newMainWindowTab"),
-    QStringLiteral("openAboutWindow"),  QStringLiteral("openBugReporterWindow"),
-    QStringLiteral("openActivityWindow"), QStringLiteral("openQuickview"),
-    QStringLiteral("openRenameWindow"), QStringLiteral("openSettings"),
-    QStringLiteral("openOpenWithEditor"), QStringLiteral("openMoveToEditor"),
-    QStringLiteral("startSlideshowWithOpenImageWindows"), QStringLiteral("previousImageWindow"),
-    QStringLiteral("nextImageWindow"),  QStringLiteral("goToSite"),
-    QStringLiteral("goToReleaseNotes"), QStringLiteral("checkForUpdates"),
+    QStringLiteral("newMainWindow"),
+    QStringLiteral("newMainWindowTab"),
+    QStringLiteral("openAboutWindow"),
+    QStringLiteral("openBugReporterWindow"),
+    QStringLiteral("openActivityWindow"),
+    QStringLiteral("openQuickview"),
+    QStringLiteral("openRenameWindow"),
+    QStringLiteral("openSettings"),
+    QStringLiteral("openOpenWithEditor"),
+    QStringLiteral("openMoveToEditor"),
+    QStringLiteral("startSlideshowWithOpenImageWindows"),
+    QStringLiteral("previousImageWindow"),
+    QStringLiteral("nextImageWindow"),
+    QStringLiteral("goToSite"),
+    QStringLiteral("goToReleaseNotes"),
+    QStringLiteral("checkForUpdates"),
     QStringLiteral("terminate"),
 };
 
@@ -51,13 +59,11 @@ AppDelegate::AppDelegate(QObject *parent)
     , m_activitiesGate(&noActivities)
 {
     runningDelegate = this;
-    m_servicesProvider = std::make_unique<ServicesProvider>(
-        [this](const QList<PXFilePtr> &files) { openRenamer(files); },
-        [this](const QList<PXFilePtr> &files) { startSlideshow(files); });
+    m_servicesProvider =
+        std::make_unique<ServicesProvider>([this](const QList<PXFilePtr> &files) { openRenamer(files); },
+                                           [this](const QList<PXFilePtr> &files) { startSlideshow(files); });
     terminate = [] { QCoreApplication::quit(); };
-    showMessage = [](const QString &title, const QString &text) {
-        QMessageBox::information(nullptr, title, text);
-    };
+    showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
 }
 
 AppDelegate::~AppDelegate()
@@ -113,8 +119,7 @@ void AppDelegate::registerObservers()
 }
 
 void AppDelegate::setUpMenus()
-{
-}
+{ }
 
 void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
 {
@@ -136,12 +141,8 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
 void AppDelegate::handleRequest(const LaunchRequest &request)
 {
     switch (request.kind) {
-    case LaunchRequest::Kind::plain:
-        applicationShouldHandleReopen();
-        break;
-    case LaunchRequest::Kind::open:
-        openFiles(request.paths);
-        break;
+    case LaunchRequest::Kind::plain: applicationShouldHandleReopen(); break;
+    case LaunchRequest::Kind::open: openFiles(request.paths); break;
     case LaunchRequest::Kind::rename:
     case LaunchRequest::Kind::slideshow:
         if (const QString error = performService(request); !error.isEmpty()) {

@@ -1,11 +1,11 @@
 #include "ui/app/ApplicationMain.h"
 
-#include "ui/app/AppDelegate.h"
-#include "ui/app/InstanceChannel.h"
 #include "core/app/LaunchRequest.h"
 #include "core/app/Log.h"
-#include "ui/app/ServicesProvider.h"
 #include "core/settings/SettingsManager.h"
+#include "ui/app/AppDelegate.h"
+#include "ui/app/InstanceChannel.h"
+#include "ui/app/ServicesProvider.h"
 
 #include <QApplication>
 #include <QDir>
@@ -39,7 +39,8 @@ int runPixcove(int argc, char **argv)
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("Adwaita"));
     logDebug(QStringLiteral("Start-up: application object after %1 ms").arg(startup.elapsed()));
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
+    QApplication::setWindowIcon(
+        QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
 
     QString error;
     const std::optional<LaunchRequest> request =
@@ -71,9 +72,8 @@ int runPixcove(int argc, char **argv)
 
     logDebug(QStringLiteral("Start-up: instance channel after %1 ms").arg(startup.elapsed()));
     SettingsManager &settings = SettingsManager::shared();
-    settings.setAlertPresenter([](const QString &title, const QString &text) {
-        QMessageBox::critical(nullptr, title, text);
-    });
+    settings.setAlertPresenter(
+        [](const QString &title, const QString &text) { QMessageBox::critical(nullptr, title, text); });
     // The only save on the way out; closing windows does not write the file.
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &settings, [&settings] { settings.saveNow(); });
     // Closing the last window leaves Pixcove running: starting it again opens a window at once.

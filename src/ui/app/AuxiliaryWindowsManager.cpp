@@ -14,8 +14,7 @@ AuxiliaryWindowsManager *installedManager = nullptr;
 AuxiliaryWindowsManager::AuxiliaryWindowsManager(AppSettings *settings, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
-{
-}
+{ }
 
 AuxiliaryWindowsManager &AuxiliaryWindowsManager::shared()
 {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/app/WindowManager.h"
 #include "core/model/PXFile.h"
+#include "ui/app/WindowManager.h"
 
 #include <QList>
 #include <QObject>

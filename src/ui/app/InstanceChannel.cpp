@@ -14,8 +14,7 @@
 InstanceChannel::InstanceChannel(const QString &name, QObject *parent)
     : QObject(parent)
     , m_name(name)
-{
-}
+{ }
 
 InstanceChannel::~InstanceChannel() = default;
 

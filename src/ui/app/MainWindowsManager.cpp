@@ -14,8 +14,7 @@ MainWindowsManager *installedManager = nullptr;
 MainWindowsManager::MainWindowsManager(AppSettings *settings, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
-{
-}
+{ }
 
 MainWindowsManager::~MainWindowsManager() = default;
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ui/app/WindowManager.h"
 #include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
+#include "ui/app/WindowManager.h"
 
 #include <QList>
 #include <QObject>

@@ -8,8 +8,7 @@
 ServicesProvider::ServicesProvider(FilesHandler openRenamer, FilesHandler startSlideshow)
     : m_openRenamer(std::move(openRenamer))
     , m_startSlideshow(std::move(startSlideshow))
-{
-}
+{ }
 
 QString ServicesProvider::noFilesError()
 {

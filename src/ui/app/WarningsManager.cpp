@@ -14,8 +14,7 @@ WarningsManager::WarningsManager(AppSettings *settings, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
     , m_presenter(&WarningsManager::presentAlert)
-{
-}
+{ }
 
 WarningsManager &WarningsManager::shared()
 {

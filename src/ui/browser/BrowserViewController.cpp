@@ -23,7 +23,8 @@ BrowserViewController::BrowserViewController(WindowSettingsPtr settings, QWidget
         m_preview->setFile(files.isEmpty() ? nullptr : files.first());
         Q_EMIT selectionChanged(files);
     });
-    connect(m_thumbnails, &ThumbnailsViewController::statusTextChanged, this, &BrowserViewController::statusTextChanged);
+    connect(m_thumbnails, &ThumbnailsViewController::statusTextChanged, this,
+            &BrowserViewController::statusTextChanged);
     connect(m_thumbnails, &ThumbnailsViewController::openRequested, this, &BrowserViewController::openRequested);
     connect(m_thumbnails, &ThumbnailsViewController::sourceVanished, this, &BrowserViewController::sourceVanished);
     connect(m_windowSettings.get(), &WindowSettings::browserLayoutChanged, this, &BrowserViewController::applyLayout);

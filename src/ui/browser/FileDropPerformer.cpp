@@ -39,7 +39,7 @@ bool copyRecursively(const QString &source, const QString &target, QString *erro
     }
     return true;
 }
-}
+} // namespace
 
 QStringList FileDropPerformer::performNow(FileDropOperation operation, const QStringList &sourcePaths,
                                           const QString &destinationFolder)
@@ -65,16 +65,10 @@ QStringList FileDropPerformer::performNow(FileDropOperation operation, const QSt
                     error = tr("The original could not be removed.");
             }
             break;
-        case FileDropOperation::copy:
-            ok = copyRecursively(source, target, &error);
-            break;
-        case FileDropOperation::link:
-            ok = QFile::link(source, target);
-            break;
+        case FileDropOperation::copy: ok = copyRecursively(source, target, &error); break;
+        case FileDropOperation::link: ok = QFile::link(source, target); break;
         case FileDropOperation::none:
-        case FileDropOperation::open:
-            ok = true;
-            break;
+        case FileDropOperation::open: ok = true; break;
         }
         if (!ok)
             errors.append(tr("\"%1\" could not be placed in \"%2\". %3").arg(name, destinationFolder, error).trimmed());
@@ -82,8 +76,9 @@ QStringList FileDropPerformer::performNow(FileDropOperation operation, const QSt
     return errors;
 }
 
-void FileDropPerformer::perform(FileDropOperation operation, const QList<PXFilePtr> &sources, const PXFilePtr &destination,
-                                QObject *context, std::function<void(const QStringList &errors)> done)
+void FileDropPerformer::perform(FileDropOperation operation, const QList<PXFilePtr> &sources,
+                                const PXFilePtr &destination, QObject *context,
+                                std::function<void(const QStringList &errors)> done)
 {
     QStringList paths;
     for (const PXFilePtr &source : sources)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/browser/FileDropValidator.h"
 #include "core/model/PXFile.h"
+#include "ui/browser/FileDropValidator.h"
 
 #include <QList>
 #include <QObject>
@@ -17,4 +17,4 @@ void perform(FileDropOperation operation, const QList<PXFilePtr> &sources, const
              QObject *context, std::function<void(const QStringList &errors)> done);
 // The same work, synchronously (what the worker runs).
 QStringList performNow(FileDropOperation operation, const QStringList &sourcePaths, const QString &destinationFolder);
-}
+} // namespace FileDropPerformer

@@ -19,8 +19,7 @@ Qt::DropAction dropActionForOperation(FileDropOperation operation);
 class FileDropValidator
 {
 public:
-    FileDropOperation validate(const QList<QUrl> &urls, const PXFilePtr &destination,
-                               Qt::KeyboardModifiers modifiers);
+    FileDropOperation validate(const QList<QUrl> &urls, const PXFilePtr &destination, Qt::KeyboardModifiers modifiers);
     void reset();
 
     static FileDropOperation defaultOperation(const QList<PXFilePtr> &sources, const PXFilePtr &destination);

@@ -26,17 +26,21 @@ void FileOpener::reveal(const QList<PXFilePtr> &files, QObject *context)
     QStringList uris;
     for (const PXFilePtr &file : files)
         uris.append(file->url().toString(QUrl::FullyEncoded));
-    const QStringList arguments{QStringLiteral("--session"), QStringLiteral("--dest=org.freedesktop.FileManager1"),
-                                QStringLiteral("--type=method_call"), QStringLiteral("/org/freedesktop/FileManager1"),
+    const QStringList arguments{QStringLiteral("--session"),
+                                QStringLiteral("--dest=org.freedesktop.FileManager1"),
+                                QStringLiteral("--type=method_call"),
+                                QStringLiteral("/org/freedesktop/FileManager1"),
                                 QStringLiteral("org.freedesktop.FileManager1.ShowItems"),
-                                QStringLiteral("array:string:") + uris.join(QLatin1Char(',')), QStringLiteral("string:")};
+                                QStringLiteral("array:string:") + uris.join(QLatin1Char(',')),
+                                QStringLiteral("string:")};
     auto *process = new QProcess(context);
     const QString parent = files.first()->parentPath();
-    QObject::connect(process, &QProcess::finished, context, [process, parent](int exitCode, QProcess::ExitStatus status) {
-        if (exitCode != 0 || status != QProcess::NormalExit)
-            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
-        process->deleteLater();
-    });
+    QObject::connect(process, &QProcess::finished, context,
+                     [process, parent](int exitCode, QProcess::ExitStatus status) {
+                         if (exitCode != 0 || status != QProcess::NormalExit)
+                             QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
+                         process->deleteLater();
+                     });
     QObject::connect(process, &QProcess::errorOccurred, context, [process, parent](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
             QDesktopServices::openUrl(QUrl::fromLocalFile(parent));

@@ -14,4 +14,4 @@ bool openWith(const PXFilePtr &application, const QList<PXFilePtr> &files);
 // Shows `files` selected in the file manager (its D-Bus interface), else opens the folder of
 // the first. `context` owns the short-lived helper process.
 void reveal(const QList<PXFilePtr> &files, QObject *context);
-}
+} // namespace FileOpener

@@ -7,15 +7,15 @@
 InlineRenameOperation::InlineRenameOperation(QObject *context, Done done)
     : m_context(context)
     , m_done(std::move(done))
-{
-}
+{ }
 
 void InlineRenameOperation::start(const PXFilePtr &file, const QString &newName, QObject *context, Done done)
 {
     auto *operation = new InlineRenameOperation(context, std::move(done));
     ZQFileOperationGroup group({ZQFileOperationUnit(file, newName)});
-    ZQFileOperationHandler *handler = ZQFileController::sharedFileController().performOperation(
-        ZQFileOperationType::rename, std::move(group), operation);
+    ZQFileOperationHandler *handler =
+        ZQFileController::sharedFileController().performOperation(ZQFileOperationType::rename, std::move(group),
+                                                                  operation);
     if (!handler) {
         if (operation->m_context && operation->m_done)
             operation->m_done({}, tr("The file could not be renamed."));
@@ -28,24 +28,28 @@ void InlineRenameOperation::takeError(ZQFileOperationHandler *handler, ZQFileOpe
     for (ZQFileOperationUnit &unit : group.units()) {
         if (unit.hasError() && m_error.isEmpty()) {
             const ZQFileOperationError &error = unit.error();
-            m_error = error.failureReason.isEmpty() ? error.description : error.description + QLatin1Char(' ') + error.failureReason;
+            m_error = error.failureReason.isEmpty() ? error.description
+                                                    : error.description + QLatin1Char(' ') + error.failureReason;
         }
         unit.setResolution(ZQFileOperationResolution::cancel);
     }
     handler->cancel();
 }
 
-void InlineRenameOperation::fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &group)
+void InlineRenameOperation::fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler,
+                                                                       ZQFileOperationGroup &group)
 {
     takeError(handler, group);
 }
 
-void InlineRenameOperation::fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &group)
+void InlineRenameOperation::fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler,
+                                                                         ZQFileOperationGroup &group)
 {
     takeError(handler, group);
 }
 
-void InlineRenameOperation::fileOperationHandlerReportingTransaction(ZQFileOperationHandler *, const ZQFileOperationTransaction &transaction)
+void InlineRenameOperation::fileOperationHandlerReportingTransaction(ZQFileOperationHandler *,
+                                                                     const ZQFileOperationTransaction &transaction)
 {
     if (transaction.isError() && m_error.isEmpty())
         m_error = transaction.error.description;

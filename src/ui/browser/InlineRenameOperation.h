@@ -19,8 +19,10 @@ public:
     using Done = std::function<void(const QString &newPath, const QString &error)>;
     static void start(const PXFilePtr &file, const QString &newName, QObject *context, Done done);
 
-    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &group) override;
-    void fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &group) override;
+    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler,
+                                                    ZQFileOperationGroup &group) override;
+    void fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler,
+                                                      ZQFileOperationGroup &group) override;
     void fileOperationHandlerReportingTransaction(ZQFileOperationHandler *handler,
                                                   const ZQFileOperationTransaction &transaction) override;
     void fileOperationHandlerCompletedOperation(ZQFileOperationHandler *handler) override;

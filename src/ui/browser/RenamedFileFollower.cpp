@@ -8,14 +8,14 @@
 
 RenamedFileFollower::RenamedFileFollower(QObject *parent)
     : QObject(parent)
-{
-}
+{ }
 
 QHash<RenamedFileFollower::Identity, PXFilePtr> RenamedFileFollower::identitiesOf(const QList<PXFilePtr> &files)
 {
     QHash<Identity, PXFilePtr> identities;
     for (const PXFilePtr &file : files) {
-        struct stat info{};
+        struct stat info
+        { };
         if (::lstat(file->nativePath().constData(), &info) == 0)
             identities.insert({quint64(info.st_dev), quint64(info.st_ino)}, file);
     }
@@ -46,7 +46,8 @@ void RenamedFileFollower::noteShown(const std::function<bool(const PXFilePtr &)>
     }
 }
 
-void RenamedFileFollower::lookForRenamed(const QList<PXFilePtr> &arrived, std::function<void(const QList<PXFilePtr> &)> found)
+void RenamedFileFollower::lookForRenamed(const QList<PXFilePtr> &arrived,
+                                         std::function<void(const QList<PXFilePtr> &)> found)
 {
     if (m_lost.isEmpty() || arrived.isEmpty() || arrived.size() > followedLimit)
         return;

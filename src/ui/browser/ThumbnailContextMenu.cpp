@@ -1,9 +1,9 @@
 #include "ui/browser/ThumbnailContextMenu.h"
 
-#include "ui/browser/ThumbnailsViewController.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/FileBookmark.h"
 #include "core/settings/SettingsManager.h"
+#include "ui/browser/ThumbnailsViewController.h"
 
 #include <QCoreApplication>
 #include <QMenu>
@@ -52,7 +52,7 @@ void addShared(QMenu *menu)
         tag->addAction(tr(colour))->setEnabled(false);
     tag->menuAction()->setEnabled(false);
 }
-}
+} // namespace
 
 QMenu *buildThumbnailContextMenu(ThumbnailsViewController *controller, bool onItems)
 {
@@ -98,7 +98,8 @@ QMenu *buildThumbnailContextMenu(ThumbnailsViewController *controller, bool onIt
     menu->addSeparator();
     if (selected.size() == 1)
         addCommand(menu, controller, tr("Edit Filename"), "renameFile", &ThumbnailsViewController::renameFile);
-    addCommand(menu, controller, tr("Show in File Manager"), "revealInFinder", &ThumbnailsViewController::revealInFinder);
+    addCommand(menu, controller, tr("Show in File Manager"), "revealInFinder",
+               &ThumbnailsViewController::revealInFinder);
     bool anyLink = false;
     bool anyVolume = false;
     bool anyImage = false;

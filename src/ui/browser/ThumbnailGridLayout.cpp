@@ -24,8 +24,8 @@ void ThumbnailGridLayout::layout(int width)
         m_columnOffset = 0;
         for (qsizetype i = 0; i < m_counts.size(); ++i)
             m_sectionTops[i] = 0;
-        const int contentWidth = m_insets.left() + m_insets.right()
-            + std::max(0, m_itemCount * m_columnPitch - m_spacing);
+        const int contentWidth =
+            m_insets.left() + m_insets.right() + std::max(0, m_itemCount * m_columnPitch - m_spacing);
         m_contentSize = QSize(contentWidth, m_insets.top() + m_itemSize.height() + m_insets.top());
         return;
     }

@@ -59,7 +59,7 @@ private:
 
     QList<int> m_counts;
     QList<int> m_sectionStarts; // flat index of each section's first item
-    QList<int> m_sectionTops;   // content y of each section
+    QList<int> m_sectionTops; // content y of each section
     bool m_showHeaders = false;
     bool m_singleRow = false;
     QSize m_itemSize{100, 100};

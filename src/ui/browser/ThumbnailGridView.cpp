@@ -21,7 +21,7 @@ namespace {
 constexpr int cellPadding = 10;
 // One frame at 60 Hz: scrolling settles the visible range at most once per frame.
 constexpr int visibilityCheckIntervalMs = 16;
-}
+} // namespace
 
 ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *parent)
     : QAbstractScrollArea(parent)
@@ -170,7 +170,7 @@ void ThumbnailGridView::moveCurrent(int key, Qt::KeyboardModifiers modifiers)
     case Qt::Key_Home: to = 0; break;
     case Qt::Key_End: to = count - 1; break;
     case Qt::Key_PageUp:
-        to = std::max(0, from) ;
+        to = std::max(0, from);
         for (int i = 0; i < rowsPerPage; ++i)
             to = m_layout.indexAbove(to);
         break;
@@ -232,8 +232,9 @@ void ThumbnailGridView::scrollToItem(int index)
     const int section = m_layout.sectionOfItem(index);
     const int headerRoom = m_layout.headerRect(section).height();
     if (rect.top() < visible.top())
-        verticalScrollBar()->setValue(rect.top() - m_layout.sectionInsets().top()
-                                      - (m_layout.firstItemOfSection(section) + m_layout.columns() > index ? headerRoom : 0));
+        verticalScrollBar()->setValue(
+            rect.top() - m_layout.sectionInsets().top()
+            - (m_layout.firstItemOfSection(section) + m_layout.columns() > index ? headerRoom : 0));
     else if (rect.bottom() > visible.bottom())
         verticalScrollBar()->setValue(rect.bottom() - visible.height() + m_layout.sectionInsets().bottom() + 1);
 }
@@ -335,9 +336,11 @@ void ThumbnailGridView::paintEvent(QPaintEvent *event)
             font.setBold(true);
             painter.setFont(font);
             painter.setPen(palette().color(QPalette::WindowText));
-            const QRect textRect = header.adjusted(m_layout.sectionInsets().left(), 0, -m_layout.sectionInsets().right(), 0);
+            const QRect textRect =
+                header.adjusted(m_layout.sectionInsets().left(), 0, -m_layout.sectionInsets().right(), 0);
             painter.drawText(textRect, Qt::AlignLeft | Qt::AlignVCenter,
-                             painter.fontMetrics().elidedText(m_delegate->gridSectionTitle(section), Qt::ElideMiddle, textRect.width()));
+                             painter.fontMetrics().elidedText(m_delegate->gridSectionTitle(section), Qt::ElideMiddle,
+                                                              textRect.width()));
             painter.setPen(palette().color(QPalette::Mid));
             painter.drawLine(textRect.bottomLeft(), textRect.bottomRight());
             painter.setFont(QWidget::font());
@@ -578,22 +581,15 @@ void ThumbnailGridView::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Home:
     case Qt::Key_End:
     case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
-        moveCurrent(event->key(), event->modifiers());
-        return;
+    case Qt::Key_PageDown: moveCurrent(event->key(), event->modifiers()); return;
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (m_current >= 0 && isSelected(m_current))
             Q_EMIT activated(m_current);
         return;
-    case Qt::Key_F2:
-        Q_EMIT renameShortcutPressed();
-        return;
-    case Qt::Key_Escape:
-        clearSelection();
-        return;
-    default:
-        break;
+    case Qt::Key_F2: Q_EMIT renameShortcutPressed(); return;
+    case Qt::Key_Escape: clearSelection(); return;
+    default: break;
     }
     QAbstractScrollArea::keyPressEvent(event);
 }
@@ -677,7 +673,8 @@ void ThumbnailGridView::dropEvent(QDropEvent *event)
     m_dropTarget = -1;
     updateItem(old);
     const Qt::DropAction action = m_delegate->gridValidateDrop(event->mimeData(), index, section, event->modifiers());
-    if (action == Qt::IgnoreAction || !m_delegate->gridAcceptDrop(event->mimeData(), index, section, event->modifiers())) {
+    if (action == Qt::IgnoreAction
+        || !m_delegate->gridAcceptDrop(event->mimeData(), index, section, event->modifiers())) {
         event->ignore();
         return;
     }

@@ -11,7 +11,6 @@
 
 #include <vector>
 
-
 class QMimeData;
 class QRubberBand;
 class QTimer;

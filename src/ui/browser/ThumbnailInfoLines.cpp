@@ -23,9 +23,9 @@ int thumbnailInfoLineCount(ThumbnailInfoOptions options, bool singleRow)
     if (singleRow)
         return options.testFlag(ThumbnailInfoOption::filename) ? 1 : 0;
     int count = 0;
-    for (ThumbnailInfoOption option : {ThumbnailInfoOption::filename, ThumbnailInfoOption::dimensions,
-                                       ThumbnailInfoOption::fileSize, ThumbnailInfoOption::modificationDate,
-                                       ThumbnailInfoOption::kind}) {
+    for (ThumbnailInfoOption option :
+         {ThumbnailInfoOption::filename, ThumbnailInfoOption::dimensions, ThumbnailInfoOption::fileSize,
+          ThumbnailInfoOption::modificationDate, ThumbnailInfoOption::kind}) {
         count += options.testFlag(option) ? 1 : 0;
     }
     return count;

@@ -9,7 +9,7 @@ constexpr int scrollerSlack = 17;
 constexpr int cellPadding = 20;
 // Gap between the picture and the information lines.
 constexpr int stackGap = 6;
-}
+} // namespace
 
 int thumbnailStackViewHeight(bool showInformation, int lineCount, int lineHeight)
 {

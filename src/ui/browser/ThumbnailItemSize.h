@@ -11,7 +11,7 @@ struct ThumbnailItemSizeInput
 {
     int thumbnailSize = 200;
     BrowserLayout layout = BrowserLayout::rightPreview;
-    QSize gridSize;          // the grid's viewport
+    QSize gridSize; // the grid's viewport
     int stackViewHeight = 0; // see thumbnailStackViewHeight()
     QMargins sectionInsets;
 };

@@ -7,7 +7,7 @@ QString tr(const char *text)
 {
     return QCoreApplication::translate("ThumbnailsViewController", text);
 }
-}
+} // namespace
 
 QString thumbnailsCountText(int fileCount, int selectedCount)
 {

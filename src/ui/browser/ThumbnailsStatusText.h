@@ -6,10 +6,10 @@
 // What the pane's status line says about the files shown and the selection.
 struct ThumbnailsStatusInput
 {
-    QStringList sourceNames;  // display names of the folders shown
+    QStringList sourceNames; // display names of the folders shown
     bool includesSubfolders = false;
     bool loading = false;
-    int foundCount = 0;       // files found so far while loading
+    int foundCount = 0; // files found so far while loading
     int fileCount = 0;
     int selectedCount = 0;
 };

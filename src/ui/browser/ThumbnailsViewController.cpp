@@ -2,6 +2,9 @@
 
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
+#include "core/model/FileCollectionModel.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
 #include "ui/browser/FileDropPerformer.h"
 #include "ui/browser/FileOpener.h"
 #include "ui/browser/InlineRenameOperation.h"
@@ -10,9 +13,6 @@
 #include "ui/browser/ThumbnailInfoLines.h"
 #include "ui/browser/ThumbnailItemSize.h"
 #include "ui/browser/ThumbnailsStatusText.h"
-#include "core/model/FileCollectionModel.h"
-#include "core/settings/AppSettings.h"
-#include "core/settings/SettingsManager.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -26,7 +26,6 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-
 namespace {
 // Room around each section's cells.
 const QMargins sectionInsets(10, 10, 10, 10);
@@ -35,7 +34,7 @@ const QMargins sectionInsets(10, 10, 10, 10);
 constexpr int selectionChangeDelayMs = 40;
 // Items this many screens away from the view forget their pictures.
 constexpr int keepScreens = 3;
-}
+} // namespace
 
 ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, QWidget *parent)
     : QWidget(parent)
@@ -116,10 +115,13 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     WindowSettings *ws = m_windowSettings.get();
     connect(ws, &WindowSettings::thumbnailsFileSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
     connect(ws, &WindowSettings::thumbnailsFolderSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsReverseSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsReverseSortChanged, this,
+            &ThumbnailsViewController::applyCollectionSettings);
     connect(ws, &WindowSettings::thumbnailsFileFilterChanged, this, &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsHideFoldersChanged, this, &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsFolderSearchDepthChanged, this, &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsHideFoldersChanged, this,
+            &ThumbnailsViewController::applyCollectionSettings);
+    connect(ws, &WindowSettings::thumbnailsFolderSearchDepthChanged, this,
+            &ThumbnailsViewController::applyCollectionSettings);
     connect(ws, &WindowSettings::thumbnailsSubfolderInclusionStyleChanged, this, &ThumbnailsViewController::publish);
     connect(ws, &WindowSettings::thumbnailSizeChanged, this, &ThumbnailsViewController::updateItemSize);
     connect(ws, &WindowSettings::browserLayoutChanged, this, &ThumbnailsViewController::updateItemSize);
@@ -132,9 +134,8 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     });
     if (AppSettings *app = SettingsManager::shared().settings()) {
         m_grid->setClickToRename(!app->thumbnailsRenameOnlyOnEnter());
-        connect(app, &AppSettings::thumbnailsRenameOnlyOnEnterChanged, this, [this](bool onlyOnEnter) {
-            m_grid->setClickToRename(!onlyOnEnter);
-        });
+        connect(app, &AppSettings::thumbnailsRenameOnlyOnEnterChanged, this,
+                [this](bool onlyOnEnter) { m_grid->setClickToRename(!onlyOnEnter); });
     }
     applyCollectionSettings();
     updateItemSize();
@@ -244,7 +245,8 @@ ThumbnailItemPtr ThumbnailsViewController::itemForNode(const FileModelPtr &node)
 {
     const PXFilePtr &file = node->file();
     if (node->representedItem.has_value()) {
-        if (const auto *item = std::any_cast<ThumbnailItemPtr>(&node->representedItem); item && *item && (*item)->file() == file) {
+        if (const auto *item = std::any_cast<ThumbnailItemPtr>(&node->representedItem);
+            item && *item && (*item)->file() == file) {
             m_allItemsByFile.insert(file.get(), *item);
             return *item;
         }
@@ -319,7 +321,8 @@ void ThumbnailsViewController::publish()
     m_allItemsByFile = std::move(items);
     m_allItemsFlat = std::move(flat);
 
-    const bool headers = byFolder && (m_currentSources.size() > 1 || m_windowSettings->thumbnailsFolderSearchDepth() > 0);
+    const bool headers =
+        byFolder && (m_currentSources.size() > 1 || m_windowSettings->thumbnailsFolderSearchDepth() > 0);
     m_grid->gridLayout().setSections(counts, headers);
     const QList<PXFilePtr> previousSelection = m_selectedFiles;
     m_grid->relayout();
@@ -374,7 +377,8 @@ void ThumbnailsViewController::checkSourcesExist()
                 return;
             for (const PXFilePtr &source : gone) {
                 if (self->m_currentSources.contains(source))
-                    Q_EMIT self->sourceVanished(source, tr("The folder \"%1\" is no longer there.").arg(source->displayName()));
+                    Q_EMIT self->sourceVanished(source,
+                                                tr("The folder \"%1\" is no longer there.").arg(source->displayName()));
             }
         });
     });
@@ -405,7 +409,8 @@ void ThumbnailsViewController::updateItemSize()
     input.thumbnailSize = m_windowSettings->thumbnailSize();
     input.layout = layout;
     input.gridSize = m_grid->size();
-    input.stackViewHeight = thumbnailStackViewHeight(m_windowSettings->thumbnailShowInformation(), lines, m_grid->lineHeight());
+    input.stackViewHeight =
+        thumbnailStackViewHeight(m_windowSettings->thumbnailShowInformation(), lines, m_grid->lineHeight());
     input.sectionInsets = sectionInsets;
     const QSize size = thumbnailItemSize(input);
     ThumbnailGridLayout &grid = m_grid->gridLayout();
@@ -545,8 +550,9 @@ QPixmap ThumbnailsViewController::gridIcon(int index, int side)
             icon = QIcon::fromTheme(QStringLiteral("folder"), style()->standardIcon(QStyle::SP_DirIcon));
         } else {
             const QMimeType mime = QMimeDatabase().mimeTypeForName(key);
-            icon = QIcon::fromTheme(mime.iconName(),
-                                    QIcon::fromTheme(mime.genericIconName(), style()->standardIcon(QStyle::SP_FileIcon)));
+            icon =
+                QIcon::fromTheme(mime.iconName(),
+                                 QIcon::fromTheme(mime.genericIconName(), style()->standardIcon(QStyle::SP_FileIcon)));
         }
         it = m_iconsByType.insert(key, icon);
     }
@@ -619,7 +625,8 @@ PXFilePtr ThumbnailsViewController::dropDestination(int index, int section) cons
 {
     if (const PXFilePtr file = fileAt(index); file && (file->isDirectory() || file->isApplication()))
         return file;
-    if (m_grid->gridLayout().showsHeaders() && section >= 0 && section < m_sectionFolders.size() && m_sectionFolders[section])
+    if (m_grid->gridLayout().showsHeaders() && section >= 0 && section < m_sectionFolders.size()
+        && m_sectionFolders[section])
         return m_sectionFolders[section]->file();
     return m_currentSources.size() == 1 ? m_currentSources.first() : nullptr;
 }
@@ -638,7 +645,8 @@ Qt::DropAction ThumbnailsViewController::gridValidateDrop(const QMimeData *data,
     return dropActionForOperation(dropOperation(data->urls(), index, section, modifiers));
 }
 
-bool ThumbnailsViewController::gridAcceptDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers)
+bool ThumbnailsViewController::gridAcceptDrop(const QMimeData *data, int index, int section,
+                                              Qt::KeyboardModifiers modifiers)
 {
     const QList<QUrl> urls = data->urls();
     const FileDropOperation operation = dropOperation(urls, index, section, modifiers);
@@ -748,7 +756,8 @@ bool ThumbnailsViewController::validateAction(const QString &slotName) const
     if (slotName == QLatin1String("renameFile"))
         return m_selectedFiles.size() == 1 && !m_selectedFiles.first()->isPlaceholder();
     if (slotName == QLatin1String("newFolder"))
-        return m_currentSources.size() == 1 && m_currentSources.first()->isDirectory() && m_currentSources.first()->isWritable();
+        return m_currentSources.size() == 1 && m_currentSources.first()->isDirectory()
+            && m_currentSources.first()->isWritable();
     if (slotName == QLatin1String("flagItem") || slotName == QLatin1String("rejectItem")
         || slotName == QLatin1String("clearItemFlag"))
         return hasSelection && bool(m_flagLookup);
@@ -779,7 +788,8 @@ void ThumbnailsViewController::openInApp()
     for (const PXFilePtr &file : std::as_const(m_selectedFiles)) {
         if (!QDesktopServices::openUrl(file->url())) {
             logError(tr("No application opens %1").arg(file->path()));
-            Q_EMIT errorOccurred(tr("The file could not be opened"), tr("No application is set to open \"%1\".").arg(file->displayName()));
+            Q_EMIT errorOccurred(tr("The file could not be opened"),
+                                 tr("No application is set to open \"%1\".").arg(file->displayName()));
         }
     }
 }
@@ -844,10 +854,14 @@ void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
     });
 }
 
-void ThumbnailsViewController::makeAlias() {}
-void ThumbnailsViewController::makeSymlink() {}
-void ThumbnailsViewController::duplicate() {}
-void ThumbnailsViewController::moveToTrash() {}
+void ThumbnailsViewController::makeAlias()
+{ }
+void ThumbnailsViewController::makeSymlink()
+{ }
+void ThumbnailsViewController::duplicate()
+{ }
+void ThumbnailsViewController::moveToTrash()
+{ }
 
 void ThumbnailsViewController::revealInFinder()
 {

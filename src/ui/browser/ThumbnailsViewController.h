@@ -1,13 +1,13 @@
 #pragma once
 
-#include "ui/browser/FileDropValidator.h"
-#include "ui/browser/ThumbnailGridView.h"
-#include "ui/browser/ThumbnailsSavedState.h"
 #include "core/model/FileModel.h"
 #include "core/model/FileSortTypes.h"
 #include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
 #include "core/thumbnails/ThumbnailItem.h"
+#include "ui/browser/FileDropValidator.h"
+#include "ui/browser/ThumbnailGridView.h"
+#include "ui/browser/ThumbnailsSavedState.h"
 
 #include <QHash>
 #include <QIcon>
@@ -115,7 +115,8 @@ protected:
     int gridMark(int index) override;
     QString gridEditableName(int index) override;
     QMimeData *gridMimeDataForDrag(const QList<int> &indexes) override;
-    Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;
+    Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section,
+                                    Qt::KeyboardModifiers modifiers) override;
     bool gridAcceptDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;
 
 private:

@@ -13,7 +13,8 @@
 #include <QVBoxLayout>
 
 namespace {
-constexpr std::array tabs{InspectorTab::general, InspectorTab::exif, InspectorTab::iptc, InspectorTab::gps, InspectorTab::tiff};
+constexpr std::array tabs{InspectorTab::general, InspectorTab::exif, InspectorTab::iptc, InspectorTab::gps,
+                          InspectorTab::tiff};
 }
 
 InspectorViewController::InspectorViewController(WindowSettingsPtr settings, QWidget *parent)
@@ -53,9 +54,8 @@ InspectorViewController::InspectorViewController(WindowSettingsPtr settings, QWi
         if (index >= 0 && index < int(tabs.size()))
             m_windowSettings->setInspectorActiveTab(tabs[size_t(index)]);
     });
-    connect(m_windowSettings.get(), &WindowSettings::inspectorActiveTabChanged, this, [this](InspectorTab tab) {
-        m_tabs->setCurrentIndex(int(tab));
-    });
+    connect(m_windowSettings.get(), &WindowSettings::inspectorActiveTabChanged, this,
+            [this](InspectorTab tab) { m_tabs->setCurrentIndex(int(tab)); });
     m_stack->setCurrentWidget(m_placeholder);
 }
 
@@ -142,7 +142,8 @@ QUrl InspectorViewController::mapUrl(double latitude, double longitude)
     query.addQueryItem(QStringLiteral("mlat"), QString::number(latitude, 'f', 6));
     query.addQueryItem(QStringLiteral("mlon"), QString::number(longitude, 'f', 6));
     url.setQuery(query);
-    url.setFragment(QStringLiteral("map=15/%1/%2").arg(QString::number(latitude, 'f', 6), QString::number(longitude, 'f', 6)));
+    url.setFragment(
+        QStringLiteral("map=15/%1/%2").arg(QString::number(latitude, 'f', 6), QString::number(longitude, 'f', 6)));
     return url;
 }
 

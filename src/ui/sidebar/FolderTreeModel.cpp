@@ -2,9 +2,9 @@
 
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
-#include "ui/app/ThemeIcons.h"
 #include "core/fs/ZQFolderSubscription.h"
 #include "core/model/FileSorting.h"
+#include "ui/app/ThemeIcons.h"
 
 #include <QFileIconProvider>
 #include <QIcon>
@@ -42,7 +42,6 @@ struct FolderTreeModel::Node
 namespace {
 
 const QString countPool = QStringLiteral("Sidebar.Counts");
-
 
 } // namespace
 
@@ -195,7 +194,8 @@ void FolderTreeModel::fetchMore(const QModelIndex &parent)
 void FolderTreeModel::startListing(Node *node)
 {
     node->listing = true;
-    node->subscription = ZQFolderSubscription::forFolder(ZQStandardFile::newFileForNativePath(node->file->resolvedNativePath()));
+    node->subscription =
+        ZQFolderSubscription::forFolder(ZQStandardFile::newFileForNativePath(node->file->resolvedNativePath()));
     const QPointer<FolderTreeModel> self(this);
     const PXFilePtr folder = node->file;
     const auto settle = [self, folder] {
@@ -325,16 +325,12 @@ QString FolderTreeModel::countText(const Node *node) const
     }
     const QLocale locale;
     switch (m_info) {
-    case SidebarInfoOptions::none:
-        return {};
-    case SidebarInfoOptions::files:
-        return locale.toString(node->files);
-    case SidebarInfoOptions::folders:
-        return locale.toString(node->folders);
+    case SidebarInfoOptions::none: return {};
+    case SidebarInfoOptions::files: return locale.toString(node->files);
+    case SidebarInfoOptions::folders: return locale.toString(node->folders);
     case SidebarInfoOptions::filesAndFolders:
         return tr("%1 · %2").arg(locale.toString(node->files), locale.toString(node->folders));
-    case SidebarInfoOptions::images:
-        return locale.toString(node->images);
+    case SidebarInfoOptions::images: return locale.toString(node->images);
     case SidebarInfoOptions::imagesAndFolders:
         return tr("%1 · %2").arg(locale.toString(node->images), locale.toString(node->folders));
     }
@@ -391,14 +387,12 @@ QVariant FolderTreeModel::data(const QModelIndex &index, int role) const
     }
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::EditRole:
-        return node->file->displayName();
-    case Qt::ToolTipRole:
-        return node->file->path();
+    case Qt::EditRole: return node->file->displayName();
+    case Qt::ToolTipRole: return node->file->path();
     case Qt::DecorationRole:
-        return node->file->isDirectory() ? ThemeIcons::folder() : QFileIconProvider().icon(QFileInfo(node->file->path()));
-    default:
-        return {};
+        return node->file->isDirectory() ? ThemeIcons::folder()
+                                         : QFileIconProvider().icon(QFileInfo(node->file->path()));
+    default: return {};
     }
 }
 

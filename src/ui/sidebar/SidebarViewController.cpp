@@ -143,7 +143,8 @@ void SidebarViewController::revealFolder(const PXFilePtr &folder)
 bool SidebarViewController::selectionLiesUnder(const PXFilePtr &file, const PXFilePtr &folder) const
 {
     const QString base = folder->path();
-    return file->path() == base || file->path().startsWith(base.endsWith(QLatin1Char('/')) ? base : base + QLatin1Char('/'));
+    return file->path() == base
+        || file->path().startsWith(base.endsWith(QLatin1Char('/')) ? base : base + QLatin1Char('/'));
 }
 
 void SidebarViewController::beginRestore(const QList<PXFilePtr> &expanded, const QList<PXFilePtr> &selection)
@@ -277,7 +278,8 @@ void SidebarViewController::writeLayoutToSettings()
 
 void SidebarViewController::contextMenuEvent(QContextMenuEvent *event)
 {
-    if (!m_tree->isAncestorOf(childAt(mapFromGlobal(event->globalPos()))) && childAt(mapFromGlobal(event->globalPos())) != m_tree)
+    if (!m_tree->isAncestorOf(childAt(mapFromGlobal(event->globalPos())))
+        && childAt(mapFromGlobal(event->globalPos())) != m_tree)
         return;
     const QModelIndex index = m_tree->indexAt(m_tree->viewport()->mapFromGlobal(event->globalPos()));
     const PXFilePtr file = m_model->fileForIndex(index);

@@ -3,7 +3,8 @@
 #include <QString>
 #include <QVariant>
 
-// A menu or toolbar command: its identifier (such as "changeBrowserLayout") and, for the commands that choose among values, the value.
+// A menu or toolbar command: its identifier (such as "changeBrowserLayout") and, for the commands that choose among
+// values, the value.
 struct Command
 {
     QString name;

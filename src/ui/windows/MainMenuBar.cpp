@@ -40,7 +40,7 @@ struct Builder
     }
 
     // One checkable item per value, exclusive.
-    template <typename Values, typename Title>
+    template<typename Values, typename Title>
     void choice(QMenu *menu, const char *command, const Values &values, Title title)
     {
         auto *group = new QActionGroup(menu);
@@ -49,7 +49,7 @@ struct Builder
     }
 };
 
-template <typename Enum>
+template<typename Enum>
 QList<Enum> range(int count)
 {
     QList<Enum> values;
@@ -61,12 +61,9 @@ QList<Enum> range(int count)
 QString browserLayoutTitle(BrowserLayout layout)
 {
     switch (layout) {
-    case BrowserLayout::noPreview:
-        return tr("No Preview");
-    case BrowserLayout::topPreview:
-        return tr("Preview on Top");
-    case BrowserLayout::rightPreview:
-        return tr("Preview on Right");
+    case BrowserLayout::noPreview: return tr("No Preview");
+    case BrowserLayout::topPreview: return tr("Preview on Top");
+    case BrowserLayout::rightPreview: return tr("Preview on Right");
     }
     return {};
 }
@@ -74,18 +71,12 @@ QString browserLayoutTitle(BrowserLayout layout)
 QString sidebarInfoTitle(SidebarInfoOptions info)
 {
     switch (info) {
-    case SidebarInfoOptions::none:
-        return tr("No Counts");
-    case SidebarInfoOptions::files:
-        return tr("Files");
-    case SidebarInfoOptions::folders:
-        return tr("Folders");
-    case SidebarInfoOptions::filesAndFolders:
-        return tr("Files and Folders");
-    case SidebarInfoOptions::images:
-        return tr("Images");
-    case SidebarInfoOptions::imagesAndFolders:
-        return tr("Images and Folders");
+    case SidebarInfoOptions::none: return tr("No Counts");
+    case SidebarInfoOptions::files: return tr("Files");
+    case SidebarInfoOptions::folders: return tr("Folders");
+    case SidebarInfoOptions::filesAndFolders: return tr("Files and Folders");
+    case SidebarInfoOptions::images: return tr("Images");
+    case SidebarInfoOptions::imagesAndFolders: return tr("Images and Folders");
     }
     return {};
 }
@@ -107,7 +98,8 @@ QList<QAction *> build(QMenuBar *menuBar)
     QMenu *openWith = file->addMenu(tr("Open With"));
     openWith->setObjectName(QLatin1String(openWithMenuName));
     file->addSeparator();
-    b.add(file, tr("Slideshow With Selected"), "startSlideshowWithSelected", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S));
+    b.add(file, tr("Slideshow With Selected"), "startSlideshowWithSelected",
+          QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S));
     b.add(file, tr("Batch Rename…"), "openRenameWindow", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
     b.add(file, tr("Edit Filename"), "renameFile", QKeySequence(Qt::Key_F2));
     b.add(file, tr("Make Alias"), "makeAlias");
@@ -169,9 +161,8 @@ QList<QAction *> build(QMenuBar *menuBar)
     filter->addSeparator();
     b.toggle(filter, tr("Hide Folders"), "changeThumbnailHideFolders");
     QMenu *subfolders = view->addMenu(tr("Subfolders"));
-    b.choice(subfolders, "changeFolderDepth", QList<int>{0, 1, 2, 3, 4, 5}, [](int depth) {
-        return depth == 0 ? tr("This Folder Only") : tr("%n Level(s) Deep", nullptr, depth);
-    });
+    b.choice(subfolders, "changeFolderDepth", QList<int>{0, 1, 2, 3, 4, 5},
+             [](int depth) { return depth == 0 ? tr("This Folder Only") : tr("%n Level(s) Deep", nullptr, depth); });
     subfolders->addSeparator();
     b.choice(subfolders, "changeThumbnailSubfolderGrouping",
              QList<SubfolderInclusionStyle>{SubfolderInclusionStyle::byFolder, SubfolderInclusionStyle::commingled},

@@ -1,8 +1,8 @@
 #include "ui/windows/MainWindowController.h"
 
-#include "ui/app/WindowManager.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "ui/app/WindowManager.h"
 #include "ui/windows/MainWindowFrame.h"
 #include "ui/windows/MainWindowViewController.h"
 

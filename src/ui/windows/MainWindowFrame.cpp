@@ -1,10 +1,10 @@
 #include "ui/windows/MainWindowFrame.h"
 
-#include "ui/app/AppDelegate.h"
 #include "core/app/Log.h"
 #include "core/fs/Applications.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "ui/app/AppDelegate.h"
 #include "ui/windows/MainMenuBar.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowViewController.h"
@@ -12,9 +12,9 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QGuiApplication>
-#include <QScreen>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTimer>
@@ -216,8 +216,7 @@ CommandState MainWindowFrame::commandState(const Command &command) const
 void MainWindowFrame::validateActions()
 {
     for (QAction *action : std::as_const(m_actions)) {
-        const CommandState state =
-            commandState({action->property("command").toString(), action->property("argument")});
+        const CommandState state = commandState({action->property("command").toString(), action->property("argument")});
         action->setEnabled(state.enabled);
         if (action->isCheckable())
             action->setChecked(state.checked);

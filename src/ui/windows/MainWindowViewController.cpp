@@ -1,16 +1,16 @@
 #include "ui/windows/MainWindowViewController.h"
 
-#include "ui/app/AuxiliaryWindowsManager.h"
 #include "core/app/FlagManager.h"
 #include "core/app/Log.h"
+#include "core/fs/Applications.h"
+#include "core/settings/AppSettings.h"
+#include "core/settings/SettingsManager.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
 #include "ui/app/ThemeIcons.h"
 #include "ui/app/WarningsManager.h"
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/ThumbnailsViewController.h"
-#include "core/fs/Applications.h"
 #include "ui/inspector/InspectorViewController.h"
-#include "core/settings/AppSettings.h"
-#include "core/settings/SettingsManager.h"
 #include "ui/sidebar/FolderTreeModel.h"
 #include "ui/sidebar/PathBar.h"
 #include "ui/sidebar/SidebarViewController.h"
@@ -44,15 +44,26 @@ constexpr int thumbnailSizeStep = 16;
 constexpr int maximumFolderDepth = 5;
 
 const QStringList thumbnailCommands = {
-    QStringLiteral("performOpen"),   QStringLiteral("openInApp"),        QStringLiteral("selectAll"),
-    QStringLiteral("deselectAll"),   QStringLiteral("renameFile"),       QStringLiteral("makeAlias"),
-    QStringLiteral("makeSymlink"),   QStringLiteral("duplicate"),        QStringLiteral("moveToTrash"),
-    QStringLiteral("revealInFinder"), QStringLiteral("newFolder"),       QStringLiteral("flagItem"),
-    QStringLiteral("rejectItem"),    QStringLiteral("clearItemFlag"),    QStringLiteral("selectFlagged"),
-    QStringLiteral("selectRejected"), QStringLiteral("nextImageInBrowser"), QStringLiteral("previousImageInBrowser"),
+    QStringLiteral("performOpen"),
+    QStringLiteral("openInApp"),
+    QStringLiteral("selectAll"),
+    QStringLiteral("deselectAll"),
+    QStringLiteral("renameFile"),
+    QStringLiteral("makeAlias"),
+    QStringLiteral("makeSymlink"),
+    QStringLiteral("duplicate"),
+    QStringLiteral("moveToTrash"),
+    QStringLiteral("revealInFinder"),
+    QStringLiteral("newFolder"),
+    QStringLiteral("flagItem"),
+    QStringLiteral("rejectItem"),
+    QStringLiteral("clearItemFlag"),
+    QStringLiteral("selectFlagged"),
+    QStringLiteral("selectRejected"),
+    QStringLiteral("nextImageInBrowser"),
+    QStringLiteral("previousImageInBrowser"),
     QStringLiteral("scrollSelectionToVisible"),
 };
-
 
 PXFilePtr folderToShow(const PXFilePtr &file)
 {
@@ -126,7 +137,8 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, c
 
     connect(m_sidebarViewController, &SidebarViewController::sourcesChanged, this,
             &MainWindowViewController::sourcesChanged);
-    connect(m_sidebarViewController, &SidebarViewController::placeChanged, this, &MainWindowViewController::recordPlace);
+    connect(m_sidebarViewController, &SidebarViewController::placeChanged, this,
+            &MainWindowViewController::recordPlace);
     connect(m_sidebarViewController, &SidebarViewController::folderVanished, this,
             [this](const PXFilePtr &folder) { showNearestExistingParent(folder, tr("it was deleted or moved")); });
     connect(m_sidebarViewController, &SidebarViewController::favoriteApplicationActivated, this,
@@ -177,21 +189,15 @@ void MainWindowViewController::connectFlagsAndErrors()
             [](const QList<PXFilePtr> &files, FileFlag flag) {
                 FlagManager &flags = FlagManager::shared();
                 switch (flag) {
-                case FileFlag::flagged:
-                    flags.flag(files);
-                    break;
-                case FileFlag::rejected:
-                    flags.reject(files);
-                    break;
-                case FileFlag::none:
-                    flags.clear(files);
-                    break;
+                case FileFlag::flagged: flags.flag(files); break;
+                case FileFlag::rejected: flags.reject(files); break;
+                case FileFlag::none: flags.clear(files); break;
                 }
             });
-    connect(&FlagManager::shared(), &FlagManager::flagsChanged, pane, [pane] { pane->gridView()->viewport()->update(); });
-    connect(pane, &ThumbnailsViewController::errorOccurred, this, [this](const QString &title, const QString &text) {
-        QMessageBox::warning(window(), title, text);
-    });
+    connect(&FlagManager::shared(), &FlagManager::flagsChanged, pane,
+            [pane] { pane->gridView()->viewport()->update(); });
+    connect(pane, &ThumbnailsViewController::errorOccurred, this,
+            [this](const QString &title, const QString &text) { QMessageBox::warning(window(), title, text); });
 }
 
 ThumbnailsViewController *MainWindowViewController::thumbnailsViewController() const
@@ -218,11 +224,12 @@ void MainWindowViewController::buildToolbar()
         action->setEnabled(commandState(command).enabled);
         return action;
     };
-    addCommand(ThemeIcons::icon(QStringLiteral("go-previous"), QStyle::SP_ArrowBack), tr("Back"), tr("Back"), {QStringLiteral("back"), {}});
+    addCommand(ThemeIcons::icon(QStringLiteral("go-previous"), QStyle::SP_ArrowBack), tr("Back"), tr("Back"),
+               {QStringLiteral("back"), {}});
     addCommand(ThemeIcons::icon(QStringLiteral("go-next"), QStyle::SP_ArrowForward), tr("Forward"), tr("Forward"),
                {QStringLiteral("forward"), {}});
-    addCommand(ThemeIcons::icon(QStringLiteral("go-up"), QStyle::SP_ArrowUp), tr("Enclosing Folder"), tr("Enclosing Folder"),
-               {QStringLiteral("changeBaseUpOneLevel"), {}});
+    addCommand(ThemeIcons::icon(QStringLiteral("go-up"), QStyle::SP_ArrowUp), tr("Enclosing Folder"),
+               tr("Enclosing Folder"), {QStringLiteral("changeBaseUpOneLevel"), {}});
     m_toolbar->addSeparator();
 
     // Layout: three exclusive buttons.
@@ -242,8 +249,9 @@ void MainWindowViewController::buildToolbar()
         action->setData(int(layout));
         m_layoutGroup->addAction(action);
         const BrowserLayout chosen = layout;
-        connect(action, &QAction::triggered, this,
-                [this, chosen] { performCommand({QStringLiteral("changeBrowserLayout"), int(chosen)}); });
+        connect(action, &QAction::triggered, this, [this, chosen] {
+            performCommand({QStringLiteral("changeBrowserLayout"), int(chosen)});
+        });
     }
     m_toolbar->addSeparator();
 
@@ -274,16 +282,17 @@ void MainWindowViewController::buildToolbar()
         m_toolbar->addWidget(button);
         return menu;
     };
-    QMenu *sortMenu = menuButton(QIcon::fromTheme(QStringLiteral("view-sort-ascending")), tr("Sort"),
-                                 "changeThumbnailFileSort", fileSortTypeCount,
-                                 [](int raw) { return fileSortTypeTitle(FileSortType(raw)); });
+    QMenu *sortMenu =
+        menuButton(QIcon::fromTheme(QStringLiteral("view-sort-ascending")), tr("Sort"), "changeThumbnailFileSort",
+                   fileSortTypeCount, [](int raw) { return fileSortTypeTitle(FileSortType(raw)); });
     sortMenu->addSeparator();
     QAction *reverse = sortMenu->addAction(tr("Reverse Order"));
     reverse->setCheckable(true);
     connect(sortMenu, &QMenu::aboutToShow, reverse,
             [this, reverse] { reverse->setChecked(m_windowSettings->thumbnailsReverseSort()); });
-    connect(reverse, &QAction::triggered, this,
-            [this] { performCommand({QStringLiteral("changeThumbnailReverseSort"), {}}); });
+    connect(reverse, &QAction::triggered, this, [this] {
+        performCommand({QStringLiteral("changeThumbnailReverseSort"), {}});
+    });
     menuButton(QIcon::fromTheme(QStringLiteral("view-filter")), tr("Show"), "changeThumbnailFileFilter",
                fileFilterTypeCount, [](int raw) { return fileFilterTypeTitle(FileFilterType(raw)); });
 
@@ -317,8 +326,9 @@ void MainWindowViewController::buildToolbar()
     m_searchField->setMaximumWidth(240);
     m_searchField->addAction(QIcon::fromTheme(QStringLiteral("edit-find")), QLineEdit::LeadingPosition);
     m_toolbar->addWidget(m_searchField);
-    connect(m_searchField, &QLineEdit::textChanged, this,
-            [this](const QString &text) { performCommand({QStringLiteral("thumbnailViewSearch"), text}); });
+    connect(m_searchField, &QLineEdit::textChanged, this, [this](const QString &text) {
+        performCommand({QStringLiteral("thumbnailViewSearch"), text});
+    });
 }
 
 QWidget *MainWindowViewController::buildBottomBar()
@@ -338,8 +348,7 @@ QWidget *MainWindowViewController::buildBottomBar()
     bar->addWidget(m_statusBarText, 1);
 
     auto *folderDepthIcon = new QLabel(bottomContainer);
-    folderDepthIcon->setPixmap(ThemeIcons::folder()
-                                   .pixmap(16, 16));
+    folderDepthIcon->setPixmap(ThemeIcons::folder().pixmap(16, 16));
     folderDepthIcon->setToolTip(tr("Subfolder depth"));
     bar->addWidget(folderDepthIcon);
     m_folderDepthSlider = new QSlider(Qt::Horizontal, bottomContainer);
@@ -362,8 +371,8 @@ QWidget *MainWindowViewController::buildBottomBar()
 
     bar->addSpacing(12);
     auto *thumbnailSizeIcon = new QLabel(bottomContainer);
-    thumbnailSizeIcon->setPixmap(ThemeIcons::icon(QStringLiteral("image-x-generic"), QStyle::SP_FileIcon)
-                                     .pixmap(16, 16));
+    thumbnailSizeIcon->setPixmap(
+        ThemeIcons::icon(QStringLiteral("image-x-generic"), QStyle::SP_FileIcon).pixmap(16, 16));
     thumbnailSizeIcon->setToolTip(tr("Thumbnail size"));
     bar->addWidget(thumbnailSizeIcon);
     m_thumbnailSizeSlider = new QSlider(Qt::Horizontal, bottomContainer);
@@ -501,7 +510,8 @@ void MainWindowViewController::showNearestExistingParent(const PXFilePtr &folder
         m_sidebarViewController->revealFolder(existing);
     const QString text = tr("“%1” is no longer available (%2); showing “%3”.")
                              .arg(folder->displayName(), reason, existing->displayName());
-    logError(QStringLiteral("%1 is no longer available (%2); showing %3").arg(folder->path(), reason, existing->path()));
+    logError(
+        QStringLiteral("%1 is no longer available (%2); showing %3").arg(folder->path(), reason, existing->path()));
     showNotice(text);
 }
 
@@ -583,8 +593,8 @@ bool MainWindowViewController::performCommand(const Command &command)
     else if (name == QLatin1String("collapseSelected"))
         m_sidebarViewController->collapseSelected();
     else if (name == QLatin1String("changeThumbnailSize"))
-        s.setThumbnailSize(qBound(minimumThumbnailSize, s.thumbnailSize() + value * thumbnailSizeStep * 2,
-                                  maximumThumbnailSize));
+        s.setThumbnailSize(
+            qBound(minimumThumbnailSize, s.thumbnailSize() + value * thumbnailSizeStep * 2, maximumThumbnailSize));
     else if (name == QLatin1String("changeFolderDepth"))
         changeFolderDepth(value);
     else if (name == QLatin1String("changeThumbnailFileSort"))

@@ -3,8 +3,8 @@
 #include "core/model/FileSortTypes.h"
 #include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
-#include "ui/windows/CommandState.h"
 #include "core/windows/NavigationHistory.h"
+#include "ui/windows/CommandState.h"
 
 #include <QList>
 #include <QWidget>

@@ -74,8 +74,8 @@ TEST(InfoCommand, mergesSelectionsAndReportsUnreadableFiles)
     const QString broken = dir.write(QStringLiteral("broken.jpg"), "not a jpeg");
     const QString missing = dir.filePath(QStringLiteral("missing.jpg"));
 
-    CliRun run = runCli({QStringLiteral("info"), QStringLiteral("--json"), QStringLiteral("--merge"), a, broken, b,
-                         missing});
+    CliRun run =
+        runCli({QStringLiteral("info"), QStringLiteral("--json"), QStringLiteral("--merge"), a, broken, b, missing});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_TRUE(run.err.contains(QStringLiteral("pixcove-cli: cannot read %1: ").arg(broken))) << qPrintable(run.err);
     EXPECT_TRUE(run.err.contains(QStringLiteral("pixcove-cli: cannot read %1: ").arg(missing)));

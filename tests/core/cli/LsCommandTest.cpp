@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-
 TEST(LsCommand, PrintsShownFilesInDisplayOrder)
 {
     TestDir dir;
@@ -22,18 +21,19 @@ TEST(LsCommand, PrintsShownFilesInDisplayOrder)
     EXPECT_EQ(run.out, QStringLiteral("%1/file2.jpg\n%1/file10.jpg\n%1/sub\n").arg(root));
 
     run = runCli({QStringLiteral("ls"), QStringLiteral("--sort"), QStringLiteral("1"), QStringLiteral("--reverse"),
-               QStringLiteral("--hide-folders"), QStringLiteral("--filter"), QStringLiteral("1"), root});
+                  QStringLiteral("--hide-folders"), QStringLiteral("--filter"), QStringLiteral("1"), root});
     EXPECT_EQ(run.out, QStringLiteral("%1/file2.jpg\n%1/file10.jpg\n%1/.hidden\n").arg(root));
 
     run = runCli({QStringLiteral("ls"), QStringLiteral("--depth"), QStringLiteral("1"), QStringLiteral("--by-folder"),
-               QStringLiteral("--filter"), QStringLiteral("2"), root});
+                  QStringLiteral("--filter"), QStringLiteral("2"), root});
     EXPECT_EQ(run.out, QStringLiteral("# %1\n%1/file2.jpg\n%1/file10.jpg\n# %1/sub\n%1/sub/inner.png\n").arg(root));
 
-    run = runCli({QStringLiteral("ls"), QStringLiteral("--search"), QStringLiteral("FILE1"), QStringLiteral("--search-type"),
-               QStringLiteral("filename"), root});
+    run = runCli({QStringLiteral("ls"), QStringLiteral("--search"), QStringLiteral("FILE1"),
+                  QStringLiteral("--search-type"), QStringLiteral("filename"), root});
     EXPECT_EQ(run.out, QStringLiteral("%1/file10.jpg\n").arg(root));
 
-    run = runCli({QStringLiteral("ls"), QStringLiteral("--json"), QStringLiteral("--filter"), QStringLiteral("2"), root});
+    run =
+        runCli({QStringLiteral("ls"), QStringLiteral("--json"), QStringLiteral("--filter"), QStringLiteral("2"), root});
     ASSERT_EQ(run.exitCode, 0);
     const QJsonArray array = QJsonDocument::fromJson(run.out.toUtf8()).array();
     ASSERT_EQ(array.size(), 2);
@@ -50,10 +50,11 @@ TEST(LsCommand, ReportsUsageErrorsAndUnreadableFolders)
     TestDir dir;
     dir.write(QStringLiteral("a.jpg"), "x");
 
-    for (const QStringList &args : {QStringList{"ls", "--sort", "18", dir.path()}, QStringList{"ls", "--filter", "-1", dir.path()},
-                                    QStringList{"ls", "--folder-sort", "x", dir.path()}, QStringList{"ls", "--bogus", dir.path()},
-                                    QStringList{"ls", "--search-type", "colour", "--search", "a", dir.path()},
-                                    QStringList{"ls"}, QStringList{"frobnicate"}}) {
+    for (const QStringList &args :
+         {QStringList{"ls", "--sort", "18", dir.path()}, QStringList{"ls", "--filter", "-1", dir.path()},
+          QStringList{"ls", "--folder-sort", "x", dir.path()}, QStringList{"ls", "--bogus", dir.path()},
+          QStringList{"ls", "--search-type", "colour", "--search", "a", dir.path()}, QStringList{"ls"},
+          QStringList{"frobnicate"}}) {
         const CliRun run = runCli(args);
         EXPECT_EQ(run.exitCode, 2) << qPrintable(args.join(' '));
         EXPECT_TRUE(run.err.startsWith(QStringLiteral("pixcove-cli: "))) << qPrintable(run.err);

@@ -25,8 +25,9 @@ TEST(ThumbsCommandTest, PrintsTheSourceOfEveryThumbnailAndFillsTheCache)
     ASSERT_EQ(lines.size(), 4) << first.out.toStdString();
     const QString summary = lines.takeLast();
     lines.sort(); // finished in any order
-    EXPECT_EQ(lines, QStringList({"embedded " + photos + "/a-preview.jpg", "failed " + photos + "/c-text.jpg",
-                                  "rendered " + photos + "/b-small.jpg"}));
+    EXPECT_EQ(lines,
+              QStringList({"embedded " + photos + "/a-preview.jpg", "failed " + photos + "/c-text.jpg",
+                           "rendered " + photos + "/b-small.jpg"}));
     EXPECT_TRUE(QRegularExpression(R"(^2 thumbnails in \d+\.\d+ s \(\d+\.\d per second\)$)").match(summary).hasMatch())
         << summary.toStdString();
 

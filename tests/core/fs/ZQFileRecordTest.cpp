@@ -41,8 +41,7 @@ TEST(ZQFileRecord, SurvivesJsonText)
     const ZQFileRecord huge{QStringLiteral("/x"), 7, (quint64(1) << 60) + 1};
     const QByteArray hugeText = QJsonDocument(huge.toJson()).toJson();
     EXPECT_EQ(ZQFileRecord::fromJson(QJsonDocument::fromJson(hugeText).object()), huge);
-    const auto fromStrings = ZQFileRecord::fromJson(
-        QJsonObject{{"path", "/y"}, {"device", "12"}, {"inode", "34"}});
+    const auto fromStrings = ZQFileRecord::fromJson(QJsonObject{{"path", "/y"}, {"device", "12"}, {"inode", "34"}});
     ASSERT_TRUE(fromStrings);
     EXPECT_EQ(fromStrings->device, 12u);
     EXPECT_EQ(fromStrings->inode, 34u);
@@ -58,10 +57,14 @@ TEST(ZQFileRecord, RejectsMalformedObjectsWithAReason)
     EXPECT_EQ(reasonFor(QJsonValue(QStringLiteral("/a"))), QStringLiteral("file record: not an object"));
     EXPECT_EQ(reasonFor(QJsonObject{{"device", 1}}), QStringLiteral("file record: no path"));
     EXPECT_EQ(reasonFor(QJsonObject{{"path", 5}}), QStringLiteral("file record: path is not a string"));
-    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"device", "abc"}}), QStringLiteral("file record: device is not a number"));
-    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"inode", -1}}), QStringLiteral("file record: inode is not a number"));
-    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"inode", 1.5}}), QStringLiteral("file record: inode is not a number"));
-    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"inode", true}}), QStringLiteral("file record: inode is not a number"));
+    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"device", "abc"}}),
+              QStringLiteral("file record: device is not a number"));
+    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"inode", -1}}),
+              QStringLiteral("file record: inode is not a number"));
+    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"inode", 1.5}}),
+              QStringLiteral("file record: inode is not a number"));
+    EXPECT_EQ(reasonFor(QJsonObject{{"path", "/a"}, {"inode", true}}),
+              QStringLiteral("file record: inode is not a number"));
 }
 
 TEST(ZQFileRecord, ResolvesRenamesReplacementsAndLosses)

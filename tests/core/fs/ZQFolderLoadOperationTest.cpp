@@ -50,9 +50,13 @@ struct Recorder
     void attach(ZQFolderLoadOperation *operation)
     {
         QObject::connect(operation, &ZQFolderLoadOperation::batchLoaded, operation,
-                         [this](const ZQFilePtr &folder, const QList<ZQFilePtr> &files) { batches.append({folder, files}); });
+                         [this](const ZQFilePtr &folder, const QList<ZQFilePtr> &files) {
+                             batches.append({folder, files});
+                         });
         QObject::connect(operation, &ZQFolderLoadOperation::folderFailed, operation,
-                         [this](const ZQFilePtr &folder, const QString &reason) { failures.append({folder, reason}); });
+                         [this](const ZQFilePtr &folder, const QString &reason) {
+                             failures.append({folder, reason});
+                         });
         QObject::connect(operation, &ZQFolderLoadOperation::finished, operation, [this] { ++finishedCount; });
     }
     QList<ZQFilePtr> allFiles() const
@@ -179,8 +183,8 @@ TEST(ZQFolderLoadOperation, NothingArrivesAfterCancelOrDestruction)
     Recorder recorder;
     recorder.attach(&operation);
     // Cancelled on the first batch, while the others are already on their way.
-    auto cancelOnce = QObject::connect(&operation, &ZQFolderLoadOperation::batchLoaded, &operation,
-                                       [&] { operation.cancel(); });
+    auto cancelOnce =
+        QObject::connect(&operation, &ZQFolderLoadOperation::batchLoaded, &operation, [&] { operation.cancel(); });
     operation.start();
     ASSERT_TRUE(waitUntil([&] { return !recorder.batches.isEmpty(); }));
     EXPECT_FALSE(operation.isRunning());
@@ -233,7 +237,8 @@ TEST(ZQFolderLoadOperation, ReportsFoldersThatCannotBeRead)
     ZQFolderLoadOptions options;
     options.depth = 1;
     const QList<ZQFolderListing> listings =
-        ZQFolderLoadOperation::listSynchronously(ZQStandardFile::newFileForPath(dir.filePath(QStringLiteral("open"))), options);
+        ZQFolderLoadOperation::listSynchronously(ZQStandardFile::newFileForPath(dir.filePath(QStringLiteral("open"))),
+                                                 options);
     ::chmod(QFile::encodeName(locked).constData(), 0700);
     ASSERT_EQ(listings.size(), 2);
     EXPECT_EQ(listings[0].files.size(), 2);

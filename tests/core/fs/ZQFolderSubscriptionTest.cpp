@@ -50,7 +50,10 @@ struct EventLog
     }
     bool has(const QString &line) const { return lines.contains(line); }
     std::string text() const { return lines.join(QStringLiteral(", ")).toStdString(); }
-    bool waitFor(const QString &line) { return waitUntil([&] { return has(line); }); }
+    bool waitFor(const QString &line)
+    {
+        return waitUntil([&] { return has(line); });
+    }
     void clear()
     {
         lines.clear();
@@ -295,7 +298,8 @@ TEST_F(ZQFolderSubscriptionTest, ListsAgainWhenTheKernelDropsEvents)
     ASSERT_TRUE(waitUntil([&] { return log.has("removed doomed") && subscription->files().size() == 12; }, 20000))
         << log.text();
     EXPECT_TRUE(log.lines.contains(QStringLiteral("rescan ") + QString::fromUtf8(log.base))) << log.text();
-    EXPECT_EQ(nameList(subscription->files()), "a, b, late0, late1, late2, late3, late4, late5, late6, late7, late8, late9");
+    EXPECT_EQ(nameList(subscription->files()),
+              "a, b, late0, late1, late2, late3, late4, late5, late6, late7, late8, late9");
     QSet<QByteArray> created;
     for (const ZQFileEvent &event : std::as_const(log.events)) {
         if (event.type == ZQFileEventType::created) {
@@ -375,6 +379,8 @@ TEST(ZQEventCoalescer, JudgesABurstByWhatSubscribersKnow)
     EventLog log;
     log.base = "none";
     log.append(coalescer.take([&](const QByteArray &path) { return known.contains(path); }));
-    EXPECT_EQ(log.text(), "created /n1, replaced /k1, modified /k2, rescan /, attributes /k3, removed /k4, replaced /k5, created /n3");
+    EXPECT_EQ(
+        log.text(),
+        "created /n1, replaced /k1, modified /k2, rescan /, attributes /k3, removed /k4, replaced /k5, created /n3");
     EXPECT_TRUE(coalescer.isEmpty());
 }

@@ -35,7 +35,8 @@ TEST(ZQStandardFile, ReadsDatesSizeAndIdentityOfAFile)
     EXPECT_TRUE(file->isWritable());
     EXPECT_EQ(file->typeIdentifier(), QStringLiteral("public.jpeg"));
 
-    struct stat info {};
+    struct stat info
+    { };
     ASSERT_EQ(::lstat(QFile::encodeName(path).constData(), &info), 0);
     EXPECT_EQ(file->device(), info.st_dev);
     EXPECT_EQ(file->inode(), info.st_ino);
@@ -67,8 +68,8 @@ TEST(ZQStandardFile, TellsLinksFromTheirTargets)
     EXPECT_EQ(toFolder->resolvedTypeIdentifier(), QStringLiteral("public.folder"));
 
     // A broken link is on disk, but leads nowhere: it keeps the link's type, whatever its name says.
-    const ZQFilePtr broken =
-        ZQStandardFile::newFileForPath(dir.symlink(dir.filePath(QStringLiteral("gone.jpg")), QStringLiteral("broken.jpg")));
+    const ZQFilePtr broken = ZQStandardFile::newFileForPath(
+        dir.symlink(dir.filePath(QStringLiteral("gone.jpg")), QStringLiteral("broken.jpg")));
     EXPECT_FALSE(broken->isPlaceholder());
     EXPECT_TRUE(broken->isSymbolicLink());
     EXPECT_FALSE(broken->isDirectory());
@@ -114,7 +115,8 @@ TEST(ZQStandardFile, OpensNamesThatAreNotUtf8)
     const QByteArray linkPath = QFile::encodeName(dir.path()) + "/link";
     ASSERT_EQ(::symlink(nativePath.constData(), linkPath.constData()), 0);
     const ZQFilePtr link = ZQStandardFile::newFileForNativePath(linkPath);
-    EXPECT_EQ(link->resolvedNativePath(), QFile::encodeName(QFileInfo(dir.path()).canonicalFilePath()) + "/caf\xe9.jpg");
+    EXPECT_EQ(link->resolvedNativePath(),
+              QFile::encodeName(QFileInfo(dir.path()).canonicalFilePath()) + "/caf\xe9.jpg");
     EXPECT_EQ(link->resolvedTypeIdentifier(), QStringLiteral("public.jpeg"));
 
     // The temporary folder cannot remove what it cannot name.
@@ -155,7 +157,9 @@ TEST(ZQStandardFile, KnowsVolumeRoots)
     EXPECT_FALSE(root->parentItem());
     EXPECT_EQ(root->typeIdentifier(), QStringLiteral("public.volume"));
 
-    struct stat proc {}, slash {};
+    struct stat proc
+    {
+    }, slash{};
     if (::stat("/proc", &proc) == 0 && ::stat("/", &slash) == 0 && proc.st_dev != slash.st_dev) {
         const ZQFilePtr mountPoint = ZQStandardFile::newFileForPath(QStringLiteral("/proc"));
         EXPECT_TRUE(mountPoint->isVolumeRoot());

@@ -81,9 +81,15 @@ QStringList corpusFiles()
 QHash<QString, QJsonObject> exiftoolRead(const QString &exiftool, const QStringList &files)
 {
     QProcess process;
-    QStringList args{QStringLiteral("-j"), QStringLiteral("-n"), QStringLiteral("-G"), QStringLiteral("-q"),
-                     QStringLiteral("-charset"), QStringLiteral("iptc=UTF8"), QStringLiteral("-EXIF:all"),
-                     QStringLiteral("-IPTC:all"), QStringLiteral("-Composite:GPSLatitude"),
+    QStringList args{QStringLiteral("-j"),
+                     QStringLiteral("-n"),
+                     QStringLiteral("-G"),
+                     QStringLiteral("-q"),
+                     QStringLiteral("-charset"),
+                     QStringLiteral("iptc=UTF8"),
+                     QStringLiteral("-EXIF:all"),
+                     QStringLiteral("-IPTC:all"),
+                     QStringLiteral("-Composite:GPSLatitude"),
                      QStringLiteral("-Composite:GPSLongitude")};
     process.start(exiftool, args + files);
     process.waitForFinished(120000);
@@ -97,9 +103,11 @@ QHash<QString, QJsonObject> exiftoolRead(const QString &exiftool, const QStringL
 class Comparison
 {
 public:
-    Comparison(const QString &file, const QJsonObject &tool, int *count) : m_file(file), m_tool(tool), m_count(count)
-    {
-    }
+    Comparison(const QString &file, const QJsonObject &tool, int *count)
+        : m_file(file)
+        , m_tool(tool)
+        , m_count(count)
+    { }
 
     void text(const char *tag, const std::optional<QString> &ours)
     {

@@ -104,8 +104,8 @@ TEST(ImageDecoderTest, HeifDecodesAndHasAThumbnail)
 TEST(EmbeddedPreviewTest, TakesTheSmallestPreviewThatCoversAndNeverTheMainImage)
 {
     TestDir dir;
-    const QString both = CameraJpegs::write(dir.filePath("both.jpg"), QSize(2000, 1500), QSize(160, 120),
-                                            QSize(1600, 1200), 8);
+    const QString both =
+        CameraJpegs::write(dir.filePath("both.jpg"), QSize(2000, 1500), QSize(160, 120), QSize(1600, 1200), 8);
     QString error;
     // Small cells are served by the EXIF thumbnail; orientation 8 turns it upright.
     EXPECT_EQ(EmbeddedPreview::read(native(both), 100, &error).size(), QSize(120, 160));

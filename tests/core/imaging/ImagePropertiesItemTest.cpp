@@ -32,12 +32,12 @@ TEST(ImagePropertiesItem, takesOnlyValuesOfTheFieldsType)
     const QVariantMap properties{
         {QStringLiteral("PixelWidth"), 4000},
         {QStringLiteral("PixelHeight"), QStringLiteral("3000")}, // text where a number belongs
-        {QStringLiteral("Depth"), 8.0},                          // a whole real is a whole number
+        {QStringLiteral("Depth"), 8.0}, // a whole real is a whole number
         {QStringLiteral("HasAlpha"), false},
         {QStringLiteral("ColorModel"), QStringLiteral("RGB")},
         {QStringLiteral("{Exif}"),
          QVariantMap{{QStringLiteral("ISOSpeedRatings"), 200}, // one number, not a list
-                     {QStringLiteral("FNumber"), 4},           // a whole number is a real too
+                     {QStringLiteral("FNumber"), 4}, // a whole number is a real too
                      {QStringLiteral("Flash"), 16.5},
                      {QStringLiteral("LensModel"), 50},
                      {QStringLiteral("DateTimeOriginal"), QStringLiteral("2023:07:14 18:30:05")}}},
@@ -74,9 +74,9 @@ TEST(ImagePropertiesItem, takesOnlyValuesOfTheFieldsType)
     EXPECT_FALSE(item.imageDirectionReference);
     EXPECT_EQ(item.altitudeReference, 1);
 
-    const ImagePropertiesItem listed = record(
-        {{QStringLiteral("{Exif}"), QVariantMap{{QStringLiteral("ISOSpeedRatings"), QVariantList{400, 800}}}},
-         {QStringLiteral("{GPS}"), QVariantMap{{QStringLiteral("HPositioningError"), 5.0}}}});
+    const ImagePropertiesItem listed =
+        record({{QStringLiteral("{Exif}"), QVariantMap{{QStringLiteral("ISOSpeedRatings"), QVariantList{400, 800}}}},
+                {QStringLiteral("{GPS}"), QVariantMap{{QStringLiteral("HPositioningError"), 5.0}}}});
     EXPECT_EQ(listed.isoSpeeds, (QList<qint64>{400, 800}));
     EXPECT_EQ(listed.iso(), 400);
     EXPECT_EQ(listed.positioningError, 5);

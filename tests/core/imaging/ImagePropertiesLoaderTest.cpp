@@ -120,7 +120,7 @@ TEST(ImagePropertiesManager, keepsItsSubscriptionInStepWithItsRecords)
     manager.insert(items[0]);
     manager.insert(items[1]);
     EXPECT_EQ(manager.item(selection.files[0]), items[0]); // now the most recently used
-    manager.insert(items[2]);                              // evicts files[1]
+    manager.insert(items[2]); // evicts files[1]
     EXPECT_EQ(manager.count(), 2);
     EXPECT_FALSE(manager.item(selection.files[1]));
     const auto subscribed = [&] {

@@ -43,10 +43,10 @@ QString corpusFile(const QString &relative)
     return dir.isEmpty() ? QString() : dir + QLatin1Char('/') + relative;
 }
 
-#define SKIP_WITHOUT_CORPUS()                                                                                \
-    do {                                                                                                     \
-        if (TestImages::corpusDir().isEmpty())                                                               \
-            GTEST_SKIP() << "camera corpus not found";                                                       \
+#define SKIP_WITHOUT_CORPUS()                                                                                          \
+    do {                                                                                                               \
+        if (TestImages::corpusDir().isEmpty())                                                                         \
+            GTEST_SKIP() << "camera corpus not found";                                                                 \
     } while (false)
 
 } // namespace
@@ -84,8 +84,8 @@ TEST(ImageSource, cameraJpegGivesTypedExifAndTiffFacts)
 TEST(ImageSource, makerNotesFillTheAuxiliaryGroup)
 {
     SKIP_WITHOUT_CORPUS();
-    const QVariantMap aux = group(propertiesOf(corpusFile(QStringLiteral("jpg/Canon_PowerShot_S40.jpg"))),
-                                  Key::ExifAuxDictionary);
+    const QVariantMap aux =
+        group(propertiesOf(corpusFile(QStringLiteral("jpg/Canon_PowerShot_S40.jpg"))), Key::ExifAuxDictionary);
     EXPECT_EQ(aux.value(QStringLiteral("Firmware")).toString(), QStringLiteral("Firmware Version 1.10"));
     EXPECT_EQ(aux.value(QStringLiteral("ImageNumber")).toInt(), 1171771);
 }
@@ -253,8 +253,8 @@ TEST(ImageSource, damagedCameraFilesStillGiveTheirHeaderFacts)
               QStringLiteral("OLYMPUS DIGITAL CAMERA"));
 
     // Broken EXIF structures cost the metadata, never the pixel size.
-    for (const char *name : {"image00971.jpg", "image01088.jpg", "image01137.jpg", "image01551.jpg",
-                             "image01713.jpg", "image01980.jpg", "image02206.jpg"}) {
+    for (const char *name : {"image00971.jpg", "image01088.jpg", "image01137.jpg", "image01551.jpg", "image01713.jpg",
+                             "image01980.jpg", "image02206.jpg"}) {
         const QVariantMap p = propertiesOf(corpusFile(QStringLiteral("jpg/invalid/") + QLatin1String(name)));
         EXPECT_GT(value(p, Key::PixelWidth).toInt(), 0) << name;
         EXPECT_GT(value(p, Key::PixelHeight).toInt(), 0) << name;
@@ -364,9 +364,9 @@ TEST(ImageSource, readsFromSeveralThreadsAtOnce)
     SKIP_WITHOUT_CORPUS();
     // XMP and IPTC files exercise the XMP toolkit lock, the others Exiv2's maker-note tables.
     const QStringList files = {
-        corpusFile(QStringLiteral("jpg/xmp/BlueSquare.jpg")),  corpusFile(QStringLiteral("jpg/xmp/no_exif.jpg")),
-        corpusFile(QStringLiteral("jpg/Canon_40D.jpg")),       corpusFile(QStringLiteral("jpg/Nikon_D70.jpg")),
-        corpusFile(QStringLiteral("jpg/gps/DSCN0029.jpg")),    corpusFile(QStringLiteral("heic/IMG_5195.HEIC")),
+        corpusFile(QStringLiteral("jpg/xmp/BlueSquare.jpg")), corpusFile(QStringLiteral("jpg/xmp/no_exif.jpg")),
+        corpusFile(QStringLiteral("jpg/Canon_40D.jpg")),      corpusFile(QStringLiteral("jpg/Nikon_D70.jpg")),
+        corpusFile(QStringLiteral("jpg/gps/DSCN0029.jpg")),   corpusFile(QStringLiteral("heic/IMG_5195.HEIC")),
         corpusFile(QStringLiteral("tiff/Tless0.tiff")),
     };
     std::vector<QVariantMap> expected;

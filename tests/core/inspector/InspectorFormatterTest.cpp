@@ -1,5 +1,5 @@
-#include "core/inspector/InspectorCatalogue.h"
 #include "core/inspector/InspectorFormatter.h"
+#include "core/inspector/InspectorCatalogue.h"
 #include "core/inspector/InspectorRows.h"
 #include "core/model/DisplayFormats.h"
 
@@ -52,8 +52,8 @@ TEST(InspectorFormatter, reprintsDatesOrKeepsTheText)
     EXPECT_EQ(Fmt::formatText(QStringLiteral("2023:07:14 18:30:05 +02:00"), F::EXIFDateWithOffset),
               formattedDate(at("2023-07-14T16:30:05Z"), DateStyle::medium, DateStyle::longStyle));
     // Without one it is local wall time.
-    const QString local = formattedDate(QDateTime(QDate(2023, 7, 14), QTime(18, 30, 5)), DateStyle::medium,
-                                        DateStyle::longStyle);
+    const QString local =
+        formattedDate(QDateTime(QDate(2023, 7, 14), QTime(18, 30, 5)), DateStyle::medium, DateStyle::longStyle);
     EXPECT_EQ(Fmt::formatText(QStringLiteral("2023:07:14 18:30:05"), F::EXIFDateWithOffset), local);
     EXPECT_EQ(Fmt::formatText(QStringLiteral("2023:07:14 18:30:05"), F::TIFFDate), local);
     EXPECT_TRUE(local.contains(QStringLiteral("2023"))) << qPrintable(local);
@@ -61,8 +61,7 @@ TEST(InspectorFormatter, reprintsDatesOrKeepsTheText)
     EXPECT_EQ(Fmt::formatText(QStringLiteral(""), F::EXIFDate), QString());
     EXPECT_EQ(Fmt::formatText(QStringLiteral("20230714"), F::IPTCDate),
               formattedDate(QDateTime(QDate(2023, 7, 14), QTime(0, 0)), DateStyle::longStyle, DateStyle::none));
-    EXPECT_EQ(Fmt::formatText(QStringLiteral("2023:07:14 18:30:05"), F::string),
-              QStringLiteral("2023:07:14 18:30:05"));
+    EXPECT_EQ(Fmt::formatText(QStringLiteral("2023:07:14 18:30:05"), F::string), QStringLiteral("2023:07:14 18:30:05"));
 }
 
 TEST(InspectorFormatter, comparesTheValuesOfASelection)
@@ -120,10 +119,11 @@ TEST(InspectorCatalogue, listsRowsUnderTheirSections)
     for (const InspectorRow &row : inspectorRows(InspectorList::exif, {item}, {}))
         exif.append(row.isHeader ? QLatin1Char('[') + row.label + QLatin1Char(']') : row.identifier);
     EXPECT_EQ(exif.join(QLatin1Char(' ')),
-              QStringLiteral("[Settings] fNumber exposureTime focalLength iso exposureMode exposureProgram meteringMode "
-                             "lightSource flashStatus whiteBalance [Dates] fullDateTaken fullDateDigitized [Hardware] "
-                             "lensModel lensSerialNumber cameraSerialNumber firmwareVersion cameraOwnerName [Other] "
-                             "fileSource imageNumber"));
+              QStringLiteral(
+                  "[Settings] fNumber exposureTime focalLength iso exposureMode exposureProgram meteringMode "
+                  "lightSource flashStatus whiteBalance [Dates] fullDateTaken fullDateDigitized [Hardware] "
+                  "lensModel lensSerialNumber cameraSerialNumber firmwareVersion cameraOwnerName [Other] "
+                  "fileSource imageNumber"));
 
     // A selection without images shows the file list whatever the tab.
     const PXFilePtr text = PXFile::fileForPath(QStringLiteral("/nonexistent/notes.txt"));

@@ -41,7 +41,8 @@ TEST(FileCollectionModel, ListsSortsAndFiltersOneFolder)
     QSignalSpy loading(&collection, &FileCollectionModel::isLoadingChanged);
     collection.setCollectionRoots({PXFile::fileForPath(dir.path())});
     ASSERT_TRUE(settle(collection));
-    EXPECT_EQ(namesOf(collection.flatRepresentation()), (QStringList{"IMG1.png", "img2.jpg", "img10.jpg", "readme.txt", "sub"}));
+    EXPECT_EQ(namesOf(collection.flatRepresentation()),
+              (QStringList{"IMG1.png", "img2.jpg", "img10.jpg", "readme.txt", "sub"}));
     EXPECT_EQ(collection.itemCount(), 5);
     EXPECT_FALSE(collection.isLoading());
     EXPECT_GE(loading.count(), 2); // on, then off
@@ -199,7 +200,8 @@ TEST(FileCollectionModel, RebuildsAfterFileEventsMatchAFreshListing)
         if (!settle(fresh))
             return false;
         return waitUntil([&] {
-            return collection.isSettled() && pathsOf(collection.flatRepresentation()) == pathsOf(fresh.flatRepresentation())
+            return collection.isSettled()
+                && pathsOf(collection.flatRepresentation()) == pathsOf(fresh.flatRepresentation())
                 && pathsOf(collection.byFolderFlatRepresentation()) == pathsOf(fresh.byFolderFlatRepresentation())
                 && groupsOf(collection) == groupsOf(fresh);
         });

@@ -28,14 +28,17 @@ TEST(FileSorting, DescriptorsFollowTheSortAndFolderRules)
 {
     const auto byName = sortDescriptorsForSortType(FileSortType::name, FolderSortType::mixed, false);
     ASSERT_EQ(byName.size(), 1); // the name is the only key: no tie-break
-    EXPECT_EQ(byName[0], (SortDescriptor{QStringLiteral("displayName"), false, SortDescriptor::Comparison::finderStyle}));
+    EXPECT_EQ(byName[0],
+              (SortDescriptor{QStringLiteral("displayName"), false, SortDescriptor::Comparison::finderStyle}));
 
-    const auto bySize = sortDescriptorsForSortType(FileSortType::fileSize, FolderSortType::foldersFirst, false,
-                                                   QStringLiteral("file"));
+    const auto bySize =
+        sortDescriptorsForSortType(FileSortType::fileSize, FolderSortType::foldersFirst, false, QStringLiteral("file"));
     ASSERT_EQ(bySize.size(), 3);
-    EXPECT_EQ(bySize[0], (SortDescriptor{QStringLiteral("file.isDirectory"), false, SortDescriptor::Comparison::natural}));
+    EXPECT_EQ(bySize[0],
+              (SortDescriptor{QStringLiteral("file.isDirectory"), false, SortDescriptor::Comparison::natural}));
     EXPECT_EQ(bySize[1], (SortDescriptor{QStringLiteral("file.fileSize"), false, SortDescriptor::Comparison::natural}));
-    EXPECT_EQ(bySize[2], (SortDescriptor{QStringLiteral("file.displayName"), false, SortDescriptor::Comparison::finderStyle}));
+    EXPECT_EQ(bySize[2],
+              (SortDescriptor{QStringLiteral("file.displayName"), false, SortDescriptor::Comparison::finderStyle}));
 
     EXPECT_EQ(sortDescriptorsForSortType(FileSortType::shuffle, FolderSortType::foldersLast, true)[1].comparison,
               SortDescriptor::Comparison::random);
@@ -52,8 +55,8 @@ TEST(FileSorting, FoldersStayFirstAndEqualKeysFallBackToNames)
     dir.write(QStringLiteral("c.txt"), "1");
     dir.mkdir(QStringLiteral("zfolder"));
     dir.mkdir(QStringLiteral("afolder"));
-    const QStringList all = {QStringLiteral("b.txt"), QStringLiteral("zfolder"), QStringLiteral("a10.txt"),
-                             QStringLiteral("a9.txt"), QStringLiteral("c.txt"), QStringLiteral("afolder")};
+    const QStringList all = {QStringLiteral("b.txt"),  QStringLiteral("zfolder"), QStringLiteral("a10.txt"),
+                             QStringLiteral("a9.txt"), QStringLiteral("c.txt"),   QStringLiteral("afolder")};
 
     QList<PXFilePtr> files = filesIn(dir, all);
     sortFiles(files, sortDescriptorsForSortType(FileSortType::fileSize, FolderSortType::foldersFirst, true));
@@ -87,7 +90,8 @@ TEST(FileSorting, FilterPredicatesHideInvisibleFilesAndFolders)
     dir.write(QStringLiteral("clip.mov"), "x");
     dir.mkdir(QStringLiteral("folder"));
     dir.mkdir(QStringLiteral(".git"));
-    const QList<PXFilePtr> files = filesIn(dir, {".hidden.jpg", "shown.jpg", "notes.txt", "clip.mov", "folder", ".git"});
+    const QList<PXFilePtr> files =
+        filesIn(dir, {".hidden.jpg", "shown.jpg", "notes.txt", "clip.mov", "folder", ".git"});
     const auto passing = [&files](FileFilterType filter, bool excludeFolders) {
         const FilePredicate predicate = filterPredicateForFilterType(filter, excludeFolders);
         QStringList names;
@@ -98,7 +102,8 @@ TEST(FileSorting, FilterPredicatesHideInvisibleFilesAndFolders)
         return names;
     };
     EXPECT_EQ(passing(FileFilterType::visible, false), (QStringList{"shown.jpg", "notes.txt", "clip.mov", "folder"}));
-    EXPECT_EQ(passing(FileFilterType::all, false), (QStringList{".hidden.jpg", "shown.jpg", "notes.txt", "clip.mov", "folder", ".git"}));
+    EXPECT_EQ(passing(FileFilterType::all, false),
+              (QStringList{".hidden.jpg", "shown.jpg", "notes.txt", "clip.mov", "folder", ".git"}));
     EXPECT_EQ(passing(FileFilterType::all, true), (QStringList{".hidden.jpg", "shown.jpg", "notes.txt", "clip.mov"}));
     EXPECT_EQ(passing(FileFilterType::images, false), (QStringList{"shown.jpg"}));
     EXPECT_EQ(passing(FileFilterType::media, false), (QStringList{"shown.jpg", "clip.mov"}));

@@ -71,7 +71,8 @@ TEST(PXFile, ImageFactsTurnQuarterRotatedImagesUpright)
     turned.dateTimeOriginal = QStringLiteral("2023:07:14 18:30:05");
     turned.extra.insert(QStringLiteral("Exif.Photo.ExposureTime"), QStringLiteral("1/250"));
     turned.extra.insert(QStringLiteral("Exif.Photo.FocalLength"), QStringLiteral("425/100"));
-    const PXFilePtr portrait = PXFile::fileForPath(TestImages::writeJpeg(dir.filePath(QStringLiteral("p.jpg")), {4000, 3000}, turned));
+    const PXFilePtr portrait =
+        PXFile::fileForPath(TestImages::writeJpeg(dir.filePath(QStringLiteral("p.jpg")), {4000, 3000}, turned));
 
     EXPECT_EQ(portrait->orientation(), 6);
     EXPECT_EQ(portrait->trueDimensions(), QSizeF(4000, 3000));
@@ -109,7 +110,8 @@ TEST(PXFile, UnreadableImagesGiveEmptyFacts)
     TestDir dir;
     // A corrupt JPEG, an empty one and a text file named like an image: records that answer
     // sensibly, never a crash.
-    const PXFilePtr corrupt = PXFile::fileForPath(dir.write(QStringLiteral("corrupt.jpg"), QByteArray("\xFF\xD8\xFF\xE1garbage", 11)));
+    const PXFilePtr corrupt =
+        PXFile::fileForPath(dir.write(QStringLiteral("corrupt.jpg"), QByteArray("\xFF\xD8\xFF\xE1garbage", 11)));
     const PXFilePtr empty = PXFile::fileForPath(dir.write(QStringLiteral("empty.jpg")));
     for (const PXFilePtr &file : {corrupt, empty}) {
         EXPECT_TRUE(file->isImage());

@@ -23,9 +23,9 @@ TEST(TextHelpers, FinderStyleOrderIsNumericCaseInsensitiveAndForced)
 
 TEST(TextHelpers, SortKeysGiveTheSameOrderAsTheComparison)
 {
-    QStringList names = {QStringLiteral("b10"), QStringLiteral("B2"), QStringLiteral("a"), QStringLiteral("É"),
-                         QStringLiteral("e"), QStringLiteral("file 1"), QStringLiteral("file1"), QStringLiteral("Z"),
-                         QStringLiteral("10"), QStringLiteral("9"), QStringLiteral("\uFF21")};
+    QStringList names = {QStringLiteral("b10"), QStringLiteral("B2"),     QStringLiteral("a"),     QStringLiteral("É"),
+                         QStringLiteral("e"),   QStringLiteral("file 1"), QStringLiteral("file1"), QStringLiteral("Z"),
+                         QStringLiteral("10"),  QStringLiteral("9"),      QStringLiteral("\uFF21")};
     QStringList byCompare = names;
     std::sort(byCompare.begin(), byCompare.end(),
               [](const QString &a, const QString &b) { return finderStyleCompare(a, b) < 0; });

@@ -37,7 +37,10 @@ public:
         return answer;
     }
     void showRenameError(const QString &message, const QString &) override { shownErrors.append(message); }
-    PXUnsavedPresetAnswer askToSaveChangesToPreset(const QJsonObject &) override { return PXUnsavedPresetAnswer::cancel; }
+    PXUnsavedPresetAnswer askToSaveChangesToPreset(const QJsonObject &) override
+    {
+        return PXUnsavedPresetAnswer::cancel;
+    }
 };
 
 class BatchRename : public ::testing::Test
@@ -45,7 +48,8 @@ class BatchRename : public ::testing::Test
 protected:
     void SetUp() override
     {
-        settings = std::make_unique<QSettings>(settingsDir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+        settings =
+            std::make_unique<QSettings>(settingsDir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
         presets = std::make_unique<PXRenamePresets>(settings.get());
         renamer = std::make_unique<PXFileRenamer>(presets.get(), &controller);
         renamer->setWatchesFiles(false);
@@ -109,7 +113,8 @@ TEST_F(BatchRename, FoldersBecomeContainersAndTakeNoNumbers)
 {
     for (const char *name : {"Trip/b.jpg", "Trip/a.jpg", "Trip/Day/d.jpg", "Trip/Day/c.jpg", "Trip/.hidden"})
         dir.write(QString::fromLatin1(name));
-    renamer->setRenameRules({in(C::searchFilename, {insertSequence(C::insertAtEnd, QStringLiteral("1"), C::sequenceFormat01)})});
+    renamer->setRenameRules(
+        {in(C::searchFilename, {insertSequence(C::insertAtEnd, QStringLiteral("1"), C::sequenceFormat01)})});
 
     // Depth 0: the folder stands for itself and is never renamed.
     add({QStringLiteral("Trip")});
@@ -119,19 +124,24 @@ TEST_F(BatchRename, FoldersBecomeContainersAndTakeNoNumbers)
     renamer->setFolderScanDepth(2);
     ASSERT_TRUE(QSignalSpy(renamer.get(), &PXFileRenamer::scanFinished).wait(5000));
     renamer->updateNow();
-    EXPECT_EQ(proposals(), (QStringList{"Trip/", "a.jpg -> a01.jpg", "b.jpg -> b02.jpg", "Day/", "c.jpg -> c03.jpg", "d.jpg -> d04.jpg"}));
+    EXPECT_EQ(proposals(),
+              (QStringList{"Trip/", "a.jpg -> a01.jpg", "b.jpg -> b02.jpg", "Day/", "c.jpg -> c03.jpg",
+                           "d.jpg -> d04.jpg"}));
 
     renamer->setPerFolder(true);
     renamer->setSortSetting(PXFileRenamer::byName, false);
     renamer->updateNow();
-    EXPECT_EQ(proposals(), (QStringList{"Trip/", "Day/", "d.jpg -> d01.jpg", "c.jpg -> c02.jpg", "b.jpg -> b01.jpg", "a.jpg -> a02.jpg"}));
+    EXPECT_EQ(proposals(),
+              (QStringList{"Trip/", "Day/", "d.jpg -> d01.jpg", "c.jpg -> c02.jpg", "b.jpg -> b01.jpg",
+                           "a.jpg -> a02.jpg"}));
 
     // A flat list holds the files alone, numbered across it in its own order.
     renamer->setPerFolder(false);
     renamer->setFlatList(true);
     renamer->setSortSetting(PXFileRenamer::byName, true);
     renamer->updateNow();
-    EXPECT_EQ(proposals(), (QStringList{"a.jpg -> a01.jpg", "b.jpg -> b02.jpg", "c.jpg -> c03.jpg", "d.jpg -> d04.jpg"}));
+    EXPECT_EQ(proposals(),
+              (QStringList{"a.jpg -> a01.jpg", "b.jpg -> b02.jpg", "c.jpg -> c03.jpg", "d.jpg -> d04.jpg"}));
 }
 
 TEST(BatchModel, FilesInsideListedFoldersGetContainersForTheFoldersBetween)
@@ -143,14 +153,18 @@ TEST(BatchModel, FilesInsideListedFoldersGetContainersForTheFoldersBetween)
     PXBatchOutlineViewController outline([](const PXFilePtr &file, bool container) -> PXBatchItemPtr {
         return std::make_shared<PXFileRenameItem>(file, container);
     });
-    outline.setSortDescriptors(sortDescriptorsForSortType(FileSortType::name, FolderSortType::mixed, true, QStringLiteral("representedObject")));
+    outline.setSortDescriptors(sortDescriptorsForSortType(FileSortType::name, FolderSortType::mixed, true,
+                                                          QStringLiteral("representedObject")));
     outline.setItems({item(dir.write(QStringLiteral("Top/A/B/deep.jpg"))), item(dir.mkdir(QStringLiteral("Top")), true),
-                      item(dir.write(QStringLiteral("Elsewhere/loose.jpg"))), item(dir.write(QStringLiteral("Top/first.jpg")))});
+                      item(dir.write(QStringLiteral("Elsewhere/loose.jpg"))),
+                      item(dir.write(QStringLiteral("Top/first.jpg")))});
     outline.commitChanges();
     QStringList shown;
     for (const PXBatchItemPtr &each : outline.arrangedItems())
-        shown.append(QStringLiteral("%1%2:%3").arg(each->isContainer() ? QStringLiteral("+") : QString(), each->representedObject()->name())
-                         .arg(each->itemOverallIndex() == PXBatchItem::notFound ? -1 : qint64(each->itemOverallIndex())));
+        shown.append(
+            QStringLiteral("%1%2:%3")
+                .arg(each->isContainer() ? QStringLiteral("+") : QString(), each->representedObject()->name())
+                .arg(each->itemOverallIndex() == PXBatchItem::notFound ? -1 : qint64(each->itemOverallIndex())));
     EXPECT_EQ(shown, (QStringList{"loose.jpg:0", "+Top:-1", "+A:-1", "+B:-1", "deep.jpg:1", "first.jpg:2"}));
     EXPECT_EQ(outline.allItems().size(), 6);
 
@@ -165,17 +179,23 @@ TEST_F(BatchRename, CollisionsMarkLaterItemsAndBlockTheRename)
 {
     for (const char *name : {"a.jpg", "b.jpg", "c.jpg", "photo.JPG", "Taken.jpg"})
         dir.write(QString::fromLatin1(name), name);
-    renamer->setRenameRules({regexRow(QStringLiteral("^[ab]\\."), QStringLiteral("x.")), regexRow(QStringLiteral("^c"), QStringLiteral("taken")),
-                             in(C::searchExtension, {simple({rule(C::replace), rule(C::replaceEntirely), rule(C::label), rule(C::makeLowercase)})})});
+    renamer->setRenameRules(
+        {regexRow(QStringLiteral("^[ab]\\."), QStringLiteral("x.")),
+         regexRow(QStringLiteral("^c"), QStringLiteral("taken")),
+         in(C::searchExtension,
+            {simple({rule(C::replace), rule(C::replaceEntirely), rule(C::label), rule(C::makeLowercase)})})});
     add({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("c.jpg"), QStringLiteral("photo.JPG")});
     // The first of two equal names is clear; a name taken on disk counts whatever its case; a change
     // of case alone is no collision.
-    EXPECT_EQ(proposals(), (QStringList{"a.jpg -> x.jpg", "b.jpg -> x.jpg !", "c.jpg -> taken.jpg !", "photo.JPG -> photo.jpg"}));
+    EXPECT_EQ(proposals(),
+              (QStringList{"a.jpg -> x.jpg", "b.jpg -> x.jpg !", "c.jpg -> taken.jpg !", "photo.JPG -> photo.jpg"}));
     EXPECT_TRUE(renamer->hasCollisions());
     EXPECT_EQ(renamer->rename(), PXFileRenamer::RenameStart::refused);
     EXPECT_EQ(namesOnDisk(), (QStringList{"Taken.jpg", "a.jpg", "b.jpg", "c.jpg", "photo.JPG"}));
 
-    renamer->setRenameRules({in(C::searchExtension, {simple({rule(C::replace), rule(C::replaceEntirely), rule(C::label), rule(C::makeLowercase)})})});
+    renamer->setRenameRules(
+        {in(C::searchExtension,
+            {simple({rule(C::replace), rule(C::replaceEntirely), rule(C::label), rule(C::makeLowercase)})})});
     const auto [renamed, error] = renameAll();
     EXPECT_EQ(renamed, 1);
     EXPECT_FALSE(error.isError());
@@ -188,11 +208,14 @@ TEST_F(BatchRename, RenamesChangedFilesInOneOperationAndFollowsThem)
     for (const char *name : {"Pics/c.jpg", "Pics/a.jpg", "Pics/b.jpg", "Pics/002.jpg"})
         dir.write(QString::fromLatin1(name), name);
     renamer->setFolderScanDepth(1);
-    renamer->setRenameRules({in(C::searchFilename, {simple({rule(C::replace), rule(C::replaceEntirely), rule(C::label), rule(C::addSequence),
-                                                            rule(C::label), rule(C::initialSequenceValue, QStringLiteral("2")), rule(C::label),
-                                                            rule(C::sequenceFormat001)})})});
+    renamer->setRenameRules(
+        {in(C::searchFilename,
+            {simple({rule(C::replace), rule(C::replaceEntirely), rule(C::label), rule(C::addSequence), rule(C::label),
+                     rule(C::initialSequenceValue, QStringLiteral("2")), rule(C::label),
+                     rule(C::sequenceFormat001)})})});
     add({QStringLiteral("Pics")});
-    EXPECT_EQ(proposals(), (QStringList{"Pics/", "002.jpg -> 002.jpg", "a.jpg -> 003.jpg", "b.jpg -> 004.jpg", "c.jpg -> 005.jpg"}));
+    EXPECT_EQ(proposals(),
+              (QStringList{"Pics/", "002.jpg -> 002.jpg", "a.jpg -> 003.jpg", "b.jpg -> 004.jpg", "c.jpg -> 005.jpg"}));
     QSignalSpy progress(renamer.get(), &PXFileRenamer::progressChanged);
     const auto [renamed, error] = renameAll();
     EXPECT_EQ(renamed, 3);
@@ -205,7 +228,9 @@ TEST_F(BatchRename, RenamesChangedFilesInOneOperationAndFollowsThem)
     EXPECT_EQ(moved.readAll(), QByteArray("Pics/a.jpg"));
     // The items now stand for the renamed files: the same rules change nothing more.
     renamer->updateNow();
-    EXPECT_EQ(proposals(), (QStringList{"Pics/", "002.jpg -> 002.jpg", "003.jpg -> 003.jpg", "004.jpg -> 004.jpg", "005.jpg -> 005.jpg"}));
+    EXPECT_EQ(proposals(),
+              (QStringList{"Pics/", "002.jpg -> 002.jpg", "003.jpg -> 003.jpg", "004.jpg -> 004.jpg",
+                           "005.jpg -> 005.jpg"}));
     EXPECT_EQ(renamer->rename(), PXFileRenamer::RenameStart::nothingToRename);
 }
 

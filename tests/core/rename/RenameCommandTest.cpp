@@ -34,7 +34,10 @@ protected:
     {
         return dir.write(QStringLiteral("rules.json"), QJsonDocument(jsonFromRenameRules(rules)).toJson());
     }
-    QStringList names(const QString &folder) const { return QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name); }
+    QStringList names(const QString &folder) const
+    {
+        return QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    }
 
     TestDir dir;
     TestDir files;
@@ -52,32 +55,38 @@ TEST_F(RenameCommand, PrintsOldAndNewPathsAndRefusesCollisions)
 
     CliRun run = rename({QStringLiteral("--rules"), colliding, QStringLiteral("--depth"), QStringLiteral("1"), trip});
     EXPECT_EQ(run.exitCode, 3);
-    EXPECT_EQ(run.out, QStringLiteral("%1 -> (not applicable)\n"
-                                      "%1/a.jpg -> %1/x.jpg\n"
-                                      "%1/b.jpg -> %1/x.jpg  !collision\n"
-                                      "%1/keep.png -> %1/keep.png\n"
-                                      "%1/Sub -> (not applicable)\n")
-                           .arg(trip));
+    EXPECT_EQ(run.out,
+              QStringLiteral("%1 -> (not applicable)\n"
+                             "%1/a.jpg -> %1/x.jpg\n"
+                             "%1/b.jpg -> %1/x.jpg  !collision\n"
+                             "%1/keep.png -> %1/keep.png\n"
+                             "%1/Sub -> (not applicable)\n")
+                  .arg(trip));
     EXPECT_TRUE(run.err.startsWith(QStringLiteral("pixcove-cli: "))) << qPrintable(run.err);
-    run = rename({QStringLiteral("--rules"), colliding, QStringLiteral("--depth"), QStringLiteral("1"), QStringLiteral("--apply"), trip});
+    run = rename({QStringLiteral("--rules"), colliding, QStringLiteral("--depth"), QStringLiteral("1"),
+                  QStringLiteral("--apply"), trip});
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_EQ(names(trip), (QStringList{"Sub", "a.jpg", "b.jpg", "keep.png"}));
 
     // Flat, descending, numbered per folder, applied.
-    const QString numbered = rulesFile({in(C::searchFilename, {insertSequence(C::insertAtBeginning, QStringLiteral("1"), C::sequenceFormat01)})});
-    run = rename({QStringLiteral("--rules"), numbered, QStringLiteral("--depth"), QStringLiteral("2"), QStringLiteral("--flat"),
-                  QStringLiteral("--descending"), QStringLiteral("--per-folder"), QStringLiteral("--apply"), trip});
+    const QString numbered = rulesFile(
+        {in(C::searchFilename, {insertSequence(C::insertAtBeginning, QStringLiteral("1"), C::sequenceFormat01)})});
+    run = rename({QStringLiteral("--rules"), numbered, QStringLiteral("--depth"), QStringLiteral("2"),
+                  QStringLiteral("--flat"), QStringLiteral("--descending"), QStringLiteral("--per-folder"),
+                  QStringLiteral("--apply"), trip});
     EXPECT_EQ(run.exitCode, 0) << qPrintable(run.err);
-    EXPECT_EQ(run.out, QStringLiteral("%1/keep.png -> %1/01keep.png\n"
-                                      "%1/Sub/c.jpg -> %1/Sub/01c.jpg\n"
-                                      "%1/b.jpg -> %1/02b.jpg\n"
-                                      "%1/a.jpg -> %1/03a.jpg\n"
-                                      "renamed 4 of 4 files\n")
-                           .arg(trip));
+    EXPECT_EQ(run.out,
+              QStringLiteral("%1/keep.png -> %1/01keep.png\n"
+                             "%1/Sub/c.jpg -> %1/Sub/01c.jpg\n"
+                             "%1/b.jpg -> %1/02b.jpg\n"
+                             "%1/a.jpg -> %1/03a.jpg\n"
+                             "renamed 4 of 4 files\n")
+                  .arg(trip));
     EXPECT_EQ(names(trip), (QStringList{"01keep.png", "02b.jpg", "03a.jpg", "Sub"}));
 
     // A default preset by name, on files given one by one.
-    run = rename({QStringLiteral("--preset"), QStringLiteral("Spaces to Underscores"), files.write(QStringLiteral("my photo.jpg"))});
+    run = rename({QStringLiteral("--preset"), QStringLiteral("Spaces to Underscores"),
+                  files.write(QStringLiteral("my photo.jpg"))});
     EXPECT_EQ(run.exitCode, 0) << qPrintable(run.err);
     EXPECT_EQ(run.out, QStringLiteral("%1/my photo.jpg -> %1/my_photo.jpg\n").arg(files.path()));
 }
@@ -89,8 +98,9 @@ TEST_F(RenameCommand, AFailedRenameExitsOneKeepingEarlierRenames)
     // 130 "é" make a name of 260 bytes: the file system refuses it when b's turn comes.
     const QString rules = rulesFile({in(C::searchFilename, {insertCharacters(C::insertAtEnd, QStringLiteral("x"))}),
                                      regexRow(QStringLiteral("^b"), QString(130, QChar(0xE9)) + QLatin1Char('b'))});
-    const CliRun run = rename({QStringLiteral("--rules"), rules, QStringLiteral("--apply"), files.filePath(QStringLiteral("a.jpg")),
-                               files.filePath(QStringLiteral("b.jpg")), files.filePath(QStringLiteral("c.jpg"))});
+    const CliRun run =
+        rename({QStringLiteral("--rules"), rules, QStringLiteral("--apply"), files.filePath(QStringLiteral("a.jpg")),
+                files.filePath(QStringLiteral("b.jpg")), files.filePath(QStringLiteral("c.jpg"))});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_TRUE(run.out.endsWith(QStringLiteral("renamed 1 of 3 files\n"))) << qPrintable(run.out);
     EXPECT_TRUE(run.err.contains(QStringLiteral("pixcove-cli: rename stopped: "))) << qPrintable(run.err);
@@ -102,14 +112,17 @@ TEST_F(RenameCommand, RejectsBadUsageAndMissingPaths)
     const QString path = files.write(QStringLiteral("a.jpg"));
     const QString rules = rulesFile({});
     const QString notJson = dir.write(QStringLiteral("bad.json"), "[{");
-    const QString wrongShape = dir.write(QStringLiteral("shape.json"), R"([{"rowType": 0, "rules": {"operationConstant": 1}}])");
-    const QString noConstant = dir.write(QStringLiteral("constant.json"), R"([{"rowType": 0, "rules": [{"stringValue": "x"}]}])");
-    for (const QStringList &args : {QStringList{path}, QStringList{"--rules", rules, "--preset", "Sequence Renumbering", path},
-                                    QStringList{"--rules", rules}, QStringList{"--rules", notJson, path},
-                                    QStringList{"--rules", wrongShape, path}, QStringList{"--rules", noConstant, path},
-                                    QStringList{"--rules", dir.filePath(QStringLiteral("none.json")), path},
-                                    QStringList{"--preset", "No Such Preset", path}, QStringList{"--rules", rules, "--sort", "6", path},
-                                    QStringList{"--rules", rules, "--depth", "x", path}, QStringList{"--rules", rules, "--bogus", path}}) {
+    const QString wrongShape =
+        dir.write(QStringLiteral("shape.json"), R"([{"rowType": 0, "rules": {"operationConstant": 1}}])");
+    const QString noConstant =
+        dir.write(QStringLiteral("constant.json"), R"([{"rowType": 0, "rules": [{"stringValue": "x"}]}])");
+    for (const QStringList &args :
+         {QStringList{path}, QStringList{"--rules", rules, "--preset", "Sequence Renumbering", path},
+          QStringList{"--rules", rules}, QStringList{"--rules", notJson, path},
+          QStringList{"--rules", wrongShape, path}, QStringList{"--rules", noConstant, path},
+          QStringList{"--rules", dir.filePath(QStringLiteral("none.json")), path},
+          QStringList{"--preset", "No Such Preset", path}, QStringList{"--rules", rules, "--sort", "6", path},
+          QStringList{"--rules", rules, "--depth", "x", path}, QStringList{"--rules", rules, "--bogus", path}}) {
         const CliRun run = rename(args);
         EXPECT_EQ(run.exitCode, 2) << qPrintable(args.join(' '));
         EXPECT_TRUE(run.err.startsWith(QStringLiteral("pixcove-cli: "))) << qPrintable(run.err);

@@ -27,7 +27,8 @@ public:
     QList<State> finalStates;
     QStringList finalNames;
 
-    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &group) override
+    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler,
+                                                    ZQFileOperationGroup &group) override
     {
         ++initialQuestions;
         for (ZQFileOperationUnit &unit : group.units()) {
@@ -41,7 +42,8 @@ public:
         ++preflightQuestions;
         handler->continueToPerform();
     }
-    void fileOperationHandlerReportingTransaction(ZQFileOperationHandler *, const ZQFileOperationTransaction &transaction) override
+    void fileOperationHandlerReportingTransaction(ZQFileOperationHandler *,
+                                                  const ZQFileOperationTransaction &transaction) override
     {
         if (stages.isEmpty() || stages.last() != transaction.stage)
             stages.append(transaction.stage);
@@ -88,23 +90,28 @@ TEST_F(RenameOperation, KeepBothGivesATakenNameTheNextFreeNumber)
     for (const char *taken : {"za.jpg", "za 2.jpg", "zb.jpg"})
         dir.write(QString::fromLatin1(taken), "was here first");
     delegate.answer = ZQFileOperationResolution::keepBoth;
-    ASSERT_TRUE(run({unit(QStringLiteral("a.jpg"), QStringLiteral("za.jpg")), unit(QStringLiteral("b.jpg"), QStringLiteral("zb.jpg"))}));
+    ASSERT_TRUE(run({unit(QStringLiteral("a.jpg"), QStringLiteral("za.jpg")),
+                     unit(QStringLiteral("b.jpg"), QStringLiteral("zb.jpg"))}));
     EXPECT_EQ(delegate.initialQuestions, 1);
     EXPECT_EQ(delegate.finalNames, (QStringList{"za 3.jpg", "zb 2.jpg"}));
     EXPECT_EQ(names(), (QStringList{"za 2.jpg", "za 3.jpg", "za.jpg", "zb 2.jpg", "zb.jpg"}));
-    EXPECT_EQ(delegate.stages, (QList<ZQFileOperationStage>{ZQFileOperationStage::preparing, ZQFileOperationStage::awaitingInitialResolution,
-                                                            ZQFileOperationStage::preflight, ZQFileOperationStage::performing}));
+    EXPECT_EQ(delegate.stages,
+              (QList<ZQFileOperationStage>{ZQFileOperationStage::preparing,
+                                           ZQFileOperationStage::awaitingInitialResolution,
+                                           ZQFileOperationStage::preflight, ZQFileOperationStage::performing}));
     EXPECT_EQ(delegate.lastPercent, 100);
 }
 
 TEST_F(RenameOperation, BadNamesAndTwoUnitsAimingAtOneNameAreLeftOut)
 {
-    ASSERT_TRUE(run({unit(QStringLiteral("a.jpg"), QStringLiteral("x.jpg")), unit(QStringLiteral("b.jpg"), QStringLiteral("x.jpg")),
-                     unit(QStringLiteral("c.jpg"), QString()), unit(QStringLiteral("d.jpg"), QStringLiteral("d/e")),
+    ASSERT_TRUE(run({unit(QStringLiteral("a.jpg"), QStringLiteral("x.jpg")),
+                     unit(QStringLiteral("b.jpg"), QStringLiteral("x.jpg")), unit(QStringLiteral("c.jpg"), QString()),
+                     unit(QStringLiteral("d.jpg"), QStringLiteral("d/e")),
                      unit(QStringLiteral("e.jpg"), QStringLiteral(".."))}));
     EXPECT_EQ(delegate.initialQuestions, 1);
     EXPECT_EQ(delegate.preflightQuestions, 1);
-    EXPECT_EQ(delegate.finalStates, (QList<State>{State::done, State::skipped, State::skipped, State::skipped, State::skipped}));
+    EXPECT_EQ(delegate.finalStates,
+              (QList<State>{State::done, State::skipped, State::skipped, State::skipped, State::skipped}));
     EXPECT_EQ(names(), (QStringList{"b.jpg", "c.jpg", "d.jpg", "e.jpg", "x.jpg"}));
 }
 
@@ -115,8 +122,11 @@ TEST_F(RenameOperation, CaseChangesWorkAndCancellingBeforeTheStartDoesNothing)
     EXPECT_EQ(names(), QStringList{"photo.jpg"});
 
     delegate = RecordingDelegate();
-    QPointer<ZQFileOperationHandler> handler = controller.performOperation(
-        ZQFileOperationType::rename, ZQFileOperationGroup({unit(QStringLiteral("photo.jpg"), QStringLiteral("other.jpg"))}), &delegate);
+    QPointer<ZQFileOperationHandler> handler =
+        controller.performOperation(ZQFileOperationType::rename,
+                                    ZQFileOperationGroup(
+                                        {unit(QStringLiteral("photo.jpg"), QStringLiteral("other.jpg"))}),
+                                    &delegate);
     ASSERT_TRUE(handler);
     handler->cancel();
     EXPECT_TRUE(delegate.completed);

@@ -23,8 +23,11 @@ public:
     PXUnsavedPresetAnswer answer = PXUnsavedPresetAnswer::cancel;
     int asked = 0;
 
-    ZQFileOperationResolution queryUserWithError(const ZQFileOperationError &, bool *) override { return ZQFileOperationResolution::cancel; }
-    void showRenameError(const QString &, const QString &) override {}
+    ZQFileOperationResolution queryUserWithError(const ZQFileOperationError &, bool *) override
+    {
+        return ZQFileOperationResolution::cancel;
+    }
+    void showRenameError(const QString &, const QString &) override { }
     PXUnsavedPresetAnswer askToSaveChangesToPreset(const QJsonObject &) override
     {
         ++asked;
@@ -55,8 +58,9 @@ protected:
 
 QJsonObject settingsWithDepth(int depth)
 {
-    return QJsonObject{{Key::rules, QJsonArray()}, {Key::depth, depth}, {Key::sortType, 0}, {Key::sortAscending, true},
-                       {Key::listType, 0}, {Key::sequenceType, 0}, {Key::predicate, QString()}};
+    return QJsonObject{{Key::rules, QJsonArray()}, {Key::depth, depth}, {Key::sortType, 0},
+                       {Key::sortAscending, true}, {Key::listType, 0},  {Key::sequenceType, 0},
+                       {Key::predicate, QString()}};
 }
 
 } // namespace
@@ -132,7 +136,8 @@ TEST_F(RenamePresets, AnAlteredPresetIsMarkedAndAskedAboutBeforeItIsLeft)
     renamer.windowWillClose();
     settings->sync();
 
-    const std::optional<QJsonObject> saved = PXRenamePresets(openSettings().get()).presetNamed(QStringLiteral("Lowercase Extensions"));
+    const std::optional<QJsonObject> saved =
+        PXRenamePresets(openSettings().get()).presetNamed(QStringLiteral("Lowercase Extensions"));
     ASSERT_TRUE(saved);
     EXPECT_EQ(saved->value(Key::sequenceType).toInt(), PXFileRenamer::perFolderSequence);
     EXPECT_FALSE(saved->contains(Key::altered));

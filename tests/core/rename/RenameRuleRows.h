@@ -18,7 +18,9 @@ inline PXRenameRow simple(std::initializer_list<PXRenameRule> rules, const PXRen
 
 inline PXRenameRow in(int target, const PXRenameRules &rows)
 {
-    return PXRenameRow{PXRenameRow::compound, {rule(PXRenameConstant::label, QStringLiteral("In")), rule(target)}, rows};
+    return PXRenameRow{PXRenameRow::compound,
+                       {rule(PXRenameConstant::label, QStringLiteral("In")), rule(target)},
+                       rows};
 }
 
 // Replace [Characters] [search] with [Characters] [replacement]
@@ -41,12 +43,13 @@ inline PXRenameRow insertCharacters(int where, const QString &text)
 inline PXRenameRow insertSequence(int where, const QString &start, int format)
 {
     namespace C = PXRenameConstant;
-    return simple({rule(C::insert), rule(where), rule(C::addSequence), rule(C::label), rule(C::initialSequenceValue, start),
-                   rule(C::label), rule(format)});
+    return simple({rule(C::insert), rule(where), rule(C::addSequence), rule(C::label),
+                   rule(C::initialSequenceValue, start), rule(C::label), rule(format)});
 }
 
 // Regex Search [pattern] and replace [template]
-inline PXRenameRow regexRow(const QString &pattern, const QString &replacementTemplate, const PXRenameRules &subRules = {})
+inline PXRenameRow regexRow(const QString &pattern, const QString &replacementTemplate,
+                            const PXRenameRules &subRules = {})
 {
     namespace C = PXRenameConstant;
     return simple({rule(C::regex), rule(C::regexSearchValue, pattern), rule(C::label, QStringLiteral("and replace")),

@@ -45,14 +45,16 @@ TEST(SettingsCommand, PrintsThePathAndChecksFilesAsStartUpReadsThem)
     const QString bad = dir.write(QStringLiteral("bad.json"), badBytes);
     const CliRun badRun = runSettings({QStringLiteral("--check"), bad}, dir.path());
     EXPECT_EQ(badRun.exitCode, 1);
-    EXPECT_EQ(badRun.out, QStringLiteral("ERROR: Settings version 4.0 is newer than 3.0, some data may be lost\n"
-                                         "ERROR: Error loading settings file: thumbnailOutlineThickness: expected a "
-                                         "whole number, found a string\n"));
+    EXPECT_EQ(badRun.out,
+              QStringLiteral("ERROR: Settings version 4.0 is newer than 3.0, some data may be lost\n"
+                             "ERROR: Error loading settings file: thumbnailOutlineThickness: expected a "
+                             "whole number, found a string\n"));
     QFile checked(bad);
     ASSERT_TRUE(checked.open(QIODevice::ReadOnly));
     EXPECT_EQ(checked.readAll(), badBytes); // checking never writes
 
-    const CliRun missing = runSettings({QStringLiteral("--check"), dir.filePath(QStringLiteral("none.json"))}, dir.path());
+    const CliRun missing =
+        runSettings({QStringLiteral("--check"), dir.filePath(QStringLiteral("none.json"))}, dir.path());
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_TRUE(missing.err.startsWith(QStringLiteral("pixcove-cli: "))) << qPrintable(missing.err);
 

@@ -1,5 +1,5 @@
-#include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/settings/AppSettings.h"
 
 #include "core/app/Log.h"
 #include "core/settings/SettingsCoding.h"
@@ -56,7 +56,10 @@ private:
 class SettingsManagerTest : public ::testing::Test
 {
 protected:
-    QString writeSettings(const QByteArray &bytes) { return dir.write(QStringLiteral("com.tallowmere.Pixcove3.json"), bytes); }
+    QString writeSettings(const QByteArray &bytes)
+    {
+        return dir.write(QStringLiteral("com.tallowmere.Pixcove3.json"), bytes);
+    }
 
     QJsonObject savedObject() const
     {
@@ -102,20 +105,55 @@ TEST_F(SettingsManagerTest, NoFileMeansDefaultsAndTheFirstChangeWritesEveryKey)
 
     const QJsonObject json = savedObject();
     QStringList keys{
-        "windowSettings", "slideshowSettings", "sidebarAllowsKeyboardControl", "sidebarAutoexpandOnSelection",
-        "sidebarRenameOnlyOnEnter", "thumbnailsRenameOnlyOnEnter", "thumbnailsAutoselectFirstItem",
-        "thumbnailsAutoselectNextItemAfterMove", "thumbnailsHaveOutline", "thumbnailOutlineColor",
-        "thumbnailOutlineThickness", "thumbnailsHaveShadow", "thumbnailTextColor", "thumbnailBackgroundColor",
-        "thumbnailsAlignToBottom", "thumbnailsPreviewPauseWhenLosingKey", "thumbnailsPreviewAllowsKeyboardControl",
-        "slideshowImageScaling", "slideshowImageScalingPercentage", "slideshowBackgroundColor",
-        "slideshowControlsVisibleOnStart", "slideshowScreen", "slideshowBlackoutOtherScreens",
-        "slideshowFolderSearchDepth", "slideshowSubfolderInclusionStyle", "slideshowIncludeVideos",
-        "slideshowAutoplayVideos", "slideshowPreventNextWhileVideoPlays", "quickviewImageScaling",
-        "quickviewImageScalingPercentage", "quickviewAutohide", "quickviewAutoplayVideo", "quickviewMuteVideo",
-        "quickviewOpensOnLaunch", "quickviewBackgroundColor", "quickviewScreen", "quickviewRetainZoomBetweenItems",
-        "quickviewTransitionDuration", "openImageDestination", "imageWindowImageScaling",
-        "imageWindowImageScalingPercentage", "favoriteApps", "favoriteFolders", "detailedLogging", "isFirstLaunch",
-        "firstLaunchDate", "hideOnDeactivate", "settingsVersion", "alertsAndWarnings",
+        "windowSettings",
+        "slideshowSettings",
+        "sidebarAllowsKeyboardControl",
+        "sidebarAutoexpandOnSelection",
+        "sidebarRenameOnlyOnEnter",
+        "thumbnailsRenameOnlyOnEnter",
+        "thumbnailsAutoselectFirstItem",
+        "thumbnailsAutoselectNextItemAfterMove",
+        "thumbnailsHaveOutline",
+        "thumbnailOutlineColor",
+        "thumbnailOutlineThickness",
+        "thumbnailsHaveShadow",
+        "thumbnailTextColor",
+        "thumbnailBackgroundColor",
+        "thumbnailsAlignToBottom",
+        "thumbnailsPreviewPauseWhenLosingKey",
+        "thumbnailsPreviewAllowsKeyboardControl",
+        "slideshowImageScaling",
+        "slideshowImageScalingPercentage",
+        "slideshowBackgroundColor",
+        "slideshowControlsVisibleOnStart",
+        "slideshowScreen",
+        "slideshowBlackoutOtherScreens",
+        "slideshowFolderSearchDepth",
+        "slideshowSubfolderInclusionStyle",
+        "slideshowIncludeVideos",
+        "slideshowAutoplayVideos",
+        "slideshowPreventNextWhileVideoPlays",
+        "quickviewImageScaling",
+        "quickviewImageScalingPercentage",
+        "quickviewAutohide",
+        "quickviewAutoplayVideo",
+        "quickviewMuteVideo",
+        "quickviewOpensOnLaunch",
+        "quickviewBackgroundColor",
+        "quickviewScreen",
+        "quickviewRetainZoomBetweenItems",
+        "quickviewTransitionDuration",
+        "openImageDestination",
+        "imageWindowImageScaling",
+        "imageWindowImageScalingPercentage",
+        "favoriteApps",
+        "favoriteFolders",
+        "detailedLogging",
+        "isFirstLaunch",
+        "firstLaunchDate",
+        "hideOnDeactivate",
+        "settingsVersion",
+        "alertsAndWarnings",
         "alwaysUseThirdPartyVideoPlayer",
     };
     // `openImageCustomApp` is left out while there is none.
@@ -143,8 +181,8 @@ TEST_F(SettingsManagerTest, ValuesOfEveryFormSurviveASaveAndALoad)
         settings->setQuickviewTransitionDuration(0.35);
         settings->setOpenImageDestination(OpenImageDestination::other);
         settings->setOpenImageCustomApp(PXFile::fileForPath(app));
-        settings->setFavoriteFolders({{PXFile::fileForPath(trips), QStringLiteral("Holidays")},
-                                      {PXFile::fileForPath(gone), QString()}});
+        settings->setFavoriteFolders(
+            {{PXFile::fileForPath(trips), QStringLiteral("Holidays")}, {PXFile::fileForPath(gone), QString()}});
         settings->setAlertsAndWarnings(AlertsAndWarning::folderDepthWarning);
         settings->setFirstLaunchDate(firstLaunch);
         settings->setIsFirstLaunch(false);
@@ -254,7 +292,9 @@ TEST_F(SettingsManagerTest, KeysAreReadIfPresentAndTheVersionIsLogged)
     const Case cases[] = {
         {R"({"settingsVersion": 3, "hideOnDeactivate": true, "thumbnailOutlineThickness": null})", {}},
         // An archive of "no colour" keeps the default colour.
-        {R"({"hideOnDeactivate": true, "thumbnailTextColor": ")" + SettingsCoding::colorArchive(QColor()).toLatin1() + "\"}", {}},
+        {R"({"hideOnDeactivate": true, "thumbnailTextColor": ")" + SettingsCoding::colorArchive(QColor()).toLatin1()
+             + "\"}",
+         {}},
         {R"({"settingsVersion": 2, "hideOnDeactivate": true})", {"DEBUG: Updating settings from 2.0 to 3.0"}},
         {R"({"settingsVersion": 2.5, "hideOnDeactivate": true})", {"DEBUG: Updating settings from 2.5 to 3.0"}},
         {R"({"settingsVersion": 4.0, "hideOnDeactivate": true, "cloudSync": {"on": true}})",
@@ -334,8 +374,10 @@ TEST_F(SettingsManagerTest, SaveFailuresAreLoggedEachTimeAndAlertedOncePerRun)
 
         ASSERT_EQ(alerts.size(), 2);
         EXPECT_EQ(alerts[0], "There was an error saving the application settings.");
-        EXPECT_EQ(alerts[1], "To prevent a flood of error notifications, you won't be warned about this again until you "
-                             "restart the app. It's probably a good idea to restart the app anyway. Error: \n\n" + error);
+        EXPECT_EQ(alerts[1],
+                  "To prevent a flood of error notifications, you won't be warned about this again until you "
+                  "restart the app. It's probably a good idea to restart the app anyway. Error: \n\n"
+                      + error);
         EXPECT_TRUE(manager.showedSaveError());
     }
     // Nothing half-written was left beside the folder that could not be replaced.
@@ -356,14 +398,16 @@ TEST_F(SettingsManagerTest, ASettingThatCannotBeWrittenLeavesTheFileAsItWas)
     QSignalSpy failed(&manager, &SettingsManager::saveFailed);
     EXPECT_FALSE(manager.saveNow());
     ASSERT_EQ(failed.count(), 1);
-    EXPECT_EQ(failed.at(0).at(0).toString(), "windowSettings[0].toolbarConfiguration: the dictionary holds a value of type QColor");
+    EXPECT_EQ(failed.at(0).at(0).toString(),
+              "windowSettings[0].toolbarConfiguration: the dictionary holds a value of type QColor");
     EXPECT_EQ(savedObject(), before);
 }
 
 TEST_F(SettingsManagerTest, TheSharedManagerCanBeReplacedAndKeepsTheLoggingInStep)
 {
     EXPECT_EQ(SettingsManager::defaultSettingsFile(),
-              QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/com.tallowmere.Pixcove3.json");
+              QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+                  + "/com.tallowmere.Pixcove3.json");
     writeSettings(R"({"detailedLogging": true})");
     const bool wasDetailed = detailedLogging();
     {

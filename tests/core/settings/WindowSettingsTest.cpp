@@ -1,5 +1,5 @@
-#include "core/settings/AppSettings.h"
 #include "core/settings/WindowSettings.h"
+#include "core/settings/AppSettings.h"
 
 #include "support/TestDir.h"
 
@@ -14,7 +14,8 @@ TEST(WindowSettings, ANewWindowShowsPicturesWithTheDefaultLayout)
     const WindowSettings settings;
     const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     ASSERT_TRUE(settings.sidebarRootFolder());
-    EXPECT_EQ(settings.sidebarRootFolder()->path(), QDir::cleanPath(pictures.isEmpty() ? QDir::homePath() + "/Pictures" : pictures));
+    EXPECT_EQ(settings.sidebarRootFolder()->path(),
+              QDir::cleanPath(pictures.isEmpty() ? QDir::homePath() + "/Pictures" : pictures));
     EXPECT_EQ(settings.sidebarInfo(), SidebarInfoOptions::filesAndFolders);
     EXPECT_EQ(settings.sidebarFileFilter(), FileFilterType::visibleFolders);
     EXPECT_EQ(settings.sidebarWidth(), 250.0);
@@ -66,7 +67,8 @@ TEST(WindowSettings, ObserversHearOfAChangeBeforeAndAfterItAndOfNothingElse)
     TestDir dir;
     WindowSettings settings;
     QList<int> sizesBeforeChange;
-    QObject::connect(&settings, &ObservableSettings::willChange, [&] { sizesBeforeChange.append(settings.thumbnailSize()); });
+    QObject::connect(&settings, &ObservableSettings::willChange,
+                     [&] { sizesBeforeChange.append(settings.thumbnailSize()); });
     QSignalSpy sizeChanged(&settings, &WindowSettings::thumbnailSizeChanged);
     QSignalSpy selectionChanged(&settings, &WindowSettings::sidebarSelectionChanged);
     QSignalSpy changed(&settings, &ObservableSettings::changed);

@@ -99,8 +99,8 @@ TEST_F(SystemThumbnailerTest, FailuresAreRememberedAndCacheCanBeBypassed)
     thumbnailer.setCacheEnabled(false);
     EXPECT_EQ(thumbnail(photo).source, ThumbnailSource::rendered);
     EXPECT_EQ(thumbnail(photo).source, ThumbnailSource::rendered);
-    EXPECT_FALSE(QFile::exists(cache.entryPath(ThumbnailCache::uriForNativePath(QFile::encodeName(photo)),
-                                               ThumbnailCache::Flavor::xxLarge)));
+    EXPECT_FALSE(QFile::exists(
+        cache.entryPath(ThumbnailCache::uriForNativePath(QFile::encodeName(photo)), ThumbnailCache::Flavor::xxLarge)));
 }
 
 TEST_F(SystemThumbnailerTest, VideoThumbnailIsAFrameFromPastTheBlackStart)
@@ -110,9 +110,10 @@ TEST_F(SystemThumbnailerTest, VideoThumbnailIsAFrameFromPastTheBlackStart)
     // Two seconds of black, then eight of white: 10% in is still black, the next try is not.
     const QString video = dir.filePath("clip.mp4");
     QProcess ffmpeg;
-    ffmpeg.start("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "color=c=black:s=320x240:d=2:r=10", "-f", "lavfi",
-                            "-i", "color=c=white:s=320x240:d=8:r=10", "-filter_complex", "[0][1]concat=n=2:v=1",
-                            "-pix_fmt", "yuv420p", "-g", "5", video});
+    ffmpeg.start("ffmpeg",
+                 {"-v", "error", "-f", "lavfi", "-i", "color=c=black:s=320x240:d=2:r=10", "-f", "lavfi", "-i",
+                  "color=c=white:s=320x240:d=8:r=10", "-filter_complex", "[0][1]concat=n=2:v=1", "-pix_fmt", "yuv420p",
+                  "-g", "5", video});
     ASSERT_TRUE(ffmpeg.waitForFinished(60000));
     ASSERT_TRUE(QFile::exists(video));
 
@@ -133,9 +134,10 @@ TEST_F(SystemThumbnailerTest, VideoThumbnailIsAFrameFromPastTheBlackStart)
                         delivered = true;
                     });
     bool cancelledDelivered = false;
-    frames.generate(QFile::encodeName(video), {1.0}, QSize(64, 64), [&](const QList<QImage> &, auto) {
-        cancelledDelivered = true;
-    })->cancel();
+    frames
+        .generate(QFile::encodeName(video), {1.0}, QSize(64, 64),
+                  [&](const QList<QImage> &, auto) { cancelledDelivered = true; })
+        ->cancel();
     ASSERT_TRUE(waitUntil([&] { return delivered; }, 20000));
     ASSERT_EQ(got.size(), 2);
     EXPECT_EQ(got.at(0).size(), QSize(64, 48));

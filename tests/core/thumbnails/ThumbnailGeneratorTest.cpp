@@ -19,8 +19,7 @@ class HeldThumbnailer : public SystemThumbnailer
 public:
     HeldThumbnailer()
         : SystemThumbnailer(ThumbnailCache(QStringLiteral("/nonexistent")))
-    {
-    }
+    { }
 
     void generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler) override
     {
@@ -55,13 +54,14 @@ protected:
     RequestPtr request(const QString &name, Priority priority, QList<Delivery> *deliveries = nullptr)
     {
         const QString path = QFile::exists(dir.filePath(name)) ? dir.filePath(name) : dir.write(name, "text");
-        auto made = std::make_shared<ThumbnailGenerator::Request>(PXFile::fileForPath(path), QSizeF(400, 400),
-                                                                  priority, nullptr);
+        auto made = std::make_shared<ThumbnailGenerator::Request>(PXFile::fileForPath(path), QSizeF(400, 400), priority,
+                                                                  nullptr);
         std::weak_ptr<ThumbnailGenerator::Request> weak = made;
-        made->setUpdateHandler([deliveries, weak](const QImage &image, bool final, std::optional<ThumbnailError> error) {
-            if (deliveries)
-                deliveries->append({image.size(), final, bool(error), weak.lock()->source()});
-        });
+        made->setUpdateHandler(
+            [deliveries, weak](const QImage &image, bool final, std::optional<ThumbnailError> error) {
+                if (deliveries)
+                    deliveries->append({image.size(), final, bool(error), weak.lock()->source()});
+            });
         return made;
     }
 
@@ -122,9 +122,8 @@ TEST_F(ThumbnailGeneratorTest, PriorityIsReadWhenASlotFrees)
     QStringList logged;
     static QStringList *sink;
     sink = &logged;
-    const auto previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) {
-        sink->append(text);
-    });
+    const auto previous =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) { sink->append(text); });
     thumbnailer.finish(1);
     waitUntil([&] { return !logged.isEmpty(); }, 1000);
     qInstallMessageHandler(previous);
@@ -171,10 +170,11 @@ TEST_F(ThumbnailGeneratorTest, EmbeddedPreviewIsFinalOnlyWhenItCoversTheCell)
 TEST_F(ThumbnailGeneratorTest, FileWithoutLocationGetsNothingAndCancelledRequestsDeliverNothing)
 {
     QList<Delivery> deliveries;
-    auto nowhere = std::make_shared<ThumbnailGenerator::Request>(nullptr, QSizeF(400, 400), Priority::high,
-                                                                 [&](const QImage &, bool, std::optional<ThumbnailError>) {
-                                                                     deliveries.append(Delivery());
-                                                                 });
+    auto nowhere =
+        std::make_shared<ThumbnailGenerator::Request>(nullptr, QSizeF(400, 400), Priority::high,
+                                                      [&](const QImage &, bool, std::optional<ThumbnailError>) {
+                                                          deliveries.append(Delivery());
+                                                      });
     generator.add(nowhere);
     EXPECT_TRUE(nowhere->isCancelled());
     EXPECT_TRUE(generator.requests().isEmpty());

@@ -17,8 +17,7 @@ class InstantThumbnailer : public SystemThumbnailer
 public:
     InstantThumbnailer()
         : SystemThumbnailer(ThumbnailCache(QStringLiteral("/nonexistent")))
-    {
-    }
+    { }
 
     void generate(const std::shared_ptr<SystemThumbnailRequest> &, Handler handler) override
     {

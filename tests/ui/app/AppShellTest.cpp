@@ -71,12 +71,12 @@ TEST(AppShell, QuittingAsksTheActivitiesThenClosesEverythingInOrder)
     // are what is kept), then the reply to terminate.
     app.activities.allowQuit = true;
     QStringList windowsOpenAt;
-    QObject::connect(shell.windows.get(), &MainWindowsManager::windowControllersChanged, [&] {
-        windowsOpenAt.append(app.steps.join(QLatin1Char(',')));
-    });
+    QObject::connect(shell.windows.get(), &MainWindowsManager::windowControllersChanged,
+                     [&] { windowsOpenAt.append(app.steps.join(QLatin1Char(','))); });
     app.delegate.requestQuit();
-    EXPECT_EQ(app.steps, QStringList({QStringLiteral("finish"), QStringLiteral("slideshows"), QStringLiteral("renamer"),
-                                      QStringLiteral("terminate")}));
+    EXPECT_EQ(app.steps,
+              QStringList({QStringLiteral("finish"), QStringLiteral("slideshows"), QStringLiteral("renamer"),
+                           QStringLiteral("terminate")}));
     EXPECT_EQ(windowsOpenAt.size(), 2);
     EXPECT_EQ(windowsOpenAt.last(), QStringLiteral("finish,slideshows,renamer"));
     EXPECT_TRUE(shell.windows->windowControllers().isEmpty());
@@ -112,7 +112,8 @@ TEST(AppShell, LaunchOpensAWindowOnlyForAPlainStartNotTakenByTheLaunchFlag)
         Delegate app;
         const QString photo = shell.dir.write(QStringLiteral("photos/b/one.jpg"), "x");
         app.delegate.applicationDidFinishLaunching(
-            {LaunchRequest::Kind::open, {photo, shell.dir.filePath(QStringLiteral("photos/b")), shell.dir.filePath(QStringLiteral("gone"))}});
+            {LaunchRequest::Kind::open,
+             {photo, shell.dir.filePath(QStringLiteral("photos/b")), shell.dir.filePath(QStringLiteral("gone"))}});
         ASSERT_EQ(shell.windows->windowControllers().size(), 1);
         EXPECT_EQ(shell.windows->windowControllers().first()->windowSettings()->sidebarRootFolder(),
                   shell.folder("photos/b"));
@@ -171,7 +172,8 @@ TEST(AppShell, FolderDepthWarningStaysAwayOnceDismissedTicked)
 
 TEST(AppShell, ASecondStartHandsItsRequestToTheFirst)
 {
-    const QString name = QDir::tempPath() + QStringLiteral("/pixcove-test-%1").arg(QUuid::createUuid().toString(QUuid::Id128));
+    const QString name =
+        QDir::tempPath() + QStringLiteral("/pixcove-test-%1").arg(QUuid::createUuid().toString(QUuid::Id128));
     InstanceChannel first(name);
     ASSERT_TRUE(first.listen());
     QList<LaunchRequest> received;
@@ -180,7 +182,8 @@ TEST(AppShell, ASecondStartHandsItsRequestToTheFirst)
 
     InstanceChannel second(name);
     EXPECT_FALSE(second.listen());
-    const LaunchRequest request{LaunchRequest::Kind::slideshow, {QStringLiteral("/tmp/a b.jpg"), QStringLiteral("/tmp/ü")}};
+    const LaunchRequest request{LaunchRequest::Kind::slideshow,
+                                {QStringLiteral("/tmp/a b.jpg"), QStringLiteral("/tmp/ü")}};
     ASSERT_TRUE(second.forward(request));
     ASSERT_TRUE(second.forward({}));
     // A stranger's bytes are logged and dropped, and the channel keeps listening.
@@ -196,7 +199,8 @@ TEST(AppShell, ASecondStartHandsItsRequestToTheFirst)
 
 TEST(AppShell, AStaleSocketFromACrashedInstanceDoesNotStopTheNextStart)
 {
-    const QString name = QDir::tempPath() + QStringLiteral("/pixcove-test-%1").arg(QUuid::createUuid().toString(QUuid::Id128));
+    const QString name =
+        QDir::tempPath() + QStringLiteral("/pixcove-test-%1").arg(QUuid::createUuid().toString(QUuid::Id128));
     QFile stale(name);
     ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
     stale.close();
@@ -217,17 +221,34 @@ TEST(AppShell, EveryMenuCommandIsHandledOrShownUnavailable)
     // The commands that are not available yet, shown disabled; any other disabled command is a
     // misspelt or unhandled name.
     const QSet<QString> unavailable = {
-        QStringLiteral("startSlideshowWithSelected"), QStringLiteral("openRenameWindow"), QStringLiteral("changeFinderLabel"),
-        QStringLiteral("openSettings"), QStringLiteral("scaleToFit"), QStringLiteral("fitToScreen"),
-        QStringLiteral("zoomTo200Percent"), QStringLiteral("zoomTo100Percent"), QStringLiteral("zoomTo50Percent"),
-        QStringLiteral("zoomIn"), QStringLiteral("zoomOut"), QStringLiteral("rotate180"), QStringLiteral("rotateClockwise"),
-        QStringLiteral("rotateCounterclockwise"), QStringLiteral("openQuickview"), QStringLiteral("openActivityWindow"),
-        QStringLiteral("startSlideshowWithOpenImageWindows"), QStringLiteral("previousImageWindow"),
-        QStringLiteral("nextImageWindow"), QStringLiteral("openBugReporterWindow"), QStringLiteral("checkForUpdates"),
+        QStringLiteral("startSlideshowWithSelected"),
+        QStringLiteral("openRenameWindow"),
+        QStringLiteral("changeFinderLabel"),
+        QStringLiteral("openSettings"),
+        QStringLiteral("scaleToFit"),
+        QStringLiteral("fitToScreen"),
+        QStringLiteral("zoomTo200Percent"),
+        QStringLiteral("zoomTo100Percent"),
+        QStringLiteral("zoomTo50Percent"),
+        QStringLiteral("zoomIn"),
+        QStringLiteral("zoomOut"),
+        QStringLiteral("rotate180"),
+        QStringLiteral("rotateClockwise"),
+        QStringLiteral("rotateCounterclockwise"),
+        QStringLiteral("openQuickview"),
+        QStringLiteral("openActivityWindow"),
+        QStringLiteral("startSlideshowWithOpenImageWindows"),
+        QStringLiteral("previousImageWindow"),
+        QStringLiteral("nextImageWindow"),
+        QStringLiteral("openBugReporterWindow"),
+        QStringLiteral("checkForUpdates"),
     };
     // Enabled only in some states: a selection, a history, a second tab.
     const QSet<QString> stateful = {
-        QStringLiteral("back"), QStringLiteral("forward"), QStringLiteral("selectNextTab"), QStringLiteral("selectPreviousTab"),
+        QStringLiteral("back"),
+        QStringLiteral("forward"),
+        QStringLiteral("selectNextTab"),
+        QStringLiteral("selectPreviousTab"),
         QStringLiteral("changeThumbnailSubfolderGrouping"),
     };
     QSet<QString> disabled;
@@ -238,10 +259,10 @@ TEST(AppShell, EveryMenuCommandIsHandledOrShownUnavailable)
     }
     // With nothing selected in the grid, its commands on a selection wait for one.
     ASSERT_TRUE(window->mainViewController()->selectedFiles().isEmpty());
-    for (const char *command : {"performOpen", "openInApp", "renameFile", "makeAlias", "makeSymlink", "duplicate",
-                                "moveToTrash", "revealInFinder", "flagItem", "rejectItem", "clearItemFlag", "deselectAll",
-                                "selectFlagged", "selectRejected", "nextImageInBrowser", "previousImageInBrowser",
-                                "scrollSelectionToVisible", "selectAll", "newFolder"})
+    for (const char *command :
+         {"performOpen", "openInApp", "renameFile", "makeAlias", "makeSymlink", "duplicate", "moveToTrash",
+          "revealInFinder", "flagItem", "rejectItem", "clearItemFlag", "deselectAll", "selectFlagged", "selectRejected",
+          "nextImageInBrowser", "previousImageInBrowser", "scrollSelectionToVisible", "selectAll", "newFolder"})
         disabled.remove(QLatin1String(command));
     EXPECT_EQ(disabled, unavailable);
 }

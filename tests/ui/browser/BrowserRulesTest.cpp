@@ -64,7 +64,8 @@ TEST(FileDropValidator, ModifiersOverrideTheDefaultOperation)
     // Back into the folder they are in, or a folder into itself: nothing to do.
     EXPECT_EQ(validator.validate(urls, PXFile::fileForPath(dir.filePath("in")), Qt::AltModifier), Op::none);
     EXPECT_EQ(validator.validate(urls, PXFile::fileForPath(folder), Qt::NoModifier), Op::none);
-    EXPECT_EQ(validator.validate({QUrl(QStringLiteral("https://example.org/a.jpg"))}, otherFolder, Qt::NoModifier), Op::none);
+    EXPECT_EQ(validator.validate({QUrl(QStringLiteral("https://example.org/a.jpg"))}, otherFolder, Qt::NoModifier),
+              Op::none);
     EXPECT_EQ(validator.validate(urls, PXFile::fileForPath(app), Qt::NoModifier), Op::open);
     EXPECT_EQ(validator.validate(urls, PXFile::fileForPath(photo), Qt::NoModifier), Op::none);
 }

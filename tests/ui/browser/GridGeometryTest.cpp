@@ -47,7 +47,7 @@ ThumbnailGridLayout makeLayout(const QList<int> &sections, bool headers, int wid
     layout.layout(width);
     return layout;
 }
-}
+} // namespace
 
 TEST(ThumbnailGridLayout, PlacesSectionsAndFindsItemsByGeometry)
 {
@@ -91,14 +91,14 @@ TEST(ThumbnailGridLayout, KeyboardMovesAcrossRowsAndSections)
     const ThumbnailGridLayout layout = makeLayout({6, 0, 2, 5}, true, 470); // 4 columns
     EXPECT_EQ(layout.indexRight(3), 4);
     EXPECT_EQ(layout.indexLeft(0), 0);
-    EXPECT_EQ(layout.indexBelow(1), 5);      // to the partial second row: its last item
+    EXPECT_EQ(layout.indexBelow(1), 5); // to the partial second row: its last item
     EXPECT_EQ(layout.indexBelow(0), 4);
-    EXPECT_EQ(layout.indexBelow(4), 6);      // past the empty section, same column
-    EXPECT_EQ(layout.indexBelow(5), 7);      // column 1 of the next section
-    EXPECT_EQ(layout.indexAbove(6), 4);      // back into the last row above, same column
+    EXPECT_EQ(layout.indexBelow(4), 6); // past the empty section, same column
+    EXPECT_EQ(layout.indexBelow(5), 7); // column 1 of the next section
+    EXPECT_EQ(layout.indexAbove(6), 4); // back into the last row above, same column
     EXPECT_EQ(layout.indexAbove(7), 5);
-    EXPECT_EQ(layout.indexBelow(7), 9);      // into the third section's column 1
-    EXPECT_EQ(layout.indexBelow(12), 12);    // last item stays
+    EXPECT_EQ(layout.indexBelow(7), 9); // into the third section's column 1
+    EXPECT_EQ(layout.indexBelow(12), 12); // last item stays
     EXPECT_EQ(layout.indexAbove(0), 0);
 
     ThumbnailGridLayout row = makeLayout({3, 4}, true, 470);

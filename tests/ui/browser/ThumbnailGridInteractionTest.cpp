@@ -47,7 +47,7 @@ struct Pane
     ThumbnailsViewController pane;
     bool ok = false;
 };
-}
+} // namespace
 
 TEST(ThumbnailGridInteraction, MouseAndKeyboardSelectLikeAFileManager)
 {
@@ -191,7 +191,8 @@ TEST(BrowserViewController, PreviewFollowsTheSelectionAndTheLayout)
     QSignalSpy shown(browser.previewView(), &PreviewView::imageShown);
     pane->selectFiles({pane->files().at(0)});
     pane->selectFiles({pane->files().at(1)});
-    ASSERT_TRUE(waitUntil([&] { return browser.previewView()->file() == pane->files().at(1) && browser.previewView()->hasImage(); }));
+    ASSERT_TRUE(waitUntil(
+        [&] { return browser.previewView()->file() == pane->files().at(1) && browser.previewView()->hasImage(); }));
     pane->selectFiles({pane->files().at(2)});
     ASSERT_TRUE(waitUntil([&] { return browser.previewView()->file() == pane->files().at(2); }));
     EXPECT_FALSE(browser.previewView()->hasImage());

@@ -9,10 +9,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
-#include <QTest>
 #include <QMenu>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ QStringList menuTitles(QMenu *menu)
         titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
     return titles;
 }
-}
+} // namespace
 
 TEST(ThumbnailsViewController, ReportsSelectionAndRestoresItPerSetOfSources)
 {
@@ -63,7 +63,8 @@ TEST(ThumbnailsViewController, ReportsSelectionAndRestoresItPerSetOfSources)
     const QList<PXFilePtr> chosen{pane.files().at(41), pane.files().at(43)};
     pane.selectFiles(chosen);
     EXPECT_EQ(pane.statusText(), "2 of 60 files selected");
-    ASSERT_TRUE(waitUntil([&] { return !selections.isEmpty() && selections.last().first().value<QList<PXFilePtr>>() == chosen; }));
+    ASSERT_TRUE(waitUntil(
+        [&] { return !selections.isEmpty() && selections.last().first().value<QList<PXFilePtr>>() == chosen; }));
     const QPoint origin = pane.gridView()->scrollOrigin();
     EXPECT_GT(origin.y(), 0); // scrolled to show the selection
 
@@ -118,7 +119,8 @@ TEST(ThumbnailsViewController, SearchFiltersByTheChosenCategory)
 
     // The same text by name finds the other file; an empty text shows everything again.
     pane.setThumbnailViewSearchCategory(ThumbnailsSearchType::filename);
-    ASSERT_TRUE(waitUntil([&] { return !pane.isLoading() && namesOf(pane.files()) == QStringList{"canon-named.jpg"}; }));
+    ASSERT_TRUE(
+        waitUntil([&] { return !pane.isLoading() && namesOf(pane.files()) == QStringList{"canon-named.jpg"}; }));
     pane.thumbnailViewSearch(QString());
     ASSERT_TRUE(settle(pane, 4));
 }
@@ -137,10 +139,27 @@ TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterO
 
     std::unique_ptr<QMenu> items(pane.makeContextMenu(1));
     EXPECT_EQ(menuTitles(items.get()),
-              (QStringList{"Open With", "Open", "Open in Default App", "-", "Slideshow With Selected", "-",
-                           "Edit Filename", "Show in File Manager", "Make Alias", "Duplicate", "Batch Rename", "-",
-                           "Move to Trash", "-", "Rotate Clockwise", "Rotate Counterclockwise", "-", "New Folder", "-",
-                           "Move To", "Tag:"}));
+              (QStringList{"Open With",
+                           "Open",
+                           "Open in Default App",
+                           "-",
+                           "Slideshow With Selected",
+                           "-",
+                           "Edit Filename",
+                           "Show in File Manager",
+                           "Make Alias",
+                           "Duplicate",
+                           "Batch Rename",
+                           "-",
+                           "Move to Trash",
+                           "-",
+                           "Rotate Clockwise",
+                           "Rotate Counterclockwise",
+                           "-",
+                           "New Folder",
+                           "-",
+                           "Move To",
+                           "Tag:"}));
     for (QAction *action : items->actions()) {
         const QString name = action->objectName();
         if (name == "moveToTrash" || name == "duplicate" || name == "makeAlias" || name == "openRenameWindow") {
@@ -226,10 +245,11 @@ TEST(ThumbnailsViewController, FlagCommandsGoThroughTheWindowsFlagStore)
 
     QHash<PXFilePtr, FileFlag> store;
     pane.setFlagLookup([&store](const PXFilePtr &file) { return store.value(file, FileFlag::none); });
-    QObject::connect(&pane, &ThumbnailsViewController::flagChangeRequested, [&store](const QList<PXFilePtr> &files, FileFlag flag) {
-        for (const PXFilePtr &file : files)
-            store.insert(file, flag);
-    });
+    QObject::connect(&pane, &ThumbnailsViewController::flagChangeRequested,
+                     [&store](const QList<PXFilePtr> &files, FileFlag flag) {
+                         for (const PXFilePtr &file : files)
+                             store.insert(file, flag);
+                     });
     ASSERT_TRUE(pane.validateAction("flagItem"));
     pane.flagItem();
     pane.selectFiles({pane.files().at(2), pane.files().at(3)});

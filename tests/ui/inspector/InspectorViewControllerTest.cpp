@@ -21,7 +21,7 @@ bool settle(InspectorViewController &inspector)
 {
     return waitUntil([&] { return !inspector.isLoading(); }, 10000);
 }
-}
+} // namespace
 
 TEST(InspectorViewController, ShowsTheLatestSelectionWithMixedValuesAndAMapLink)
 {

@@ -12,13 +12,13 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QMessageBox>
-#include <QTimer>
 #include <QDir>
 #include <QLabel>
+#include <QMessageBox>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QSplitter>
+#include <QTimer>
 #include <QTreeView>
 
 #include <gtest/gtest.h>
@@ -115,7 +115,8 @@ TEST(MainWindow, AFolderDeletedWhileShownGivesWayToItsNearestParent)
     OpenWindow window(shell.windows->newMainWindow(shell.photos));
     window.select({shell.folder("photos/b")});
     window.sidebar->treeView()->expand(window.sidebar->model()->indexForFile(shell.folder("photos/b")));
-    ASSERT_TRUE(waitUntil([&] { return window.sidebar->model()->indexForFile(shell.folder("photos/b/inner")).isValid(); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return window.sidebar->model()->indexForFile(shell.folder("photos/b/inner")).isValid(); }));
     window.select({shell.folder("photos/b/inner")});
 
     ASSERT_TRUE(QDir(shell.dir.filePath(QStringLiteral("photos/b"))).removeRecursively());
@@ -127,7 +128,8 @@ TEST(MainWindow, AFolderDeletedWhileShownGivesWayToItsNearestParent)
 
     // The root itself going away moves the root up.
     ASSERT_TRUE(QDir(shell.photos->path()).removeRecursively());
-    ASSERT_TRUE(waitUntil([&] { return window.sidebar->model()->rootFolder() == PXFile::fileForPath(shell.dir.path()); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return window.sidebar->model()->rootFolder() == PXFile::fileForPath(shell.dir.path()); }));
 }
 
 TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
@@ -153,7 +155,8 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_EQ(window.view->thumbnailSizeSlider()->value(), 144);
     EXPECT_EQ(window.view->folderDepthSlider()->value(), 2);
     EXPECT_FALSE(window.view->inspectorViewController()->isHidden());
-    EXPECT_TRUE(window.frame->commandState({QStringLiteral("changeBrowserLayout"), int(BrowserLayout::topPreview)}).checked);
+    EXPECT_TRUE(
+        window.frame->commandState({QStringLiteral("changeBrowserLayout"), int(BrowserLayout::topPreview)}).checked);
 
     // Commands change the settings; changed settings show at once.
     window.command("showHideInspector");
@@ -167,7 +170,8 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_TRUE(window.view->sidebarViewController()->isHidden());
     window.command("changeThumbnailFileSort", int(FileSortType::exifDate));
     window.frame->validateActions();
-    EXPECT_TRUE(window.frame->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::exifDate))->isChecked());
+    EXPECT_TRUE(
+        window.frame->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::exifDate))->isChecked());
     EXPECT_FALSE(window.frame->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::name))->isChecked());
     // Commands that are not available yet are shown disabled.
     EXPECT_FALSE(window.frame->action(QStringLiteral("zoomIn"))->isEnabled());

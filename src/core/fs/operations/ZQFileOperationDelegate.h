@@ -14,7 +14,7 @@ struct ZQFileOperationTransaction
     qsizetype completedUnitCount = 0;
     qsizetype totalUnitCount = 0;
     double percentComplete = 0; // 0 to 100
-    QString currentPath;        // the item being worked on
+    QString currentPath; // the item being worked on
     ZQFileOperationError error; // set when a unit failed: the operation stops
 
     bool isError() const { return error.isError(); }

@@ -12,9 +12,9 @@ class ZQFileOperationGroup
 public:
     ZQFileOperationGroup() = default;
     explicit ZQFileOperationGroup(QList<ZQFileOperationUnit> units, ZQFilePtr destinationItem = nullptr)
-        : m_units(std::move(units)), m_destinationItem(std::move(destinationItem))
-    {
-    }
+        : m_units(std::move(units))
+        , m_destinationItem(std::move(destinationItem))
+    { }
 
     QList<ZQFileOperationUnit> &units() { return m_units; }
     const QList<ZQFileOperationUnit> &units() const { return m_units; }

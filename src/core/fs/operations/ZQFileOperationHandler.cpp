@@ -23,7 +23,7 @@ struct ZQFileOperationHandler::Run
 {
     ZQFileOperationGroup group;
     std::unique_ptr<ZQFileOperationPerformer> performer;
-    std::atomic<bool> cancelled {false};
+    std::atomic<bool> cancelled{false};
 };
 
 ZQFileOperationHandler::ZQFileOperationHandler(ZQFileOperationType type, ZQFileOperationGroup group,
@@ -53,7 +53,7 @@ bool ZQFileOperationHandler::isCancelled() const
     return m_run->cancelled.load();
 }
 
-template <typename Work, typename Then>
+template<typename Work, typename Then>
 void ZQFileOperationHandler::runOnWorker(Work work, Then then)
 {
     m_workerRunning = true;
@@ -128,8 +128,8 @@ void ZQFileOperationHandler::afterPreparation()
 
 void ZQFileOperationHandler::continueToPreflight()
 {
-    if (m_workerRunning || (m_stage != ZQFileOperationStage::preparing
-                            && m_stage != ZQFileOperationStage::awaitingInitialResolution))
+    if (m_workerRunning
+        || (m_stage != ZQFileOperationStage::preparing && m_stage != ZQFileOperationStage::awaitingInitialResolution))
         return;
     if (cancelIfAsked())
         return;
@@ -165,8 +165,8 @@ void ZQFileOperationHandler::afterPreflight()
 
 void ZQFileOperationHandler::continueToPerform()
 {
-    if (m_workerRunning || (m_stage != ZQFileOperationStage::preflight
-                            && m_stage != ZQFileOperationStage::awaitingPreflightResolution))
+    if (m_workerRunning
+        || (m_stage != ZQFileOperationStage::preflight && m_stage != ZQFileOperationStage::awaitingPreflightResolution))
         return;
     if (cancelIfAsked())
         return;

@@ -59,7 +59,7 @@ private:
     void setStage(ZQFileOperationStage stage);
     void report(const ZQFileOperationTransaction &transaction);
     bool cancelIfAsked();
-    template <typename Work, typename Then>
+    template<typename Work, typename Then>
     void runOnWorker(Work work, Then then);
 
     ZQFileOperationType m_type;

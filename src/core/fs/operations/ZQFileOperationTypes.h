@@ -27,9 +27,9 @@ enum class ZQFileOperationStage : int {
 // What to do about a unit whose source or destination has an error.
 enum class ZQFileOperationResolution : int {
     unresolved = 0, // treated as skip: nothing is lost by leaving a file alone
-    cancel = 1,     // stop the whole operation before anything more is done
-    skip = 2,       // leave this unit out
-    keepBoth = 3,   // give the unit's result a free name beside the existing item
+    cancel = 1, // stop the whole operation before anything more is done
+    skip = 2, // leave this unit out
+    keepBoth = 3, // give the unit's result a free name beside the existing item
 };
 
 // Errors of a unit. Negative codes are the framework's own; positive ones are errno values.
@@ -37,18 +37,18 @@ namespace ZQFileOperationErrorCode {
 enum : int {
     none = 0,
     unknown = -1,
-    sourceMissing = -2,       // the item is gone (moved or deleted since it was listed)
-    invalidName = -3,         // empty, ".", "..", or with "/" or NUL
+    sourceMissing = -2, // the item is gone (moved or deleted since it was listed)
+    invalidName = -3, // empty, ".", "..", or with "/" or NUL
     destinationFolderMissing = -4,
-    destinationExists = -8,   // another item already has the name
+    destinationExists = -8, // another item already has the name
 };
 }
 
 struct ZQFileOperationError
 {
     int code = ZQFileOperationErrorCode::none;
-    QString path;          // the item the error is about
-    QString description;   // one sentence for the alert's message
+    QString path; // the item the error is about
+    QString description; // one sentence for the alert's message
     QString failureReason; // why, for the alert's text
 
     bool isError() const { return code != ZQFileOperationErrorCode::none; }

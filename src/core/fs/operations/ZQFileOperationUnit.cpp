@@ -8,8 +8,7 @@
 ZQFileOperationUnit::ZQFileOperationUnit(ZQFilePtr sourceItem, QString renamedFilename)
     : m_sourceItem(std::move(sourceItem))
     , m_renamedFilename(std::move(renamedFilename))
-{
-}
+{ }
 
 ZQFileOperationError ZQFileOperationError::forCode(int code, const QString &path)
 {
@@ -19,8 +18,7 @@ ZQFileOperationError ZQFileOperationError::forCode(int code, const QString &path
     const QString name = QFileInfo(path).fileName();
     const auto tr = [](const char *text) { return QCoreApplication::translate("ZQFileOperation", text); };
     switch (code) {
-    case ZQFileOperationErrorCode::none:
-        break;
+    case ZQFileOperationErrorCode::none: break;
     case ZQFileOperationErrorCode::sourceMissing:
         error.description = tr("The item “%1” can’t be found.").arg(name);
         error.failureReason = tr("It may have been moved or deleted.");

@@ -28,7 +28,10 @@ public:
     void setDestinationError(const ZQFileOperationError &error) { m_destinationError = error; }
     bool hasError() const { return m_sourceError.isError() || m_destinationError.isError(); }
     // The destination error when there is one, else the source error.
-    const ZQFileOperationError &error() const { return m_destinationError.isError() ? m_destinationError : m_sourceError; }
+    const ZQFileOperationError &error() const
+    {
+        return m_destinationError.isError() ? m_destinationError : m_sourceError;
+    }
 
     ZQFileOperationResolution resolution() const { return m_resolution; }
     void setResolution(ZQFileOperationResolution resolution) { m_resolution = resolution; }

@@ -66,7 +66,8 @@ int renameNoReplace(const QByteArray &from, const QByteArray &to)
     if (error != EINVAL && error != ENOSYS)
         return error;
     // A file system without RENAME_NOREPLACE: check, then rename.
-    struct stat existing {};
+    struct stat existing
+    { };
     if (lstatError(to, existing) == 0)
         return EEXIST;
     return ::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
@@ -85,19 +86,23 @@ void ZQRenamePerformer::prepare(ZQFileOperationGroup &group)
         const QByteArray destination = joined(folderOf(source), unit.renamedFilename());
         unit.setDestinationPath(QFile::decodeName(destination));
 
-        struct stat sourceInfo {};
+        struct stat sourceInfo
+        { };
         if (const int error = lstatError(source, sourceInfo)) {
-            unit.setSourceError(ZQFileOperationError::forCode(error == ENOENT || error == ENOTDIR ? Code::sourceMissing : error,
-                                                              unit.sourceItem()->path()));
+            unit.setSourceError(
+                ZQFileOperationError::forCode(error == ENOENT || error == ENOTDIR ? Code::sourceMissing : error,
+                                              unit.sourceItem()->path()));
             continue;
         }
         if (!isValidName(unit.renamedFilename())) {
             unit.setDestinationError(ZQFileOperationError::forCode(Code::invalidName, unit.destinationPath()));
             continue;
         }
-        struct stat destinationInfo {};
+        struct stat destinationInfo
+        { };
         // Another name of the same item is a change of case on a case-insensitive volume.
-        if (destination != source && lstatError(destination, destinationInfo) == 0 && !sameItem(sourceInfo, destinationInfo))
+        if (destination != source && lstatError(destination, destinationInfo) == 0
+            && !sameItem(sourceInfo, destinationInfo))
             unit.setDestinationError(ZQFileOperationError::forCode(Code::destinationExists, unit.destinationPath()));
     }
 }
@@ -116,7 +121,8 @@ void ZQRenamePerformer::preflight(ZQFileOperationGroup &group)
             for (int number = 2; number < maximumKeepBothTries; ++number) {
                 const QString candidate = numberedName(wanted, number);
                 const QByteArray path = joined(folder, candidate);
-                struct stat info {};
+                struct stat info
+                { };
                 if (!claimed.contains(path) && lstatError(path, info) == ENOENT) {
                     unit.setRenamedFilename(candidate);
                     unit.setDestinationPath(QFile::decodeName(path));
@@ -144,11 +150,14 @@ ZQFileOperationError ZQRenamePerformer::perform(ZQFileOperationUnit &unit, const
         return {};
     int error = renameNoReplace(source, destination);
     if (error == EEXIST) {
-        struct stat sourceInfo {}, destinationInfo {};
+        struct stat sourceInfo
+        {
+        }, destinationInfo{};
         if (lstatError(source, sourceInfo) == 0 && lstatError(destination, destinationInfo) == 0
             && sameItem(sourceInfo, destinationInfo)) {
             // A change of case on a case-insensitive volume: by way of a temporary name.
-            const QByteArray temporary = joined(folderOf(source), QStringLiteral(".pixcove-rename-%1").arg(sourceInfo.st_ino));
+            const QByteArray temporary =
+                joined(folderOf(source), QStringLiteral(".pixcove-rename-%1").arg(sourceInfo.st_ino));
             error = renameNoReplace(source, temporary);
             if (error == 0) {
                 error = renameNoReplace(temporary, destination);
