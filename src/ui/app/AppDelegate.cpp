@@ -1,7 +1,7 @@
 #include "ui/app/AppDelegate.h"
 
-#include "core/app/FlagManager.h"
 #include "core/app/Log.h"
+#include "core/model/FlagManager.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/app/ActivitiesGate.h"

@@ -1,8 +1,8 @@
 #include "ui/windows/MainWindowViewController.h"
 
-#include "core/app/FlagManager.h"
 #include "core/app/Log.h"
 #include "core/fs/Applications.h"
+#include "core/model/FlagManager.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/app/AuxiliaryWindowsManager.h"

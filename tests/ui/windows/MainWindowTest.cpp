@@ -1,4 +1,4 @@
-#include "core/app/FlagManager.h"
+#include "core/model/FlagManager.h"
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/inspector/InspectorViewController.h"

@@ -1,4 +1,4 @@
-#include "core/app/FlagManager.h"
+#include "core/model/FlagManager.h"
 
 namespace {
 FlagManager *installedManager = nullptr;
