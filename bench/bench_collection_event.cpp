@@ -2,6 +2,7 @@
 // Prints the end-to-end latency and the work left after the two coalescing delays it includes:
 // 30 ms in which the folder subscription gathers a burst of kernel events into one event, then
 // 50 ms in which the collection gathers file events into one re-sort.
+#include "core/imaging/ImageSource.h"
 #include "core/model/FileCollectionModel.h"
 
 #include <QCoreApplication>
@@ -14,6 +15,7 @@
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    ImageSource::install();
     if (argc < 2) {
         std::fprintf(stderr, "usage: bench_collection_event FOLDER\n");
         return 2;

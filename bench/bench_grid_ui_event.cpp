@@ -3,6 +3,7 @@
 // to bottom at 60 steps per second, and the resident memory afterwards.
 // Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
+#include "core/imaging/ImageSource.h"
 #include "core/settings/WindowSettings.h"
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/ThumbnailsViewController.h"
@@ -60,6 +61,7 @@ bool firstScreenComplete(ThumbnailsViewController *thumbnails)
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    ImageSource::install();
     const QStringList args = app.arguments();
     if (args.size() < 2) {
         std::fprintf(stderr, "usage: %s FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]\n",

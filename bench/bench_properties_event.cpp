@@ -2,6 +2,7 @@
 // every file of FOLDER with the given extension, loaded as one selection, five rounds; prints
 // the median files per second.
 #include "core/imaging/ImagePropertiesLoader.h"
+#include "core/imaging/ImageSource.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -15,6 +16,7 @@
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    ImageSource::install();
     if (argc < 2) {
         std::fprintf(stderr, "usage: bench_properties_event FOLDER\n");
         return 2;

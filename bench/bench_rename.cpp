@@ -2,6 +2,7 @@
 // regular expression, a date and a sequence (recomputed after every edit of the rules), and the
 // rename of 10 000 files in one folder as one file operation.
 
+#include "core/imaging/ImageSource.h"
 #include "core/rename/PXBatchOutlineViewController.h"
 #include "core/rename/PXFileRenameItem.h"
 #include "core/rename/PXFileRenamer.h"
@@ -168,6 +169,7 @@ BENCHMARK(BM_Rename10000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterati
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    ImageSource::install();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

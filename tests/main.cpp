@@ -1,3 +1,5 @@
+#include "core/imaging/ImageSource.h"
+
 #include <QGuiApplication>
 #include <QStandardPaths>
 
@@ -9,6 +11,7 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
     QStandardPaths::setTestModeEnabled(true);
     QGuiApplication app(argc, argv);
+    ImageSource::install();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

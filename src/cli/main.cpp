@@ -4,6 +4,7 @@
 #include "cli/RenameCommand.h"
 #include "cli/SettingsCommand.h"
 #include "cli/ThumbsCommand.h"
+#include "core/imaging/ImageSource.h"
 
 #include <QCoreApplication>
 
@@ -29,6 +30,7 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("tallowmere"));
     QCoreApplication::setApplicationName(QStringLiteral("Pixcove3"));
+    ImageSource::install();
 
     QStringList args = QCoreApplication::arguments().mid(1);
     if (args.isEmpty() || args.first() == QLatin1String("--help") || args.first() == QLatin1String("-h")) {

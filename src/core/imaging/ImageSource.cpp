@@ -7,6 +7,7 @@
 #include "core/imaging/ImageHeaderReader.h"
 #include "core/imaging/NativeFile.h"
 #include "core/imaging/RawReader.h"
+#include "core/model/PXFile.h"
 
 #include <QFile>
 
@@ -191,6 +192,19 @@ std::unique_ptr<ImageSource> ImageSource::create(const QByteArray &nativePath, c
     if (d->imageCount > 0)
         d->properties = buildProperties(header, metadata);
     return std::unique_ptr<ImageSource>(new ImageSource(std::move(d)));
+}
+
+void ImageSource::install()
+{
+    PXFile::setImagePropertiesReader(
+        [](const QByteArray &nativePath, const QString &typeHint, QVariantMap *properties, QString *error) {
+            const std::unique_ptr<ImageSource> source = create(nativePath, typeHint, error);
+            if (!source)
+                return false;
+            if (source->imageCount() > 0)
+                *properties = source->propertiesAtIndex(0);
+            return true;
+        });
 }
 
 int ImageSource::imageCount() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/model/ImagePropertyKeys.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QVariantMap>
@@ -26,6 +28,10 @@ public:
     static std::unique_ptr<ImageSource> create(const QString &path, const QString &typeHint = {},
                                                QString *error = nullptr);
 
+    // Makes file records read their image facts through this class. Every program calls it once
+    // at start-up, before the first record is asked for an image fact; idempotent.
+    static void install();
+
     int imageCount() const;
     // The properties of image `index`; only image 0 carries metadata, others are empty.
     QVariantMap propertiesAtIndex(int index) const;
@@ -35,23 +41,3 @@ private:
     explicit ImageSource(std::unique_ptr<Private> d);
     std::unique_ptr<Private> m_d;
 };
-
-// Keys of the property dictionaries.
-namespace ImagePropertyKey {
-inline constexpr char PixelWidth[] = "PixelWidth";
-inline constexpr char PixelHeight[] = "PixelHeight";
-inline constexpr char Depth[] = "Depth";
-inline constexpr char HasAlpha[] = "HasAlpha";
-inline constexpr char ColorModel[] = "ColorModel";
-inline constexpr char ProfileName[] = "ProfileName";
-inline constexpr char NamedColorSpace[] = "NamedColorSpace";
-inline constexpr char Orientation[] = "Orientation";
-inline constexpr char DPIWidth[] = "DPIWidth";
-inline constexpr char DPIHeight[] = "DPIHeight";
-
-inline constexpr char ExifDictionary[] = "{Exif}";
-inline constexpr char ExifAuxDictionary[] = "{ExifAux}";
-inline constexpr char IPTCDictionary[] = "{IPTC}";
-inline constexpr char GPSDictionary[] = "{GPS}";
-inline constexpr char TIFFDictionary[] = "{TIFF}";
-} // namespace ImagePropertyKey

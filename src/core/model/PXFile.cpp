@@ -6,8 +6,8 @@
 #include "core/fs/ZQFileRegistry.h"
 #include "core/fs/ZQFolderLoadOperation.h"
 #include "core/fs/ZQFolderSubscription.h"
-#include "core/imaging/ImageSource.h"
 #include "core/model/DisplayFormats.h"
+#include "core/model/ImagePropertyKeys.h"
 #include "core/model/MediaTypes.h"
 #include "core/model/TextHelpers.h"
 
@@ -315,6 +315,20 @@ const QByteArray &PXFile::nameSortKey() const
 
 // MARK: image facts
 
+namespace {
+std::atomic<PXFile::ImagePropertiesReader> installedImagePropertiesReader = nullptr;
+}
+
+void PXFile::setImagePropertiesReader(ImagePropertiesReader reader)
+{
+    installedImagePropertiesReader = reader;
+}
+
+PXFile::ImagePropertiesReader PXFile::imagePropertiesReader()
+{
+    return installedImagePropertiesReader;
+}
+
 bool PXFile::findAllImageInfo() const
 {
     {
@@ -325,14 +339,14 @@ bool PXFile::findAllImageInfo() const
     QVariantMap properties;
     bool found = false;
     if (!isPlaceholder() && isImage()) {
+        const ImagePropertiesReader reader = imagePropertiesReader();
+        if (!reader)
+            qFatal("No image properties reader is installed: the program must call ImageSource::install() "
+                   "at start-up before asking a file for its image facts");
         QString error;
-        if (auto source = ImageSource::create(resolvedNativePath(), resolvedTypeIdentifier(), &error)) {
-            if (source->imageCount() > 0)
-                properties = source->propertiesAtIndex(0);
-            found = true;
-        } else {
+        found = reader(resolvedNativePath(), resolvedTypeIdentifier(), &properties, &error);
+        if (!found)
             logDebug(QStringLiteral("Cannot read image properties of %1: %2").arg(path(), error));
-        }
     }
     QMutexLocker locker(&m_lock);
     if (!m_imageProperties)

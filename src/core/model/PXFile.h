@@ -62,6 +62,17 @@ public:
     // The name's collation key for the name order, computed once (names never change).
     const QByteArray &nameSortKey() const;
 
+    // Reads the property dictionary of image 0 of a file (keys in ImagePropertyKeys.h) into
+    // `properties`: false, with a reason in `error`, when the file cannot be read as an image.
+    // `typeHint` is the file's type identifier. Called from any thread.
+    using ImagePropertiesReader = bool (*)(const QByteArray &nativePath, const QString &typeHint,
+                                           QVariantMap *properties, QString *error);
+    // The reader of image facts lives above this layer: every program installs it at start-up
+    // (ImageSource::install()). Asking for an image fact before that is a fatal error, so that no
+    // program silently shows images without their facts.
+    static void setImagePropertiesReader(ImagePropertiesReader reader);
+    static ImagePropertiesReader imagePropertiesReader();
+
     // Image facts, read once from the image properties (empty for what is not an image).
     bool findAllImageInfo() const;
     QVariantMap imageProperties() const;

@@ -1,4 +1,5 @@
 #include "core/model/PXFile.h"
+#include "core/model/ImagePropertyKeys.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"
@@ -103,6 +104,81 @@ TEST(PXFile, ImageFactsTurnQuarterRotatedImagesUpright)
     EXPECT_TRUE(image("wide.jpg", {6000, 1000})->isPanorama());
     EXPECT_FALSE(image("almost.jpg", {5000, 1000})->isPanorama());
     EXPECT_EQ(image("landscape.jpg", {300, 200})->generalOrientation(), 3);
+}
+
+namespace {
+
+// A reader that answers a 40x30 picture turned a quarter, refuses files named "refused.jpg" and
+// remembers what it was asked.
+struct FakeReader
+{
+    static inline QList<QByteArray> paths;
+    static inline QStringList typeHints;
+
+    static bool read(const QByteArray &nativePath, const QString &typeHint, QVariantMap *properties, QString *error)
+    {
+        paths.append(nativePath);
+        typeHints.append(typeHint);
+        if (nativePath.endsWith("refused.jpg")) {
+            *error = QStringLiteral("refused");
+            return false;
+        }
+        properties->insert(QLatin1String(ImagePropertyKey::PixelWidth), 40);
+        properties->insert(QLatin1String(ImagePropertyKey::PixelHeight), 30);
+        properties->insert(QLatin1String(ImagePropertyKey::Orientation), 8);
+        return true;
+    }
+};
+
+// Puts the fake reader in place for one test and the program's own back afterwards.
+class ReaderSwap
+{
+public:
+    ReaderSwap()
+        : m_saved(PXFile::imagePropertiesReader())
+    {
+        FakeReader::paths.clear();
+        FakeReader::typeHints.clear();
+        PXFile::setImagePropertiesReader(&FakeReader::read);
+    }
+    ~ReaderSwap() { PXFile::setImagePropertiesReader(m_saved); }
+
+private:
+    PXFile::ImagePropertiesReader m_saved;
+};
+
+} // namespace
+
+TEST(PXFile, ImageFactsComeFromTheInstalledReaderOncePerRecord)
+{
+    ASSERT_NE(PXFile::imagePropertiesReader(), nullptr) << "the test program installs the imaging reader";
+    TestDir dir;
+    const QString photo = dir.write(QStringLiteral("photo.jpg"), "x");
+    dir.symlink(photo, QStringLiteral("link.jpg"));
+    dir.write(QStringLiteral("refused.jpg"), "x");
+    dir.write(QStringLiteral("notes.txt"), "x");
+    const auto at = [&dir](const char *name) { return PXFile::fileForPath(dir.filePath(QLatin1String(name))); };
+    ReaderSwap swap;
+
+    const PXFilePtr file = at("photo.jpg");
+    EXPECT_EQ(file->dimensions(), QSizeF(30, 40));
+    EXPECT_EQ(file->orientation(), 8);
+    EXPECT_TRUE(file->findAllImageInfo());
+    EXPECT_EQ(FakeReader::paths, QList<QByteArray>{file->nativePath()});
+    EXPECT_EQ(FakeReader::typeHints, QStringList{QStringLiteral("public.jpeg")});
+
+    // A link is read through its target; a refusal leaves empty facts and is not asked again.
+    EXPECT_EQ(at("link.jpg")->trueDimensions(), QSizeF(40, 30));
+    EXPECT_EQ(FakeReader::paths.last(), file->nativePath());
+    const PXFilePtr refused = at("refused.jpg");
+    EXPECT_FALSE(refused->findAllImageInfo());
+    EXPECT_TRUE(refused->dimensionsString().isEmpty());
+    EXPECT_EQ(refused->orientation(), 1);
+    EXPECT_EQ(FakeReader::paths.size(), 3);
+
+    // What is not an image never reaches the reader.
+    EXPECT_TRUE(at("notes.txt")->imageProperties().isEmpty());
+    EXPECT_EQ(FakeReader::paths.size(), 3);
 }
 
 TEST(PXFile, UnreadableImagesGiveEmptyFacts)
