@@ -85,7 +85,7 @@ void FileDropPerformer::perform(FileDropOperation operation, const QList<PXFileP
         paths.append(source->path());
     const QString folder = destination->resolvedPath();
     QPointer<QObject> guard(context);
-    runOnPool(QStringLiteral("FileDrop"), [operation, paths, folder, guard, done = std::move(done)] {
+    runOnPool(QStringLiteral("Browser Disk Work"), [operation, paths, folder, guard, done = std::move(done)] {
         const QStringList errors = performNow(operation, paths, folder);
         for (const QString &error : errors)
             logError(error);

@@ -29,7 +29,7 @@ void RenamedFileFollower::remember(const QList<PXFilePtr> &files)
     if (files.isEmpty() || files.size() > followedLimit)
         return;
     QPointer<RenamedFileFollower> self(this);
-    runOnPool(QStringLiteral("FileDrop"), [self, files, generation] {
+    runOnPool(QStringLiteral("Browser Disk Work"), [self, files, generation] {
         const QHash<Identity, PXFilePtr> identities = identitiesOf(files);
         postToGui([self, identities, generation] {
             if (self && generation == self->m_generation)
@@ -53,7 +53,7 @@ void RenamedFileFollower::lookForRenamed(const QList<PXFilePtr> &arrived,
         return;
     QPointer<RenamedFileFollower> self(this);
     const QHash<Identity, PXFilePtr> lost = m_lost;
-    runOnPool(QStringLiteral("FileDrop"), [self, arrived, lost, found = std::move(found)] {
+    runOnPool(QStringLiteral("Browser Disk Work"), [self, arrived, lost, found = std::move(found)] {
         const QHash<Identity, PXFilePtr> identities = identitiesOf(arrived);
         QList<PXFilePtr> renamed;
         QList<Identity> matched;

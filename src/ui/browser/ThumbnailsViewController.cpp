@@ -364,7 +364,7 @@ void ThumbnailsViewController::checkSourcesExist()
     // On a worker: asking a vanished network mount may hang.
     QPointer<ThumbnailsViewController> self(this);
     const QList<PXFilePtr> sources = m_currentSources;
-    runOnPool(QStringLiteral("FileDrop"), [self, sources] {
+    runOnPool(QStringLiteral("Browser Disk Work"), [self, sources] {
         QList<PXFilePtr> gone;
         for (const PXFilePtr &source : sources) {
             if (!QFileInfo(source->path()).isDir())
@@ -875,7 +875,7 @@ void ThumbnailsViewController::newFolder()
     const QString parent = m_currentSources.first()->resolvedPath();
     const QString baseName = tr("untitled folder");
     QPointer<ThumbnailsViewController> self(this);
-    runOnPool(QStringLiteral("FileDrop"), [self, parent, baseName] {
+    runOnPool(QStringLiteral("Browser Disk Work"), [self, parent, baseName] {
         QDir dir(parent);
         QString name = baseName;
         for (int n = 2; dir.exists(name) || QFileInfo(dir.filePath(name)).isSymLink(); ++n)
