@@ -1,11 +1,14 @@
 #include "core/app/LaunchRequest.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
+
 #include <QDir>
 #include <QJsonArray>
 #include <QUrl>
 
 namespace {
+
+constexpr Translator tr("LaunchRequest");
 
 QString kindName(LaunchRequest::Kind kind)
 {
@@ -46,7 +49,7 @@ std::optional<LaunchRequest> LaunchRequest::parse(const QStringList &arguments, 
                                                                        : Kind::plain;
             if (service == Kind::plain || request.kind == Kind::rename || request.kind == Kind::slideshow) {
                 if (error)
-                    *error = QCoreApplication::translate("LaunchRequest", "Unknown option: %1").arg(argument);
+                    *error = tr("Unknown option: %1").arg(argument);
                 return std::nullopt;
             }
             request.kind = service;

@@ -1,12 +1,15 @@
 #include "core/fs/TypeIdentifiers.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
+
 #include <QHash>
 #include <QMimeDatabase>
 #include <QReadWriteLock>
 #include <QSet>
 
 namespace {
+
+constexpr Translator tr("TypeIdentifiers");
 
 struct KnownType
 {
@@ -317,13 +320,13 @@ QString preferredMimeType(const QString &type)
 QString description(const QString &type)
 {
     if (type == QLatin1String("public.folder"))
-        return QCoreApplication::translate("TypeIdentifiers", "Folder");
+        return tr("Folder");
     if (type == QLatin1String("public.volume"))
-        return QCoreApplication::translate("TypeIdentifiers", "Volume");
+        return tr("Volume");
     if (type == QLatin1String("public.symlink"))
-        return QCoreApplication::translate("TypeIdentifiers", "Alias");
+        return tr("Alias");
     if (type == QLatin1String("com.apple.application-bundle"))
-        return QCoreApplication::translate("TypeIdentifiers", "Application");
+        return tr("Application");
     const QString mimeName = preferredMimeType(type);
     if (mimeName.isEmpty())
         return type;

@@ -1,8 +1,7 @@
 #include "core/imaging/ImagePropertiesItem.h"
 
+#include "core/app/Translate.h"
 #include "core/imaging/ImageSource.h"
-
-#include <QCoreApplication>
 
 #include <cmath>
 #include <limits>
@@ -129,10 +128,7 @@ bool negatesCoordinate(const QString &reference, QChar negativeLetter)
     return ok && number < 0;
 }
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ImagePropertiesItem", text);
-}
+constexpr Translator tr("ImagePropertiesItem");
 
 } // namespace
 

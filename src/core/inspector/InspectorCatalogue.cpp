@@ -1,6 +1,7 @@
 #include "core/inspector/InspectorCatalogue.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
+
 #include <QHash>
 
 #include <array>
@@ -12,10 +13,7 @@ using F = InspectorFormat;
 using Item = ImagePropertiesItem;
 using Config = InspectorPropertyConfiguration;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("InspectorCatalogue", text);
-}
+constexpr Translator tr("InspectorCatalogue");
 
 // Accessors for the stored fields of a record.
 template<auto Field>

@@ -1,9 +1,8 @@
 #include "core/inspector/InspectorFormatter.h"
 
+#include "core/app/Translate.h"
 #include "core/model/DisplayFormats.h"
 #include "core/model/TextHelpers.h"
-
-#include <QCoreApplication>
 
 #include <cmath>
 
@@ -11,10 +10,7 @@ namespace {
 
 using F = InspectorFormat;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("InspectorFormatter", text);
-}
+constexpr Translator tr("InspectorFormatter");
 
 struct Code
 {

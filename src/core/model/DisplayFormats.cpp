@@ -1,6 +1,7 @@
 #include "core/model/DisplayFormats.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
+
 #include <QLocale>
 
 #include <unicode/datefmt.h>
@@ -11,6 +12,8 @@
 #include <memory>
 
 namespace {
+
+constexpr Translator tr("DisplayFormats");
 
 icu::Locale formattingLocale()
 {
@@ -85,10 +88,9 @@ QString byteCountString(qint64 bytes)
 {
     const QLocale locale;
     if (bytes <= 0)
-        return QCoreApplication::translate("DisplayFormats", "Zero KB");
+        return tr("Zero KB");
     if (bytes < 1000)
-        return bytes == 1 ? QCoreApplication::translate("DisplayFormats", "1 byte")
-                          : QCoreApplication::translate("DisplayFormats", "%1 bytes").arg(locale.toString(bytes));
+        return bytes == 1 ? tr("1 byte") : tr("%1 bytes").arg(locale.toString(bytes));
     struct Unit
     {
         double size;

@@ -1,12 +1,9 @@
 #include "core/model/FileSortTypes.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
 
 namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("FileSortTypes", text);
-}
+constexpr Translator tr("FileSortTypes");
 } // namespace
 
 QString fileSortTypeTitle(FileSortType type)

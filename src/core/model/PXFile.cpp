@@ -1,6 +1,7 @@
 #include "core/model/PXFile.h"
 
 #include "core/app/Log.h"
+#include "core/app/Translate.h"
 #include "core/fs/Applications.h"
 #include "core/fs/TypeIdentifiers.h"
 #include "core/fs/ZQFileRegistry.h"
@@ -11,7 +12,6 @@
 #include "core/model/MediaTypes.h"
 #include "core/model/TextHelpers.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QLocale>
 
@@ -22,10 +22,7 @@
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("PXFile", text);
-}
+constexpr Translator tr("PXFile");
 
 // Colour labels as the tags file managers write, with the label numbers that order them.
 struct LabelColour
@@ -594,7 +591,7 @@ QString PXFile::finderLabelTitle() const
     const int value = finderLabelSortValue();
     for (const LabelColour &colour : labelColours) {
         if (colour.value == value)
-            return QCoreApplication::translate("PXFile", colour.name);
+            return tr(colour.name);
     }
     return {};
 }

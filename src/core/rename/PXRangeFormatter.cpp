@@ -1,17 +1,20 @@
 #include "core/rename/PXRangeFormatter.h"
 
+#include "core/app/Translate.h"
 #include "core/rename/PXBatchItem.h"
 #include "core/rename/RenameTextHelpers.h"
 
-#include <QCoreApplication>
 #include <QStringList>
+
+namespace {
+constexpr Translator tr("PXRangeFormatter");
+}
 
 QString PXRangeFormatter::invalidRangeMessage()
 {
-    return QCoreApplication::translate("PXRangeFormatter",
-                                       "Ranges must be a number representing the beginning of the range, followed by a "
-                                       "dash, followed by a number of equal or greater value representing the end of "
-                                       "the range.");
+    return tr("Ranges must be a number representing the beginning of the range, followed by a "
+              "dash, followed by a number of equal or greater value representing the end of "
+              "the range.");
 }
 
 std::optional<PXRange> PXRangeFormatter::getObjectValue(const QString &string, QString *errorDescription) const

@@ -1,14 +1,16 @@
 #include "core/rename/PXRenameCriterion.h"
 
 #include "core/app/Log.h"
+#include "core/app/Translate.h"
 #include "core/rename/PXRenameRules.h"
 
-#include <QCoreApplication>
 #include <QHash>
 
 #include <mutex>
 
 namespace {
+
+constexpr Translator tr("PXRenameCriterion");
 
 struct CatalogueEntry
 {
@@ -107,7 +109,7 @@ void PXRenameCriterion::setDisplayValues()
         DisplayTable &table = displayTable();
         for (const CatalogueEntry &entry : catalogue) {
             const QString name = QString::fromLatin1(entry.name);
-            table.titles.insert(name, QCoreApplication::translate("PXRenameCriterion", entry.title));
+            table.titles.insert(name, tr(entry.title));
             table.constants.insert(name, entry.constant);
         }
     });

@@ -1,8 +1,8 @@
 #include "core/rename/PXRenamePresets.h"
 
 #include "core/app/Log.h"
+#include "core/app/Translate.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
 #include <QJsonArray>
@@ -16,6 +16,10 @@
 
 #include <algorithm>
 #include <memory>
+
+namespace {
+constexpr Translator tr("PXFileRenamer");
+}
 
 // Resources of a static library are registered by hand, outside any namespace.
 static void initialisePresetsResource()
@@ -140,8 +144,7 @@ void PXRenamePresets::nameRecentSettings()
 {
     for (qsizetype i = 0; i < m_recentSettings.size(); ++i) {
         m_recentSettings[i].insert(Key::groupIdentifier, recentSettingsGroup);
-        m_recentSettings[i].insert(Key::presetName,
-                                   QCoreApplication::translate("PXFileRenamer", "Recent Setting %1").arg(i + 1));
+        m_recentSettings[i].insert(Key::presetName, tr("Recent Setting %1").arg(i + 1));
     }
 }
 
@@ -164,7 +167,7 @@ void PXRenamePresets::buildPresetList(const QJsonObject &currentSettings)
 qsizetype PXRenamePresets::newPreset(const QJsonObject &currentSettings)
 {
     QJsonObject preset = currentSettings;
-    preset.insert(Key::presetName, QCoreApplication::translate("PXFileRenamer", "New Preset"));
+    preset.insert(Key::presetName, tr("New Preset"));
     preset.insert(Key::groupIdentifier, savedPresetsGroup);
     preset.insert(Key::dateSaved, now());
     preset.remove(Key::altered);

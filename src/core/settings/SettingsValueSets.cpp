@@ -1,12 +1,9 @@
 #include "core/settings/SettingsValueSets.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
 
 namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SettingsValueSets", text);
-}
+constexpr Translator tr("SettingsValueSets");
 } // namespace
 
 QString inspectorTabTitle(InspectorTab tab)

@@ -1,9 +1,13 @@
 #include "ui/app/ServicesProvider.h"
 
 #include "core/app/Log.h"
+#include "core/app/Translate.h"
 
-#include <QCoreApplication>
 #include <QUrl>
+
+namespace {
+constexpr Translator tr("ServicesProvider");
+}
 
 ServicesProvider::ServicesProvider(FilesHandler openRenamer, FilesHandler startSlideshow)
     : m_openRenamer(std::move(openRenamer))
@@ -12,12 +16,12 @@ ServicesProvider::ServicesProvider(FilesHandler openRenamer, FilesHandler startS
 
 QString ServicesProvider::noFilesError()
 {
-    return QCoreApplication::translate("ServicesProvider", "Failed to find files for rename service.");
+    return tr("Failed to find files for rename service.");
 }
 
 QString ServicesProvider::noImagesOrFoldersError()
 {
-    return QCoreApplication::translate("ServicesProvider", "No images or folders were selected.");
+    return tr("No images or folders were selected.");
 }
 
 QList<PXFilePtr> ServicesProvider::filesForPaths(const QStringList &paths)

@@ -2,8 +2,8 @@
 
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
+#include "core/app/Translate.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -11,10 +11,7 @@
 #include <QPointer>
 
 namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("FileDropPerformer", text);
-}
+constexpr Translator tr("FileDropPerformer");
 
 bool copyRecursively(const QString &source, const QString &target, QString *error)
 {

@@ -1,18 +1,15 @@
 #include "ui/browser/ThumbnailContextMenu.h"
 
+#include "core/app/Translate.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/FileBookmark.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/browser/ThumbnailsViewController.h"
 
-#include <QCoreApplication>
 #include <QMenu>
 
 namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ThumbnailsViewController", text);
-}
+constexpr Translator tr("ThumbnailsViewController");
 
 // Adds a command that runs `slot` of the pane when it validates.
 QAction *addCommand(QMenu *menu, ThumbnailsViewController *controller, const QString &title, const char *slotName,

@@ -1,12 +1,9 @@
 #include "ui/browser/ThumbnailsStatusText.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
 
 namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ThumbnailsViewController", text);
-}
+constexpr Translator tr("ThumbnailsViewController");
 } // namespace
 
 QString thumbnailsCountText(int fileCount, int selectedCount)

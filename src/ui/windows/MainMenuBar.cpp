@@ -1,21 +1,18 @@
 #include "ui/windows/MainMenuBar.h"
 
+#include "core/app/Translate.h"
 #include "core/model/FileSortTypes.h"
 #include "core/settings/SettingsValueSets.h"
 
 #include <QAction>
 #include <QActionGroup>
-#include <QCoreApplication>
 #include <QKeySequence>
 #include <QMenu>
 #include <QMenuBar>
 
 namespace {
 
-QString tr(const char *text, const char *disambiguation = nullptr, int n = -1)
-{
-    return QCoreApplication::translate("MainMenuBar", text, disambiguation, n);
-}
+constexpr Translator tr("MainMenuBar");
 
 struct Builder
 {

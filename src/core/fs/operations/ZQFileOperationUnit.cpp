@@ -1,6 +1,7 @@
 #include "core/fs/operations/ZQFileOperationUnit.h"
 
-#include <QCoreApplication>
+#include "core/app/Translate.h"
+
 #include <QFileInfo>
 
 #include <cstring>
@@ -16,7 +17,7 @@ ZQFileOperationError ZQFileOperationError::forCode(int code, const QString &path
     error.code = code;
     error.path = path;
     const QString name = QFileInfo(path).fileName();
-    const auto tr = [](const char *text) { return QCoreApplication::translate("ZQFileOperation", text); };
+    const Translator tr("ZQFileOperation");
     switch (code) {
     case ZQFileOperationErrorCode::none: break;
     case ZQFileOperationErrorCode::sourceMissing:
