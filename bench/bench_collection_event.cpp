@@ -4,6 +4,7 @@
 // 50 ms in which the collection gathers file events into one re-sort.
 #include "core/imaging/ImageSource.h"
 #include "core/model/FileCollectionModel.h"
+#include "core/model/PXFile.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -4,6 +4,7 @@
 // Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
 #include "core/imaging/ImageSource.h"
+#include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/ThumbnailsViewController.h"

@@ -3,6 +3,7 @@
 // the median files per second.
 #include "core/imaging/ImagePropertiesLoader.h"
 #include "core/imaging/ImageSource.h"
+#include "core/model/PXFile.h"
 
 #include <QCoreApplication>
 #include <QDir>

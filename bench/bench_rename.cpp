@@ -3,6 +3,7 @@
 // rename of 10 000 files in one folder as one file operation.
 
 #include "core/imaging/ImageSource.h"
+#include "core/model/PXFile.h"
 #include "core/rename/PXBatchOutlineViewController.h"
 #include "core/rename/PXFileRenameItem.h"
 #include "core/rename/PXFileRenamer.h"

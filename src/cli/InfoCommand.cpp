@@ -1,6 +1,7 @@
 #include "cli/InfoCommand.h"
 
 #include "cli/CliSupport.h"
+#include "core/model/PXFile.h"
 
 #include "core/imaging/ImagePropertiesLoader.h"
 #include "core/inspector/InspectorRows.h"

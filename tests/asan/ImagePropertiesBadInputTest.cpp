@@ -1,5 +1,6 @@
 #include "core/imaging/ImagePropertiesItem.h"
 #include "core/inspector/InspectorRows.h"
+#include "core/model/PXFile.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

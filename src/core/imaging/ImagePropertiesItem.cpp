@@ -2,6 +2,7 @@
 
 #include "core/app/Translate.h"
 #include "core/imaging/ImageSource.h"
+#include "core/model/PXFile.h"
 
 #include <cmath>
 #include <limits>

@@ -1,6 +1,7 @@
 #include "core/imaging/ImagePropertiesManager.h"
 
 #include "core/fs/ZQFolderSubscription.h"
+#include "core/model/PXFile.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,7 @@
 #include "core/inspector/InspectorCatalogue.h"
 
 #include "core/app/Translate.h"
+#include "core/model/PXFile.h"
 
 #include <QHash>
 

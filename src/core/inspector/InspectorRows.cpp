@@ -1,6 +1,7 @@
 #include "core/inspector/InspectorRows.h"
 
 #include "core/inspector/InspectorFormatter.h"
+#include "core/model/PXFile.h"
 
 #include <QSet>
 

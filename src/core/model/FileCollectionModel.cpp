@@ -3,6 +3,7 @@
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/fs/ZQFolderSubscription.h"
+#include "core/model/PXFile.h"
 #include "core/model/TextHelpers.h"
 
 #include <QPointer>

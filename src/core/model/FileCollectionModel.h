@@ -12,10 +12,13 @@
 
 #include <any>
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QTimer;
+class ZQStandardFile;
 struct ZQFileEvent;
+using ZQFilePtr = std::shared_ptr<ZQStandardFile>;
 
 // The files of one or more folders (and their subfolders to a depth) as a main window's grid
 // shows them: listed through folder subscriptions, filtered, sorted, and published on the GUI

@@ -1,6 +1,7 @@
 #include "core/model/FileModel.h"
 
 #include "core/fs/ZQFolderSubscription.h"
+#include "core/model/PXFile.h"
 
 #include <QTimer>
 

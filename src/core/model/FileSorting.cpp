@@ -1,5 +1,6 @@
 #include "core/model/FileSorting.h"
 
+#include "core/model/PXFile.h"
 #include "core/model/TextHelpers.h"
 
 #include <QHash>

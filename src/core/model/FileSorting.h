@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/model/FileSortTypes.h"
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 
 #include <QList>
 #include <QString>

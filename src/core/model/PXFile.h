@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/fs/ZQStandardFile.h"
+#include "core/model/PXFileForward.h"
 
 #include <QDateTime>
 #include <QSizeF>
@@ -11,9 +12,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-
-class PXFile;
-using PXFilePtr = std::shared_ptr<PXFile>;
 
 // The program's record of a file, folder, volume or application: the file object plus facts
 // computed on first use and kept until a file event clears them (its kind, size and dates as

@@ -1,6 +1,7 @@
 #include "core/rename/PXBatchItem.h"
 
 #include "core/app/Log.h"
+#include "core/model/PXFile.h"
 
 PXBatchItem::PXBatchItem(PXFilePtr representedObject, bool isContainer)
     : m_representedObject(std::move(representedObject))

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/model/FileSorting.h"
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 
 #include <QList>
 #include <QString>

@@ -1,5 +1,7 @@
 #include "core/rename/PXBatchOutlineViewController.h"
 
+#include "core/model/PXFile.h"
+
 #include <QSet>
 
 PXBatchOutlineViewController::PXBatchOutlineViewController(ItemFactory itemClass, QObject *parent)

@@ -1,6 +1,7 @@
 #include "core/rename/PXFileRenameItem.h"
 
 #include "core/app/Log.h"
+#include "core/model/PXFile.h"
 #include "core/model/TextHelpers.h"
 #include "core/rename/RenameTextHelpers.h"
 

@@ -5,6 +5,7 @@
 #include "core/fs/ZQFolderSubscription.h"
 #include "core/fs/operations/ZQFileController.h"
 #include "core/fs/operations/ZQFileOperationHandler.h"
+#include "core/model/PXFile.h"
 #include "core/rename/PXBatchOutlineViewController.h"
 #include "core/rename/PXFileRenamerQuestions.h"
 #include "core/rename/PXRenamePresets.h"

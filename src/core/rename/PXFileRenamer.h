@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/fs/ZQFileEvent.h"
 #include "core/fs/operations/ZQFileOperationDelegate.h"
 #include "core/model/FileSorting.h"
 #include "core/rename/PXFileRenameItem.h"

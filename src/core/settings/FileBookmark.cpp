@@ -1,5 +1,6 @@
 #include "core/settings/FileBookmark.h"
 
+#include "core/model/PXFile.h"
 #include "core/settings/SettingsCoding.h"
 
 namespace {

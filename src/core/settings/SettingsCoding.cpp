@@ -1,6 +1,7 @@
 #include "core/settings/SettingsCoding.h"
 
 #include "core/fs/ZQFileRecord.h"
+#include "core/model/PXFile.h"
 
 #include <QDataStream>
 #include <QIODevice>

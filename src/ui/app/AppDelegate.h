@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/app/LaunchRequest.h"
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 
 #include <QObject>
 #include <QPointer>

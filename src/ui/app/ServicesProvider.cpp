@@ -2,6 +2,7 @@
 
 #include "core/app/Log.h"
 #include "core/app/Translate.h"
+#include "core/model/PXFile.h"
 
 #include <QUrl>
 

@@ -3,6 +3,7 @@
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/app/Translate.h"
+#include "core/model/PXFile.h"
 
 #include <QDir>
 #include <QDirIterator>

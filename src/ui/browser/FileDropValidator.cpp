@@ -1,5 +1,7 @@
 #include "ui/browser/FileDropValidator.h"
 
+#include "core/model/PXFile.h"
+
 #include <QDir>
 
 Qt::DropAction dropActionForOperation(FileDropOperation operation)

@@ -1,5 +1,7 @@
 #include "ui/browser/FileOpener.h"
 
+#include "core/model/PXFile.h"
+
 #include <QDesktopServices>
 #include <QProcess>
 #include <QUrl>

@@ -3,6 +3,7 @@
 #include "core/fs/operations/ZQFileController.h"
 #include "core/fs/operations/ZQFileOperationGroup.h"
 #include "core/fs/operations/ZQFileOperationHandler.h"
+#include "core/model/PXFile.h"
 
 InlineRenameOperation::InlineRenameOperation(QObject *context, Done done)
     : m_context(context)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/fs/operations/ZQFileOperationDelegate.h"
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,6 +1,7 @@
 #include "ui/browser/RenamedFileFollower.h"
 
 #include "core/app/Dispatch.h"
+#include "core/model/PXFile.h"
 
 #include <QPointer>
 

@@ -1,6 +1,7 @@
 #include "ui/browser/ThumbnailContextMenu.h"
 
 #include "core/app/Translate.h"
+#include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/FileBookmark.h"
 #include "core/settings/SettingsManager.h"

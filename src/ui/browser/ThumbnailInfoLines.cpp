@@ -1,5 +1,7 @@
 #include "ui/browser/ThumbnailInfoLines.h"
 
+#include "core/model/PXFile.h"
+
 QStringList thumbnailInfoLines(const PXFile &file, ThumbnailInfoOptions options)
 {
     QStringList lines;

@@ -1,5 +1,7 @@
 #include "ui/browser/ThumbnailsSavedState.h"
 
+#include "core/model/PXFile.h"
+
 #include <QStringList>
 
 QString thumbnailsSavedSourcesKey(const QList<PXFilePtr> &sources)

@@ -3,6 +3,7 @@
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/model/FileCollectionModel.h"
+#include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/browser/FileDropPerformer.h"

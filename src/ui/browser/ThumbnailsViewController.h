@@ -2,7 +2,7 @@
 
 #include "core/model/FileModel.h"
 #include "core/model/FileSortTypes.h"
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
 #include "core/thumbnails/ThumbnailItem.h"
 #include "ui/browser/FileDropValidator.h"

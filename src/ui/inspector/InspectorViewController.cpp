@@ -2,6 +2,7 @@
 
 #include "core/app/Dispatch.h"
 #include "core/imaging/ImagePropertiesLoader.h"
+#include "core/model/PXFile.h"
 
 #include <QHeaderView>
 #include <QLabel>

@@ -2,7 +2,7 @@
 
 #include "core/imaging/ImagePropertiesItem.h"
 #include "core/inspector/InspectorRows.h"
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
 
 #include <QList>

@@ -1,5 +1,6 @@
 #include "ui/sidebar/FavoritesView.h"
 
+#include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "ui/app/ThemeIcons.h"
 

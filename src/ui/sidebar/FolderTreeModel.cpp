@@ -4,6 +4,7 @@
 #include "core/app/Log.h"
 #include "core/fs/ZQFolderSubscription.h"
 #include "core/model/FileSorting.h"
+#include "core/model/PXFile.h"
 #include "ui/app/ThemeIcons.h"
 
 #include <QFileIconProvider>

@@ -1,5 +1,6 @@
 #include "ui/sidebar/PathBar.h"
 
+#include "core/model/PXFile.h"
 #include "ui/app/ThemeIcons.h"
 
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 
 #include <QWidget>
 

@@ -1,5 +1,6 @@
 #include "ui/sidebar/SidebarViewController.h"
 
+#include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "ui/sidebar/FavoritesView.h"
 #include "ui/sidebar/FolderTreeModel.h"

@@ -2,6 +2,7 @@
 
 #include "core/app/Log.h"
 #include "core/fs/Applications.h"
+#include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/app/AppDelegate.h"

@@ -3,6 +3,7 @@
 #include "core/app/Log.h"
 #include "core/fs/Applications.h"
 #include "core/model/FlagManager.h"
+#include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/app/AuxiliaryWindowsManager.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/model/FileSortTypes.h"
-#include "core/model/PXFile.h"
+#include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
 #include "core/windows/NavigationHistory.h"
 #include "ui/windows/CommandState.h"

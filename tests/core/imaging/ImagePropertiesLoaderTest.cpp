@@ -1,5 +1,6 @@
 #include "core/imaging/ImagePropertiesLoader.h"
 #include "core/imaging/ImagePropertiesManager.h"
+#include "core/model/PXFile.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

@@ -2,6 +2,7 @@
 #include "core/inspector/InspectorCatalogue.h"
 #include "core/inspector/InspectorRows.h"
 #include "core/model/DisplayFormats.h"
+#include "core/model/PXFile.h"
 
 #include <gtest/gtest.h>
 

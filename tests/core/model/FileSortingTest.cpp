@@ -1,4 +1,5 @@
 #include "core/model/FileSorting.h"
+#include "core/model/PXFile.h"
 
 #include "support/TestDir.h"
 

@@ -4,6 +4,7 @@
 #include "core/rename/PXFileRenamerQuestions.h"
 #include "core/rename/PXRenamePresets.h"
 
+#include "core/model/PXFile.h"
 #include "core/rename/RenameLogCapture.h"
 #include "core/rename/RenameRuleRows.h"
 #include "support/TestDir.h"

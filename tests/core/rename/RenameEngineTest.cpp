@@ -2,6 +2,7 @@
 #include "core/rename/PXRangeFormatter.h"
 #include "core/rename/PXRenameCriterion.h"
 
+#include "core/model/PXFile.h"
 #include "core/rename/RenameLogCapture.h"
 #include "core/rename/RenameRuleRows.h"
 #include "support/TestDir.h"

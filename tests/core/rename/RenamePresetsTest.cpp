@@ -3,6 +3,7 @@
 #include "core/rename/PXFileRenamerQuestions.h"
 #include "core/rename/PXRenamePresets.h"
 
+#include "core/model/PXFile.h"
 #include "core/rename/RenameRuleRows.h"
 #include "support/TestDir.h"
 

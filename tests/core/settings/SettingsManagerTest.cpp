@@ -2,6 +2,7 @@
 #include "core/settings/AppSettings.h"
 
 #include "core/app/Log.h"
+#include "core/model/PXFile.h"
 #include "core/settings/SettingsCoding.h"
 #include "support/TestDir.h"
 

@@ -1,4 +1,5 @@
 #include "core/settings/WindowSettings.h"
+#include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 
 #include "support/TestDir.h"

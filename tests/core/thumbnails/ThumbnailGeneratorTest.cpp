@@ -1,6 +1,7 @@
 #include "support/CameraJpegs.h"
 #include "support/TestDir.h"
 
+#include "core/model/PXFile.h"
 #include "core/thumbnails/SystemThumbnailer.h"
 #include "core/thumbnails/ThumbnailGenerator.h"
 

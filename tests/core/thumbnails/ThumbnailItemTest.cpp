@@ -1,5 +1,6 @@
 #include "support/TestDir.h"
 
+#include "core/model/PXFile.h"
 #include "core/thumbnails/SystemThumbnailer.h"
 #include "core/thumbnails/ThumbnailItem.h"
 

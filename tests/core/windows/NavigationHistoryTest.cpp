@@ -1,4 +1,5 @@
 #include "core/windows/NavigationHistory.h"
+#include "core/model/PXFile.h"
 
 #include "support/TestDir.h"
 

@@ -1,3 +1,4 @@
+#include "core/model/PXFile.h"
 #include "ui/browser/FileDropValidator.h"
 #include "ui/browser/ThumbnailsStatusText.h"
 

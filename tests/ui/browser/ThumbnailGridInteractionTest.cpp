@@ -3,6 +3,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 
 #include "core/model/FileCollectionModel.h"
+#include "core/model/PXFile.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 

@@ -1,6 +1,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 
 #include "core/model/FileCollectionModel.h"
+#include "core/model/PXFile.h"
 #include "core/settings/SettingsManager.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"

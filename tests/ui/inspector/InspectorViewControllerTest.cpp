@@ -1,4 +1,5 @@
 #include "ui/inspector/InspectorViewController.h"
+#include "core/model/PXFile.h"
 
 #include "support/TestDir.h"
 #include "support/TestImages.h"

@@ -1,4 +1,5 @@
 #include "ui/sidebar/FolderTreeModel.h"
+#include "core/model/PXFile.h"
 #include "ui/sidebar/PathBar.h"
 
 #include "support/TestDir.h"

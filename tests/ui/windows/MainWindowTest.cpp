@@ -8,6 +8,7 @@
 #include "ui/windows/MainWindowFrame.h"
 #include "ui/windows/MainWindowViewController.h"
 
+#include "core/model/PXFile.h"
 #include "ui/ShellFixture.h"
 
 #include <QAction>
