@@ -151,6 +151,19 @@ void SettingsReader::read(const QString &key, int &value)
     readInteger(key, value);
 }
 
+bool SettingsReader::readRawValue(const QString &key, int &raw, const QMetaEnum &valueSet)
+{
+    int read = raw;
+    if (!readInteger(key, read))
+        return false;
+    if (!valueSet.valueToKey(read)) {
+        fail(key, QStringLiteral("%1 is not a raw value of %2").arg(read).arg(QLatin1String(valueSet.enumName())));
+        return false;
+    }
+    raw = read;
+    return true;
+}
+
 void SettingsReader::read(const QString &key, double &value)
 {
     const QJsonValue json = this->value(key);
@@ -297,6 +310,14 @@ void SettingsWriter::write(const QString &key, const QJsonValue &value)
 {
     if (!m_failed)
         m_object.insert(key, value);
+}
+
+void SettingsWriter::writeRawValue(const QString &key, int raw, const QMetaEnum &valueSet)
+{
+    if (!valueSet.valueToKey(raw))
+        return fail(key,
+                    QStringLiteral("%1 is not a raw value of %2").arg(raw).arg(QLatin1String(valueSet.enumName())));
+    write(key, QJsonValue(raw));
 }
 
 void SettingsWriter::write(const QString &key, const QColor &color)

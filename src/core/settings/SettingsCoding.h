@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
+#include <QMetaEnum>
 #include <QString>
 #include <QVariantMap>
 
@@ -26,92 +27,6 @@
 // base64 string of its QDataStream form, a date as seconds since 1 January 2001 00:00 UTC, a file
 // reference as a ZQFileRecord object (a file that is gone comes back as a placeholder), a set of
 // them as an array of records, a dictionary as base64 of the QDataStream form of a QVariantMap.
-
-// The name and the members of each enumeration that the settings store.
-template<typename E>
-struct SettingsValueSet;
-
-// Raw values 0 ..< count.
-template<int Count>
-struct ContiguousValueSet
-{
-    static constexpr bool contains(int raw) { return raw >= 0 && raw < Count; }
-};
-
-template<>
-struct SettingsValueSet<ImageDisplayScaling> : ContiguousValueSet<imageDisplayScalingCount>
-{
-    static constexpr const char *name = "ImageDisplayScaling";
-};
-template<>
-struct SettingsValueSet<ScreenOption> : ContiguousValueSet<screenOptionCount>
-{
-    static constexpr const char *name = "ScreenOption";
-};
-template<>
-struct SettingsValueSet<OpenImageDestination> : ContiguousValueSet<openImageDestinationCount>
-{
-    static constexpr const char *name = "OpenImageDestination";
-};
-template<>
-struct SettingsValueSet<BrowserLayout> : ContiguousValueSet<browserLayoutCount>
-{
-    static constexpr const char *name = "BrowserLayout";
-};
-template<>
-struct SettingsValueSet<SidebarInfoOptions> : ContiguousValueSet<sidebarInfoOptionsCount>
-{
-    static constexpr const char *name = "SidebarInfoOptions";
-};
-template<>
-struct SettingsValueSet<InspectorTab> : ContiguousValueSet<inspectorTabCount>
-{
-    static constexpr const char *name = "InspectorTab";
-};
-template<>
-struct SettingsValueSet<SlideshowInfoVisibility> : ContiguousValueSet<slideshowInfoVisibilityCount>
-{
-    static constexpr const char *name = "SlideshowInfoVisibility";
-};
-template<>
-struct SettingsValueSet<SlideshowTransitionStyle> : ContiguousValueSet<slideshowTransitionStyleCount>
-{
-    static constexpr const char *name = "SlideshowTransitionStyle";
-};
-template<>
-struct SettingsValueSet<FileSortType> : ContiguousValueSet<fileSortTypeCount>
-{
-    static constexpr const char *name = "FileSortType";
-};
-template<>
-struct SettingsValueSet<FolderSortType> : ContiguousValueSet<folderSortTypeCount>
-{
-    static constexpr const char *name = "FolderSortType";
-};
-template<>
-struct SettingsValueSet<FileFilterType> : ContiguousValueSet<fileFilterTypeCount>
-{
-    static constexpr const char *name = "FileFilterType";
-};
-template<>
-struct SettingsValueSet<SubfolderInclusionStyle> : ContiguousValueSet<2>
-{
-    static constexpr const char *name = "SubfolderInclusionStyle";
-};
-
-template<>
-struct SettingsValueSet<ImageScalePercentage>
-{
-    static constexpr const char *name = "ImageScalePercentage";
-    static constexpr bool contains(int raw)
-    {
-        for (const ImageScalePercentage scale : allImageScalePercentages) {
-            if (int(scale) == raw)
-                return true;
-        }
-        return false;
-    }
-};
 
 class SettingsReader
 {
@@ -141,18 +56,17 @@ public:
     void read(const QString &key, std::optional<QVariantMap> &dictionary);
     void read(const QString &key, AlertsAndWarnings &warnings);
 
+    // A choice of a value set (a meta-enum) as its raw value, which must be one of the set's.
+    // Answers whether `raw` was read.
+    bool readRawValue(const QString &key, int &raw, const QMetaEnum &valueSet);
+
     template<typename E>
     requires std::is_enum_v<E>
     void read(const QString &key, E &value)
     {
         int raw = int(value);
-        if (!readInteger(key, raw))
-            return;
-        if (!SettingsValueSet<E>::contains(raw))
-            return fail(
-                key,
-                QStringLiteral("%1 is not a raw value of %2").arg(raw).arg(QLatin1String(SettingsValueSet<E>::name)));
-        value = E(raw);
+        if (readRawValue(key, raw, QMetaEnum::fromType<E>()))
+            value = E(raw);
     }
 
     template<typename E>
@@ -246,17 +160,11 @@ public:
     void write(const QString &key, AlertsAndWarnings warnings);
 
     // A raw value outside the set fails: the reader would reject the whole file.
+    void writeRawValue(const QString &key, int raw, const QMetaEnum &valueSet);
+
     template<typename E>
     requires std::is_enum_v<E>
-    void write(const QString &key, E value)
-    {
-        if (!SettingsValueSet<E>::contains(int(value)))
-            return fail(key,
-                        QStringLiteral("%1 is not a raw value of %2")
-                            .arg(int(value))
-                            .arg(QLatin1String(SettingsValueSet<E>::name)));
-        write(key, QJsonValue(int(value)));
-    }
+    void write(const QString &key, E value) { writeRawValue(key, int(value), QMetaEnum::fromType<E>()); }
 
     template<typename E>
     void write(const QString &key, QFlags<E> flags)
