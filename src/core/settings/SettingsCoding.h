@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/model/PXFile.h"
+#include "core/settings/ObservableSettings.h"
 #include "core/settings/SettingsValueSets.h"
 
 #include <QColor>
@@ -9,13 +10,17 @@
 #include <QJsonObject>
 #include <QList>
 #include <QMetaEnum>
+#include <QMetaType>
 #include <QString>
 #include <QVariantMap>
 
+#include <functional>
+#include <memory>
 #include <optional>
-#include <type_traits>
 
-// The JSON forms shared by every settings object.
+// The JSON forms shared by every settings object, and the coding of the settings objects
+// themselves: every stored property of an ObservableSettings, under its name, in the form of its
+// type.
 //
 // Reading is strict and "read if present": an absent key, or an explicit null, leaves the value
 // as it was (the default); a present key of the wrong type, an unknown raw value or an unreadable
@@ -59,15 +64,6 @@ public:
     // A choice of a value set (a meta-enum) as its raw value, which must be one of the set's.
     // Answers whether `raw` was read.
     bool readRawValue(const QString &key, int &raw, const QMetaEnum &valueSet);
-
-    template<typename E>
-    requires std::is_enum_v<E>
-    void read(const QString &key, E &value)
-    {
-        int raw = int(value);
-        if (readRawValue(key, raw, QMetaEnum::fromType<E>()))
-            value = E(raw);
-    }
 
     template<typename E>
     void read(const QString &key, QFlags<E> &flags)
@@ -163,10 +159,6 @@ public:
     void writeRawValue(const QString &key, int raw, const QMetaEnum &valueSet);
 
     template<typename E>
-    requires std::is_enum_v<E>
-    void write(const QString &key, E value) { writeRawValue(key, int(value), QMetaEnum::fromType<E>()); }
-
-    template<typename E>
     void write(const QString &key, QFlags<E> flags)
     {
         write(key, QJsonValue(flags.toInt()));
@@ -213,6 +205,36 @@ private:
 };
 
 namespace SettingsCoding {
+
+// The settings objects as JSON objects: the properties that the subclasses of ObservableSettings
+// declare, in their order, except the unsaved ones; each under its name, in the form of its type.
+//
+// Writing fails for a value that could not be read back, and for a type without a form.
+std::optional<QJsonObject> toJson(const ObservableSettings &settings, QString *error, const QString &keyPath = {});
+
+// Reading stores each key present through the property's setter. `check`, when given, may refuse
+// a value that was read: it answers the reason (reported like a wrong type), or nothing.
+using ValueCheck = std::function<QString(const QString &key, const QVariant &value)>;
+void readProperties(ObservableSettings &settings, SettingsReader &reader, const ValueCheck &check = {});
+
+// A new settings object of type S read from `json`; null, with the reason, when `json` is not an
+// object or one of its keys cannot be read.
+template<typename S>
+std::shared_ptr<S> fromJson(const QJsonValue &json, QString *error, const QString &keyPath = {},
+                            const ValueCheck &check = {})
+{
+    const std::optional<QJsonObject> object = SettingsReader::objectAt(json, keyPath, error);
+    if (!object)
+        return nullptr;
+    auto settings = std::make_shared<S>();
+    SettingsReader reader(*object, keyPath);
+    readProperties(*settings, reader, check);
+    if (reader.failed()) {
+        *error = reader.error();
+        return nullptr;
+    }
+    return settings;
+}
 
 // A file reference: the record of a file, and back. Resolving answers a placeholder for a file
 // that is gone, and null (with a reason) for a malformed record.
