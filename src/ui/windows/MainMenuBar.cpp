@@ -133,7 +133,7 @@ QList<QAction *> build(QMenuBar *menuBar)
     b.toggle(view, tr("Show Favorites"), "showHideFavorites");
     b.toggle(view, tr("Show Inspector"), "showHideInspector", QKeySequence(Qt::CTRL | Qt::Key_I));
     QMenu *layout = view->addMenu(tr("Layout"));
-    b.choice(layout, "changeBrowserLayout", range<BrowserLayout>(browserLayoutCount), browserLayoutTitle);
+    b.choice(layout, "changeBrowserLayout", range<BrowserLayout>(valueSetCount<BrowserLayout>()), browserLayoutTitle);
     view->addSeparator();
     b.toggle(view, tr("Show Thumbnail Information"), "toggleThumbnailInfo", QKeySequence(Qt::CTRL | Qt::Key_J));
     QMenu *info = view->addMenu(tr("Thumbnail Information"));
@@ -151,13 +151,15 @@ QList<QAction *> build(QMenuBar *menuBar)
     b.add(size, tr("Smaller"), "changeThumbnailSize", QKeySequence::ZoomOut, -1);
     view->addSeparator();
     QMenu *sort = view->addMenu(tr("Sort By"));
-    b.choice(sort, "changeThumbnailFileSort", range<FileSortType>(fileSortTypeCount), fileSortTypeTitle);
+    b.choice(sort, "changeThumbnailFileSort", range<FileSortType>(valueSetCount<FileSortType>()), fileSortTypeTitle);
     sort->addSeparator();
     b.toggle(sort, tr("Reverse Order"), "changeThumbnailReverseSort");
     sort->addSeparator();
-    b.choice(sort, "changeThumbnailFolderSort", range<FolderSortType>(folderSortTypeCount), folderSortTypeTitle);
+    b.choice(sort, "changeThumbnailFolderSort", range<FolderSortType>(valueSetCount<FolderSortType>()),
+             folderSortTypeTitle);
     QMenu *filter = view->addMenu(tr("Show"));
-    b.choice(filter, "changeThumbnailFileFilter", range<FileFilterType>(fileFilterTypeCount), fileFilterTypeTitle);
+    b.choice(filter, "changeThumbnailFileFilter", range<FileFilterType>(valueSetCount<FileFilterType>()),
+             fileFilterTypeTitle);
     filter->addSeparator();
     b.toggle(filter, tr("Hide Folders"), "changeThumbnailHideFolders");
     QMenu *subfolders = view->addMenu(tr("Subfolders"));
@@ -172,13 +174,16 @@ QList<QAction *> build(QMenuBar *menuBar)
     view->addSeparator();
     QMenu *sidebar = view->addMenu(tr("Sidebar"));
     QMenu *sidebarSort = sidebar->addMenu(tr("Sort By"));
-    b.choice(sidebarSort, "changeSidebarFileSort", range<FileSortType>(fileSortTypeCount), fileSortTypeTitle);
+    b.choice(sidebarSort, "changeSidebarFileSort", range<FileSortType>(valueSetCount<FileSortType>()),
+             fileSortTypeTitle);
     sidebarSort->addSeparator();
     b.toggle(sidebarSort, tr("Reverse Order"), "changeSidebarReverseSort");
     QMenu *sidebarFilter = sidebar->addMenu(tr("Show"));
-    b.choice(sidebarFilter, "changeSidebarFileFilter", range<FileFilterType>(fileFilterTypeCount), fileFilterTypeTitle);
+    b.choice(sidebarFilter, "changeSidebarFileFilter", range<FileFilterType>(valueSetCount<FileFilterType>()),
+             fileFilterTypeTitle);
     QMenu *sidebarInfo = sidebar->addMenu(tr("Counts"));
-    b.choice(sidebarInfo, "changeSidebarInfo", range<SidebarInfoOptions>(sidebarInfoOptionsCount), sidebarInfoTitle);
+    b.choice(sidebarInfo, "changeSidebarInfo", range<SidebarInfoOptions>(valueSetCount<SidebarInfoOptions>()),
+             sidebarInfoTitle);
     view->addSeparator();
     b.add(view, tr("Scale to Fit"), "scaleToFit", QKeySequence(Qt::CTRL | Qt::Key_0));
     b.add(view, tr("Fit to Screen"), "fitToScreen");

@@ -284,7 +284,7 @@ void MainWindowViewController::buildToolbar()
     };
     QMenu *sortMenu =
         menuButton(QIcon::fromTheme(QStringLiteral("view-sort-ascending")), tr("Sort"), "changeThumbnailFileSort",
-                   fileSortTypeCount, [](int raw) { return fileSortTypeTitle(FileSortType(raw)); });
+                   valueSetCount<FileSortType>(), [](int raw) { return fileSortTypeTitle(FileSortType(raw)); });
     sortMenu->addSeparator();
     QAction *reverse = sortMenu->addAction(tr("Reverse Order"));
     reverse->setCheckable(true);
@@ -294,7 +294,7 @@ void MainWindowViewController::buildToolbar()
         performCommand({QStringLiteral("changeThumbnailReverseSort"), {}});
     });
     menuButton(QIcon::fromTheme(QStringLiteral("view-filter")), tr("Show"), "changeThumbnailFileFilter",
-               fileFilterTypeCount, [](int raw) { return fileFilterTypeTitle(FileFilterType(raw)); });
+               valueSetCount<FileFilterType>(), [](int raw) { return fileFilterTypeTitle(FileFilterType(raw)); });
 
     auto *spacer = new QWidget(m_toolbar);
     spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
