@@ -5,6 +5,7 @@
 #include "core/model/FileCollectionModel.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/thumbnails/ThumbnailVisibilityUpdater.h"
 #include "ui/browser/FileDropPerformer.h"
 #include "ui/browser/FileOpener.h"
 #include "ui/browser/InlineRenameOperation.h"
@@ -32,14 +33,14 @@ const QMargins sectionInsets(10, 10, 10, 10);
 // Coalesces a run of keyboard moves into one report to the window (the inspector and the
 // preview load on each report).
 constexpr int selectionChangeDelayMs = 40;
-// Items this many screens away from the view forget their pictures.
-constexpr int keepScreens = 3;
 } // namespace
 
 ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, QWidget *parent)
     : QWidget(parent)
     , m_windowSettings(settings ? std::move(settings) : std::make_shared<WindowSettings>())
     , m_collection(new FileCollectionModel(this))
+    , m_visibility(
+          new ThumbnailVisibilityUpdater(m_allItemsFlat, m_indexByFile, m_windowSettings, &thumbnailInfoLines, this))
     , m_grid(new ThumbnailGridView(this, this))
     , m_loadingLabel(new QLabel(tr("Loading Files..."), this))
     , m_selectionChangeTimer(new QTimer(this))
@@ -66,7 +67,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     };
     m_collection->fileUpdateCallback = [this](const FileModelPtr &node) {
         const PXFile *file = node->file().get();
-        m_infoLines.remove(file);
+        m_visibility->forgetInfoLines(file);
         if (ThumbnailItemPtr item = m_allItemsByFile.value(file)) {
             if (item->lookedForThumbnail())
                 item->reload();
@@ -96,6 +97,10 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
         checkSourcesExist();
         updateStatus();
     });
+
+    connect(m_visibility, &ThumbnailVisibilityUpdater::thumbnailForgotten, this,
+            [this](const ThumbnailItem *item) { m_pixmaps.remove(item); });
+    connect(m_visibility, &ThumbnailVisibilityUpdater::infoLinesChanged, m_grid, &ThumbnailGridView::updateItem);
 
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
     connect(m_grid, &ThumbnailGridView::visibleRangeChanged, this, &ThumbnailsViewController::updateVisibility);
@@ -127,9 +132,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     connect(ws, &WindowSettings::browserLayoutChanged, this, &ThumbnailsViewController::updateItemSize);
     connect(ws, &WindowSettings::thumbnailShowInformationChanged, this, &ThumbnailsViewController::updateItemSize);
     connect(ws, &WindowSettings::thumbnailInformationChanged, this, [this] {
-        m_infoLines.clear();
-        m_infoLinesPending.clear();
-        ++m_infoGeneration;
+        m_visibility->clearInfoLines();
         updateItemSize();
     });
     if (AppSettings *app = SettingsManager::shared().settings()) {
@@ -193,11 +196,8 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     m_allItemsFlat.clear();
     m_indexByFile.clear();
     m_sectionFolders.clear();
-    m_nearItems.clear();
+    m_visibility->clear();
     m_pixmaps.clear();
-    m_infoLines.clear();
-    m_infoLinesPending.clear();
-    ++m_infoGeneration;
     m_grid->gridLayout().setSections({}, false);
     m_grid->relayout();
     m_grid->setScrollOrigin({0, 0});
@@ -304,11 +304,7 @@ void ThumbnailsViewController::publish()
         if (!items.contains(it.key())) {
             ThumbnailItem *gone = it.value().get();
             gone->setController(nullptr, nullptr);
-            gone->setVisible(Visibility::offscreen);
-            gone->reset();
-            m_nearItems.remove(gone);
-            m_pixmaps.remove(gone);
-            m_infoLines.remove(it.key());
+            m_visibility->forget(gone);
         }
     }
     QList<PXFilePtr> arrived;
@@ -429,78 +425,7 @@ void ThumbnailsViewController::updateVisibility()
 {
     const auto [first, last] = m_grid->onscreenRange();
     const auto [nearFirst, nearLast] = m_grid->nearbyRange();
-    QSet<ThumbnailItem *> now;
-    now.reserve(nearLast - nearFirst);
-    // On-screen cells first, in reading order, so that their requests are the oldest of the
-    // most urgent class.
-    for (int i = first; i < last && i < m_allItemsFlat.size(); ++i) {
-        ThumbnailItem *item = m_allItemsFlat[i].get();
-        item->setVisible(Visibility::onscreen);
-        now.insert(item);
-    }
-    for (int i = nearFirst; i < nearLast && i < m_allItemsFlat.size(); ++i) {
-        if (i >= first && i < last)
-            continue;
-        ThumbnailItem *item = m_allItemsFlat[i].get();
-        item->setVisible(Visibility::nearby);
-        now.insert(item);
-    }
-    const int span = std::max(1, last - first);
-    const int keepFirst = first - keepScreens * span;
-    const int keepLast = last + keepScreens * span;
-    for (ThumbnailItem *item : std::as_const(m_nearItems)) {
-        if (now.contains(item))
-            continue;
-        item->setVisible(Visibility::offscreen);
-        const int index = item->indexPath.value_or(-1);
-        if (index < keepFirst || index >= keepLast) {
-            m_pixmaps.remove(item);
-            item->reset();
-        } else {
-            now.insert(item); // still close: keep its picture, watch it leave
-        }
-    }
-    m_nearItems = std::move(now);
-    requestInfoLines(nearFirst, nearLast);
-}
-
-void ThumbnailsViewController::requestInfoLines(int first, int last)
-{
-    const ThumbnailInfoOptions options = m_windowSettings->thumbnailInformation();
-    if (!m_windowSettings->thumbnailShowInformation() || options == ThumbnailInfoOptions(ThumbnailInfoOption::filename))
-        return;
-    QList<PXFilePtr> wanted;
-    for (int i = std::max(0, first); i < last && i < m_allItemsFlat.size(); ++i) {
-        const PXFilePtr &file = m_allItemsFlat[i]->file();
-        if (!m_infoLines.contains(file.get()) && !m_infoLinesPending.contains(file.get())) {
-            wanted.append(file);
-            m_infoLinesPending.insert(file.get());
-        }
-    }
-    if (wanted.isEmpty())
-        return;
-    QPointer<ThumbnailsViewController> self(this);
-    const quint64 generation = m_infoGeneration;
-    // Dimensions open each image: read them off the GUI thread.
-    runOnPool(QStringLiteral("Thumbnail Info"), [self, wanted, options, generation] {
-        QList<QStringList> lines;
-        lines.reserve(wanted.size());
-        for (const PXFilePtr &file : wanted)
-            lines.append(thumbnailInfoLines(*file, options));
-        postToGui([self, wanted, lines, generation] {
-            if (!self || generation != self->m_infoGeneration)
-                return;
-            for (qsizetype i = 0; i < wanted.size(); ++i) {
-                const PXFile *file = wanted[i].get();
-                self->m_infoLinesPending.remove(file);
-                const auto it = self->m_indexByFile.constFind(file);
-                if (it == self->m_indexByFile.cend())
-                    continue;
-                self->m_infoLines.insert(file, lines[i]);
-                self->m_grid->updateItem(*it);
-            }
-        });
-    });
+    m_visibility->setVisibleRange(first, last, nearFirst, nearLast);
 }
 
 void ThumbnailsViewController::thumbnailItemThumbnailChanged(ThumbnailItem &item)
@@ -566,9 +491,8 @@ QStringList ThumbnailsViewController::gridInfoLines(int index)
         return {};
     const ThumbnailInfoOptions options = m_windowSettings->thumbnailInformation();
     if (m_windowSettings->browserLayout() != BrowserLayout::topPreview) {
-        const auto it = m_infoLines.constFind(file.get());
-        if (it != m_infoLines.cend())
-            return *it;
+        if (std::optional<QStringList> lines = m_visibility->infoLines(file.get()))
+            return *lines;
     }
     // Until the other lines are read, and in the single row: the name alone.
     return options.testFlag(ThumbnailInfoOption::filename) ? QStringList{file->displayName()} : QStringList{};

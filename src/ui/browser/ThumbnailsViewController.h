@@ -24,6 +24,7 @@ class QLabel;
 class QMenu;
 class QTimer;
 class RenamedFileFollower;
+class ThumbnailVisibilityUpdater;
 
 // A file's mark for the current run, kept by the application's flag manager.
 enum class FileFlag { none, flagged, rejected };
@@ -33,10 +34,10 @@ enum class FileFlag { none, flagged, rejected };
 //
 // It owns the folder collection of its sources and one ThumbnailItem per file shown (made when a
 // file first appears, dropped when it leaves the collection). The visible range of the grid,
-// settled once per frame while scrolling, decides which items ask for thumbnails: those on screen
-// first, then a band around them; items that scroll far away withdraw their requests and their
-// cached pixmaps. Leaving a set of sources remembers its selection and scroll position, which
-// come back when the same sources are shown again in this pane.
+// settled once per frame while scrolling, goes to a ThumbnailVisibilityUpdater, which decides
+// which items ask for thumbnails; items that it sends far away lose their cached pixmaps.
+// Leaving a set of sources remembers its selection and scroll position, which come back when the
+// same sources are shown again in this pane.
 class ThumbnailsViewController : public QWidget, public ThumbnailItemDelegate, public ThumbnailGridDelegate
 {
     Q_OBJECT
@@ -124,7 +125,6 @@ private:
     void publish();
     void updateItemSize();
     void updateVisibility();
-    void requestInfoLines(int first, int last);
     void gridSelectionChanged();
     void updateStatus();
     void saveState();
@@ -142,6 +142,7 @@ private:
 
     WindowSettingsPtr m_windowSettings;
     FileCollectionModel *m_collection;
+    ThumbnailVisibilityUpdater *m_visibility;
     ThumbnailGridView *m_grid;
     QLabel *m_loadingLabel;
 
@@ -161,12 +162,8 @@ private:
     FileDropValidator m_dropValidator;
     std::function<FileFlag(const PXFilePtr &)> m_flagLookup;
 
-    // Items with a visibility other than offscreen, and the pixmaps drawn for them.
-    QSet<ThumbnailItem *> m_nearItems;
+    // The pixmaps drawn for items, and the icons by file type.
     QHash<const ThumbnailItem *, QPixmap> m_pixmaps;
-    QHash<const PXFile *, QStringList> m_infoLines;
-    QSet<const PXFile *> m_infoLinesPending;
-    quint64 m_infoGeneration = 0; // bumped when the lines' settings change
     QHash<QString, QIcon> m_iconsByType;
 
     QTimer *m_selectionChangeTimer;
