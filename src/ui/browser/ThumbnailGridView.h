@@ -51,6 +51,7 @@ public:
     explicit ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *parent = nullptr);
     ~ThumbnailGridView() override;
 
+    ThumbnailGridDelegate *delegate() const { return m_delegate; }
     ThumbnailGridLayout &gridLayout() { return m_layout; }
     // Call after changing the layout's sections or metrics; the selection is cleared when the
     // number of items changes and `keepSelection` is false.

@@ -11,6 +11,7 @@
 #include "ui/browser/InlineRenameOperation.h"
 #include "ui/browser/RenamedFileFollower.h"
 #include "ui/browser/ThumbnailContextMenu.h"
+#include "ui/browser/ThumbnailGridDataSource.h"
 #include "ui/browser/ThumbnailInfoLines.h"
 #include "ui/browser/ThumbnailItemSize.h"
 #include "ui/browser/ThumbnailsStatusText.h"
@@ -21,9 +22,6 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
-#include <QMimeData>
-#include <QMimeDatabase>
-#include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -41,7 +39,8 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     , m_collection(new FileCollectionModel(this))
     , m_visibility(
           new ThumbnailVisibilityUpdater(m_allItemsFlat, m_indexByFile, m_windowSettings, &thumbnailInfoLines, this))
-    , m_grid(new ThumbnailGridView(this, this))
+    , m_dataSource(std::make_unique<ThumbnailGridDataSource>(*this, m_windowSettings, *m_visibility))
+    , m_grid(new ThumbnailGridView(m_dataSource.get(), this))
     , m_loadingLabel(new QLabel(tr("Loading Files..."), this))
     , m_selectionChangeTimer(new QTimer(this))
     , m_renameFollower(new RenamedFileFollower(this))
@@ -99,7 +98,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     });
 
     connect(m_visibility, &ThumbnailVisibilityUpdater::thumbnailForgotten, this,
-            [this](const ThumbnailItem *item) { m_pixmaps.remove(item); });
+            [this](const ThumbnailItem *item) { m_dataSource->forgetThumbnail(item); });
     connect(m_visibility, &ThumbnailVisibilityUpdater::infoLinesChanged, m_grid, &ThumbnailGridView::updateItem);
 
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
@@ -197,7 +196,7 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     m_indexByFile.clear();
     m_sectionFolders.clear();
     m_visibility->clear();
-    m_pixmaps.clear();
+    m_dataSource->clearThumbnails();
     m_grid->gridLayout().setSections({}, false);
     m_grid->relayout();
     m_grid->setScrollOrigin({0, 0});
@@ -415,7 +414,7 @@ void ThumbnailsViewController::updateItemSize()
     const int anchor = m_grid->currentIndex() >= 0 ? m_grid->currentIndex() : m_grid->firstVisibleIndex();
     grid.setItemSize(size);
     grid.setSingleRow(singleRow);
-    m_pixmaps.clear();
+    m_dataSource->clearThumbnails();
     m_grid->relayout();
     if (anchor >= 0)
         m_grid->scrollToItem(anchor);
@@ -430,7 +429,7 @@ void ThumbnailsViewController::updateVisibility()
 
 void ThumbnailsViewController::thumbnailItemThumbnailChanged(ThumbnailItem &item)
 {
-    m_pixmaps.remove(&item);
+    m_dataSource->forgetThumbnail(&item);
     if (item.indexPath)
         m_grid->updateItem(*item.indexPath);
 }
@@ -438,111 +437,6 @@ void ThumbnailsViewController::thumbnailItemThumbnailChanged(ThumbnailItem &item
 PXFilePtr ThumbnailsViewController::fileAt(int index) const
 {
     return index >= 0 && index < m_allItemsFlat.size() ? m_allItemsFlat[index]->file() : nullptr;
-}
-
-QPixmap ThumbnailsViewController::gridThumbnail(int index, int side)
-{
-    if (index < 0 || index >= m_allItemsFlat.size())
-        return {};
-    ThumbnailItem *item = m_allItemsFlat[index].get();
-    const QImage &image = item->thumbnail();
-    if (image.isNull())
-        return {};
-    auto it = m_pixmaps.find(item);
-    if (it != m_pixmaps.end() && std::max(it->width(), it->height()) == side)
-        return *it;
-    // Scaled once to fit the cell exactly, so that painting a screenful costs blits, not
-    // resampling.
-    QPixmap pixmap = QPixmap::fromImage(image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    m_pixmaps.insert(item, pixmap);
-    return pixmap;
-}
-
-QPixmap ThumbnailsViewController::gridIcon(int index, int side)
-{
-    const PXFilePtr file = fileAt(index);
-    if (!file)
-        return {};
-    QString key;
-    if (file->isDirectory())
-        key = QStringLiteral("inode/directory");
-    else
-        key = QMimeDatabase().mimeTypeForFile(file->name(), QMimeDatabase::MatchExtension).name();
-    auto it = m_iconsByType.find(key);
-    if (it == m_iconsByType.end()) {
-        QIcon icon;
-        if (key == QLatin1String("inode/directory")) {
-            icon = QIcon::fromTheme(QStringLiteral("folder"), style()->standardIcon(QStyle::SP_DirIcon));
-        } else {
-            const QMimeType mime = QMimeDatabase().mimeTypeForName(key);
-            icon =
-                QIcon::fromTheme(mime.iconName(),
-                                 QIcon::fromTheme(mime.genericIconName(), style()->standardIcon(QStyle::SP_FileIcon)));
-        }
-        it = m_iconsByType.insert(key, icon);
-    }
-    return it->pixmap(QSize(side, side));
-}
-
-QStringList ThumbnailsViewController::gridInfoLines(int index)
-{
-    const PXFilePtr file = fileAt(index);
-    if (!file || !m_windowSettings->thumbnailShowInformation())
-        return {};
-    const ThumbnailInfoOptions options = m_windowSettings->thumbnailInformation();
-    if (m_windowSettings->browserLayout() != BrowserLayout::topPreview) {
-        if (std::optional<QStringList> lines = m_visibility->infoLines(file.get()))
-            return *lines;
-    }
-    // Until the other lines are read, and in the single row: the name alone.
-    return options.testFlag(ThumbnailInfoOption::filename) ? QStringList{file->displayName()} : QStringList{};
-}
-
-QString ThumbnailsViewController::gridSectionTitle(int section)
-{
-    if (section < 0 || section >= m_sectionFolders.size() || !m_sectionFolders[section])
-        return {};
-    const PXFilePtr &folder = m_sectionFolders[section]->file();
-    for (const PXFilePtr &source : std::as_const(m_currentSources)) {
-        if (folder->path().startsWith(source->path() + QLatin1Char('/')))
-            return source->displayName() + QLatin1Char('/') + folder->path().mid(source->path().size() + 1);
-    }
-    return folder->displayName();
-}
-
-int ThumbnailsViewController::gridMark(int index)
-{
-    if (!m_flagLookup)
-        return 0;
-    const PXFilePtr file = fileAt(index);
-    if (!file)
-        return 0;
-    switch (m_flagLookup(file)) {
-    case FileFlag::flagged: return 1;
-    case FileFlag::rejected: return 2;
-    case FileFlag::none: break;
-    }
-    return 0;
-}
-
-QString ThumbnailsViewController::gridEditableName(int index)
-{
-    const PXFilePtr file = fileAt(index);
-    return file ? file->name() : QString();
-}
-
-QMimeData *ThumbnailsViewController::gridMimeDataForDrag(const QList<int> &indexes)
-{
-    QList<QUrl> urls;
-    for (int index : indexes) {
-        if (const PXFilePtr file = fileAt(index))
-            urls.append(file->url());
-    }
-    if (urls.isEmpty())
-        return nullptr;
-    auto *data = new QMimeData;
-    data->setUrls(urls);
-    return data;
 }
 
 PXFilePtr ThumbnailsViewController::dropDestination(int index, int section) const
@@ -561,18 +455,9 @@ FileDropOperation ThumbnailsViewController::dropOperation(const QList<QUrl> &url
     return m_dropValidator.validate(urls, dropDestination(index, section), modifiers);
 }
 
-Qt::DropAction ThumbnailsViewController::gridValidateDrop(const QMimeData *data, int index, int section,
-                                                          Qt::KeyboardModifiers modifiers)
+bool ThumbnailsViewController::acceptDrop(const QList<QUrl> &urls, int index, int section,
+                                          Qt::KeyboardModifiers modifiers)
 {
-    if (!data->hasUrls())
-        return Qt::IgnoreAction;
-    return dropActionForOperation(dropOperation(data->urls(), index, section, modifiers));
-}
-
-bool ThumbnailsViewController::gridAcceptDrop(const QMimeData *data, int index, int section,
-                                              Qt::KeyboardModifiers modifiers)
-{
-    const QList<QUrl> urls = data->urls();
     const FileDropOperation operation = dropOperation(urls, index, section, modifiers);
     const PXFilePtr destination = dropDestination(index, section);
     if (operation == FileDropOperation::none || !destination)
@@ -664,6 +549,11 @@ void ThumbnailsViewController::setFlagLookup(std::function<FileFlag(const PXFile
 {
     m_flagLookup = std::move(lookup);
     m_grid->viewport()->update();
+}
+
+FileFlag ThumbnailsViewController::flagOf(const PXFilePtr &file) const
+{
+    return m_flagLookup ? m_flagLookup(file) : FileFlag::none;
 }
 
 bool ThumbnailsViewController::validateAction(const QString &slotName) const
