@@ -8,7 +8,6 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
-#include <QRubberBand>
 #include <QScrollBar>
 #include <QStyle>
 #include <QTimer>
@@ -26,6 +25,7 @@ constexpr int visibilityCheckIntervalMs = 16;
 ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_delegate(delegate)
+    , m_rubberBand(viewport())
     , m_clickRenameTimer(new QTimer(this))
     , m_visibilityTimer(new QTimer(this))
 {
@@ -44,7 +44,7 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
     m_clickRenameTimer->setSingleShot(true);
     m_clickRenameTimer->setInterval(QApplication::doubleClickInterval());
     connect(m_clickRenameTimer, &QTimer::timeout, this, [this] {
-        if (m_selectedCount == 1 && m_current >= 0 && isSelected(m_current))
+        if (m_selection.count() == 1 && m_current >= 0 && isSelected(m_current))
             editName(m_current);
     });
     m_visibilityTimer->setSingleShot(true);
@@ -63,13 +63,12 @@ ThumbnailGridView::~ThumbnailGridView()
 
 void ThumbnailGridView::relayout()
 {
-    const int oldCount = int(m_selected.size());
+    const int oldCount = m_selection.itemCount();
     m_layout.layout(viewport()->width());
     const int newCount = m_layout.itemCount();
     if (newCount != oldCount) {
         closeEditor(false);
-        m_selected.assign(size_t(newCount), 0);
-        m_selectedCount = 0;
+        m_selection.resize(newCount);
         m_current = std::min(m_current, newCount - 1);
         m_anchor = std::min(m_anchor, newCount - 1);
     }
@@ -80,39 +79,23 @@ void ThumbnailGridView::relayout()
 
 QList<int> ThumbnailGridView::selectedIndexes() const
 {
-    QList<int> result;
-    result.reserve(m_selectedCount);
-    for (size_t i = 0; i < m_selected.size() && result.size() < m_selectedCount; ++i) {
-        if (m_selected[i])
-            result.append(int(i));
-    }
-    return result;
+    return m_selection.indexes();
 }
 
 bool ThumbnailGridView::isSelected(int index) const
 {
-    return index >= 0 && size_t(index) < m_selected.size() && m_selected[size_t(index)];
+    return m_selection.contains(index);
 }
 
 void ThumbnailGridView::setSelected(int index, bool selected)
 {
-    if (index < 0 || size_t(index) >= m_selected.size() || bool(m_selected[size_t(index)]) == selected)
-        return;
-    m_selected[size_t(index)] = selected;
-    m_selectedCount += selected ? 1 : -1;
-    updateItem(index);
+    if (m_selection.set(index, selected))
+        updateItem(index);
 }
 
 void ThumbnailGridView::setSelectedIndexes(const QList<int> &indexes, int current)
 {
-    std::fill(m_selected.begin(), m_selected.end(), 0);
-    m_selectedCount = 0;
-    for (int index : indexes) {
-        if (index >= 0 && size_t(index) < m_selected.size() && !m_selected[size_t(index)]) {
-            m_selected[size_t(index)] = 1;
-            ++m_selectedCount;
-        }
-    }
+    m_selection.assign(indexes);
     m_current = current >= 0 ? current : (indexes.isEmpty() ? -1 : indexes.first());
     m_anchor = m_current;
     viewport()->update();
@@ -121,37 +104,18 @@ void ThumbnailGridView::setSelectedIndexes(const QList<int> &indexes, int curren
 
 void ThumbnailGridView::selectAll()
 {
-    std::fill(m_selected.begin(), m_selected.end(), 1);
-    m_selectedCount = int(m_selected.size());
+    m_selection.selectAll();
     viewport()->update();
     Q_EMIT selectionChanged();
 }
 
 void ThumbnailGridView::clearSelection()
 {
-    if (m_selectedCount == 0)
+    if (m_selection.count() == 0)
         return;
-    std::fill(m_selected.begin(), m_selected.end(), 0);
-    m_selectedCount = 0;
+    m_selection.clear();
     viewport()->update();
     Q_EMIT selectionChanged();
-}
-
-void ThumbnailGridView::selectRange(int from, int to, bool add)
-{
-    if (!add) {
-        std::fill(m_selected.begin(), m_selected.end(), 0);
-        m_selectedCount = 0;
-    }
-    if (from > to)
-        std::swap(from, to);
-    for (int i = std::max(0, from); i <= to && size_t(i) < m_selected.size(); ++i) {
-        if (!m_selected[size_t(i)]) {
-            m_selected[size_t(i)] = 1;
-            ++m_selectedCount;
-        }
-    }
-    viewport()->update();
 }
 
 void ThumbnailGridView::moveCurrent(int key, Qt::KeyboardModifiers modifiers)
@@ -182,15 +146,14 @@ void ThumbnailGridView::moveCurrent(int key, Qt::KeyboardModifiers modifiers)
     default: return;
     }
     if (modifiers.testFlag(Qt::ShiftModifier) && m_anchor >= 0) {
-        selectRange(m_anchor, to, false);
+        m_selection.clear();
+        m_selection.addRange(m_anchor, to);
         m_current = to;
     } else {
-        std::fill(m_selected.begin(), m_selected.end(), 0);
-        m_selected[size_t(to)] = 1;
-        m_selectedCount = 1;
+        m_selection.assign({to});
         m_current = m_anchor = to;
-        viewport()->update();
     }
+    viewport()->update();
     scrollToItem(to);
     Q_EMIT selectionChanged();
 }
@@ -458,12 +421,7 @@ void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
         if (event->button() == Qt::LeftButton) {
             if (!toggle && !extend)
                 clearSelection();
-            m_rubberOrigin = contentPos(pos);
-            m_selectionBeforeRubber = m_selected;
-            if (!m_rubberBand)
-                m_rubberBand = new QRubberBand(QRubberBand::Rectangle, viewport());
-            m_rubberBand->setGeometry(QRect(pos, QSize()));
-            m_rubberBand->show();
+            m_rubberBand.start(contentPos(pos), scrollOrigin(), m_selection);
         }
         return;
     }
@@ -476,7 +434,10 @@ void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
     if (event->button() != Qt::LeftButton)
         return;
     if (extend && m_anchor >= 0) {
-        selectRange(m_anchor, index, toggle);
+        if (!toggle)
+            m_selection.clear();
+        m_selection.addRange(m_anchor, index);
+        viewport()->update();
         m_current = index;
         Q_EMIT selectionChanged();
     } else if (toggle) {
@@ -493,7 +454,7 @@ void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
 void ThumbnailGridView::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint pos = event->position().toPoint();
-    if (m_rubberBand && m_rubberBand->isVisible()) {
+    if (m_rubberBand.isActive()) {
         updateRubberBand(pos);
         return;
     }
@@ -509,18 +470,9 @@ void ThumbnailGridView::mouseMoveEvent(QMouseEvent *event)
 
 void ThumbnailGridView::updateRubberBand(QPoint viewportPos)
 {
-    const QRect band = QRect(m_rubberOrigin, contentPos(viewportPos)).normalized();
-    m_rubberBand->setGeometry(band.translated(-scrollOrigin()));
-    m_selected = m_selectionBeforeRubber;
-    m_selectedCount = int(std::count(m_selected.begin(), m_selected.end(), 1));
-    const auto [first, last] = m_layout.itemsInRect(band);
-    for (int index = first; index < last; ++index) {
-        if (m_layout.itemRect(index).intersects(band) && !m_selected[size_t(index)]) {
-            m_selected[size_t(index)] = 1;
-            ++m_selectedCount;
-            m_current = index;
-        }
-    }
+    const int added = m_rubberBand.stretch(contentPos(viewportPos), scrollOrigin(), m_layout, m_selection);
+    if (added >= 0)
+        m_current = added;
     m_anchor = m_current;
     viewport()->update();
     Q_EMIT selectionChanged();
@@ -528,15 +480,14 @@ void ThumbnailGridView::updateRubberBand(QPoint viewportPos)
 
 void ThumbnailGridView::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (m_rubberBand && m_rubberBand->isVisible()) {
-        m_rubberBand->hide();
-        m_selectionBeforeRubber.clear();
+    if (m_rubberBand.isActive()) {
+        m_rubberBand.finish();
         return;
     }
     const QPoint pos = event->position().toPoint();
     if (event->button() == Qt::LeftButton && !m_dragStarted && m_pressIndex >= 0 && m_pressWasSelected
         && event->modifiers() == Qt::NoModifier) {
-        const bool wasOnlySelection = m_selectedCount == 1;
+        const bool wasOnlySelection = m_selection.count() == 1;
         setSelectedIndexes({m_pressIndex}, m_pressIndex);
         if (wasOnlySelection && m_clickToRename && nameRect(m_pressIndex).contains(pos))
             m_clickRenameTimer->start();
