@@ -1,10 +1,8 @@
 #include "ui/browser/ThumbnailGridView.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QDrag>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
@@ -26,6 +24,7 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
     : QAbstractScrollArea(parent)
     , m_delegate(delegate)
     , m_rubberBand(viewport())
+    , m_nameEditor(this)
     , m_clickRenameTimer(new QTimer(this))
     , m_visibilityTimer(new QTimer(this))
 {
@@ -47,19 +46,13 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
         if (m_selection.count() == 1 && m_current >= 0 && isSelected(m_current))
             editName(m_current);
     });
+    connect(&m_nameEditor, &ThumbnailNameEditor::committed, this, &ThumbnailGridView::nameEdited);
     m_visibilityTimer->setSingleShot(true);
     m_visibilityTimer->setInterval(visibilityCheckIntervalMs);
     connect(m_visibilityTimer, &QTimer::timeout, this, &ThumbnailGridView::visibleRangeChanged);
 }
 
-ThumbnailGridView::~ThumbnailGridView()
-{
-    // An open editor loses its focus while the view goes away: it must not commit then.
-    if (m_editor) {
-        m_editor->disconnect(this);
-        delete m_editor;
-    }
-}
+ThumbnailGridView::~ThumbnailGridView() = default;
 
 void ThumbnailGridView::relayout()
 {
@@ -67,7 +60,7 @@ void ThumbnailGridView::relayout()
     m_layout.layout(viewport()->width());
     const int newCount = m_layout.itemCount();
     if (newCount != oldCount) {
-        closeEditor(false);
+        m_nameEditor.close(false);
         m_selection.resize(newCount);
         m_current = std::min(m_current, newCount - 1);
         m_anchor = std::min(m_anchor, newCount - 1);
@@ -267,15 +260,14 @@ void ThumbnailGridView::resizeEvent(QResizeEvent *event)
     updateScrollBars();
     if (anchor > 0 && oldColumns != m_layout.columns())
         verticalScrollBar()->setValue(m_layout.itemRect(anchor).top() - m_layout.sectionInsets().top());
-    if (m_editor)
-        closeEditor(true);
+    m_nameEditor.close(true);
     scheduleVisibilityCheck();
 }
 
 void ThumbnailGridView::scrollContentsBy(int, int)
 {
-    if (m_editor)
-        m_editor->move(nameRect(m_editIndex).topLeft());
+    if (m_nameEditor.isOpen())
+        m_nameEditor.move(nameRect(m_nameEditor.index()).topLeft());
     viewport()->update();
     scheduleVisibilityCheck();
 }
@@ -404,8 +396,7 @@ QRect ThumbnailGridView::nameRect(int index) const
 void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
 {
     m_clickRenameTimer->stop();
-    if (m_editor)
-        closeEditor(true);
+    m_nameEditor.close(true);
     setFocus(Qt::MouseFocusReason);
     const QPoint pos = event->position().toPoint();
     const int index = m_layout.indexAt(contentPos(pos));
@@ -649,46 +640,7 @@ void ThumbnailGridView::editName(int index)
 {
     if (index < 0 || index >= count())
         return;
-    closeEditor(false);
+    m_nameEditor.close(false);
     scrollToItem(index);
-    m_editIndex = index;
-    auto *editor = new QLineEdit(viewport());
-    m_editor = editor;
-    editor->setAlignment(Qt::AlignHCenter);
-    const QString name = m_delegate->gridEditableName(index);
-    editor->setText(name);
-    const int dot = name.lastIndexOf(QLatin1Char('.'));
-    if (dot > 0)
-        editor->setSelection(0, dot);
-    else
-        editor->selectAll();
-    editor->setGeometry(nameRect(index));
-    editor->show();
-    editor->setFocus(Qt::OtherFocusReason);
-    connect(editor, &QLineEdit::returnPressed, this, [this] { closeEditor(true); });
-    connect(editor, &QLineEdit::editingFinished, this, [this] {
-        if (m_editor && !m_editor->hasFocus())
-            closeEditor(true);
-    });
-    auto *escape = new QAction(editor);
-    escape->setShortcut(Qt::Key_Escape);
-    escape->setShortcutContext(Qt::WidgetShortcut);
-    editor->addAction(escape);
-    connect(escape, &QAction::triggered, this, [this] { closeEditor(false); });
-}
-
-void ThumbnailGridView::closeEditor(bool commit)
-{
-    if (!m_editor)
-        return;
-    QLineEdit *editor = m_editor;
-    m_editor = nullptr;
-    const QString text = editor->text();
-    const int index = m_editIndex;
-    m_editIndex = -1;
-    editor->hide();
-    editor->deleteLater();
-    setFocus(Qt::OtherFocusReason);
-    if (commit && index >= 0)
-        Q_EMIT nameEdited(index, text);
+    m_nameEditor.open(index, m_delegate->gridEditableName(index), nameRect(index));
 }

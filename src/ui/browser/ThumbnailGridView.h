@@ -2,13 +2,12 @@
 
 #include "ui/browser/ThumbnailGridLayout.h"
 #include "ui/browser/ThumbnailGridSelection.h"
+#include "ui/browser/ThumbnailNameEditor.h"
 #include "ui/browser/ThumbnailRubberBand.h"
 
 #include <QAbstractScrollArea>
-#include <QLineEdit>
 #include <QList>
 #include <QPixmap>
-#include <QPointer>
 #include <QStringList>
 
 class QMimeData;
@@ -40,9 +39,9 @@ public:
 
 // The thumbnail grid: a virtualised view of equally sized cells in sections (or one row), drawn
 // only where the viewport shows them, with selection by mouse, rubber band (ThumbnailRubberBand)
-// and keyboard, an in-place name editor, dragging files out and dropping files in. It holds no
-// items of its own: cells are numbered flat and their contents come from the delegate when they
-// are drawn.
+// and keyboard, an in-place name editor (ThumbnailNameEditor), dragging files out and dropping
+// files in. It holds no items of its own: cells are numbered flat and their contents come from
+// the delegate when they are drawn.
 class ThumbnailGridView : public QAbstractScrollArea
 {
     Q_OBJECT
@@ -84,7 +83,7 @@ public:
 
     void updateItem(int index);
     void editName(int index);
-    bool isEditingName() const { return m_editor != nullptr; }
+    bool isEditingName() const { return m_nameEditor.isOpen(); }
     QRect visualRect(int index) const; // in viewport coordinates
 
 Q_SIGNALS:
@@ -121,7 +120,6 @@ private:
     void setSelected(int index, bool selected);
     void updateRubberBand(QPoint viewportPos);
     void startDrag();
-    void closeEditor(bool commit);
     QRect nameRect(int index) const; // viewport coordinates
 
     ThumbnailGridDelegate *m_delegate;
@@ -140,8 +138,7 @@ private:
     ThumbnailRubberBand m_rubberBand;
     int m_dropTarget = -1;
 
-    QPointer<QLineEdit> m_editor;
-    int m_editIndex = -1;
+    ThumbnailNameEditor m_nameEditor;
     QTimer *m_clickRenameTimer;
     QTimer *m_visibilityTimer;
 };
