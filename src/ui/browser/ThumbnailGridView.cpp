@@ -1,7 +1,6 @@
 #include "ui/browser/ThumbnailGridView.h"
 
 #include <QApplication>
-#include <QDrag>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
@@ -24,6 +23,7 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
     : QAbstractScrollArea(parent)
     , m_delegate(delegate)
     , m_rubberBand(viewport())
+    , m_dragDrop(this, delegate)
     , m_nameEditor(this)
     , m_clickRenameTimer(new QTimer(this))
     , m_visibilityTimer(new QTimer(this))
@@ -318,9 +318,10 @@ void ThumbnailGridView::paintCell(QPainter &painter, int index, const QRect &rec
     const QRect pictureArea(rect.left() + cellPadding, rect.top() + cellPadding, side, side);
 
     painter.setRenderHint(QPainter::Antialiasing, true);
-    if (selected || index == m_dropTarget) {
+    const bool dropTarget = index == m_dragDrop.dropTarget();
+    if (selected || dropTarget) {
         QColor back = pal.color(focused ? QPalette::Active : QPalette::Inactive, QPalette::Highlight);
-        back.setAlpha(index == m_dropTarget ? 110 : (focused ? 70 : 45));
+        back.setAlpha(dropTarget ? 110 : (focused ? 70 : 45));
         painter.setPen(Qt::NoPen);
         painter.setBrush(back);
         painter.drawRoundedRect(QRectF(pictureArea).adjusted(-6, -6, 6, 6), 6, 6);
@@ -456,7 +457,7 @@ void ThumbnailGridView::mouseMoveEvent(QMouseEvent *event)
     if (!isSelected(m_pressIndex))
         return;
     m_dragStarted = true;
-    startDrag();
+    m_dragDrop.startDrag(selectedIndexes(), m_pressIndex);
 }
 
 void ThumbnailGridView::updateRubberBand(QPoint viewportPos)
@@ -549,27 +550,6 @@ void ThumbnailGridView::wheelEvent(QWheelEvent *event)
     QAbstractScrollArea::wheelEvent(event);
 }
 
-void ThumbnailGridView::startDrag()
-{
-    const QList<int> indexes = selectedIndexes();
-    QMimeData *data = m_delegate->gridMimeDataForDrag(indexes);
-    if (!data)
-        return;
-    auto *drag = new QDrag(this);
-    drag->setMimeData(data);
-    const qreal dpr = devicePixelRatioF();
-    QPixmap picture = m_delegate->gridThumbnail(m_pressIndex, int(96 * dpr));
-    if (picture.isNull())
-        picture = m_delegate->gridIcon(m_pressIndex, int(64 * dpr));
-    if (!picture.isNull()) {
-        picture = picture.scaled(QSize(96, 96) * dpr, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        picture.setDevicePixelRatio(dpr);
-        drag->setPixmap(picture);
-        drag->setHotSpot(QPoint(int(picture.width() / dpr / 2), int(picture.height() / dpr / 2)));
-    }
-    drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::CopyAction);
-}
-
 void ThumbnailGridView::dragEnterEvent(QDragEnterEvent *event)
 {
     if (event->mimeData()->hasUrls())
@@ -581,47 +561,18 @@ void ThumbnailGridView::dragEnterEvent(QDragEnterEvent *event)
 void ThumbnailGridView::dragMoveEvent(QDragMoveEvent *event)
 {
     const QPoint pos = contentPos(event->position().toPoint());
-    const int index = m_layout.indexAt(pos);
-    const int section = m_layout.sectionAt(pos);
-    const Qt::DropAction action = m_delegate->gridValidateDrop(event->mimeData(), index, section, event->modifiers());
-    const int target = action != Qt::IgnoreAction ? index : -1;
-    if (target != m_dropTarget) {
-        const int old = m_dropTarget;
-        m_dropTarget = target;
-        updateItem(old);
-        updateItem(target);
-    }
-    if (action == Qt::IgnoreAction) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(action);
-    event->accept();
+    m_dragDrop.dragMove(event, m_layout.indexAt(pos), m_layout.sectionAt(pos));
 }
 
 void ThumbnailGridView::dragLeaveEvent(QDragLeaveEvent *)
 {
-    const int old = m_dropTarget;
-    m_dropTarget = -1;
-    updateItem(old);
+    m_dragDrop.dragLeave();
 }
 
 void ThumbnailGridView::dropEvent(QDropEvent *event)
 {
     const QPoint pos = contentPos(event->position().toPoint());
-    const int index = m_layout.indexAt(pos);
-    const int section = m_layout.sectionAt(pos);
-    const int old = m_dropTarget;
-    m_dropTarget = -1;
-    updateItem(old);
-    const Qt::DropAction action = m_delegate->gridValidateDrop(event->mimeData(), index, section, event->modifiers());
-    if (action == Qt::IgnoreAction
-        || !m_delegate->gridAcceptDrop(event->mimeData(), index, section, event->modifiers())) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(action);
-    event->accept();
+    m_dragDrop.drop(event, m_layout.indexAt(pos), m_layout.sectionAt(pos));
 }
 
 void ThumbnailGridView::focusInEvent(QFocusEvent *event)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/browser/ThumbnailGridDragDrop.h"
 #include "ui/browser/ThumbnailGridLayout.h"
 #include "ui/browser/ThumbnailGridSelection.h"
 #include "ui/browser/ThumbnailNameEditor.h"
@@ -40,8 +41,8 @@ public:
 // The thumbnail grid: a virtualised view of equally sized cells in sections (or one row), drawn
 // only where the viewport shows them, with selection by mouse, rubber band (ThumbnailRubberBand)
 // and keyboard, an in-place name editor (ThumbnailNameEditor), dragging files out and dropping
-// files in. It holds no items of its own: cells are numbered flat and their contents come from
-// the delegate when they are drawn.
+// files in (ThumbnailGridDragDrop). It holds no items of its own: cells are numbered flat and
+// their contents come from the delegate when they are drawn.
 class ThumbnailGridView : public QAbstractScrollArea
 {
     Q_OBJECT
@@ -119,7 +120,6 @@ private:
     void paintCell(QPainter &painter, int index, const QRect &rect);
     void setSelected(int index, bool selected);
     void updateRubberBand(QPoint viewportPos);
-    void startDrag();
     QRect nameRect(int index) const; // viewport coordinates
 
     ThumbnailGridDelegate *m_delegate;
@@ -136,7 +136,7 @@ private:
     bool m_pressWasSelected = false;
     bool m_dragStarted = false;
     ThumbnailRubberBand m_rubberBand;
-    int m_dropTarget = -1;
+    ThumbnailGridDragDrop m_dragDrop;
 
     ThumbnailNameEditor m_nameEditor;
     QTimer *m_clickRenameTimer;
