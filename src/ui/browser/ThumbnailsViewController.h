@@ -10,13 +10,12 @@
 #include "ui/browser/ThumbnailsSavedState.h"
 
 #include <QHash>
-#include <QIcon>
 #include <QList>
-#include <QSet>
 #include <QString>
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class FileCollectionModel;
@@ -24,6 +23,8 @@ class QLabel;
 class QMenu;
 class QTimer;
 class RenamedFileFollower;
+class ThumbnailGridDataSource;
+class ThumbnailVisibilityUpdater;
 
 // A file's mark for the current run, kept by the application's flag manager.
 enum class FileFlag { none, flagged, rejected };
@@ -33,11 +34,11 @@ enum class FileFlag { none, flagged, rejected };
 //
 // It owns the folder collection of its sources and one ThumbnailItem per file shown (made when a
 // file first appears, dropped when it leaves the collection). The visible range of the grid,
-// settled once per frame while scrolling, decides which items ask for thumbnails: those on screen
-// first, then a band around them; items that scroll far away withdraw their requests and their
-// cached pixmaps. Leaving a set of sources remembers its selection and scroll position, which
-// come back when the same sources are shown again in this pane.
-class ThumbnailsViewController : public QWidget, public ThumbnailItemDelegate, public ThumbnailGridDelegate
+// settled once per frame while scrolling, goes to a ThumbnailVisibilityUpdater, which decides
+// which items ask for thumbnails; the grid draws through a ThumbnailGridDataSource. Leaving a set
+// of sources remembers its selection and scroll position, which come back when the same sources
+// are shown again in this pane.
+class ThumbnailsViewController : public QWidget, public ThumbnailItemDelegate
 {
     Q_OBJECT
 
@@ -58,14 +59,20 @@ public:
 
     // The window plugs its flag manager in; without it the flag commands are disabled.
     void setFlagLookup(std::function<FileFlag(const PXFilePtr &)> lookup);
+    // The mark of `file` (none without a flag manager).
+    FileFlag flagOf(const PXFilePtr &file) const;
     // Selects those of `files` that are shown and, with `scroll`, brings them into view.
     void selectFiles(const QList<PXFilePtr> &files, bool scroll = true);
 
     ThumbnailGridView *gridView() const { return m_grid; }
     ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
     FileCollectionModel *collection() const { return m_collection; }
+    // The folder shown in `section` when the grid is sectioned by folder.
+    FileModelPtr sectionFolder(int section) const { return m_sectionFolders.value(section); }
     // The drop decision for `urls` onto item `index` (-1: the background of `section`).
     FileDropOperation dropOperation(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
+    // Drops `urls` there; false when nothing can be done with them.
+    bool acceptDrop(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
     // The context menu for item `index` (-1: the background), built as it is shown.
     QMenu *makeContextMenu(int index);
     // Opens the selection with a favourite application.
@@ -107,24 +114,12 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     // ThumbnailItemDelegate
     void thumbnailItemThumbnailChanged(ThumbnailItem &item) override;
-    // ThumbnailGridDelegate
-    QPixmap gridThumbnail(int index, int side) override;
-    QPixmap gridIcon(int index, int side) override;
-    QStringList gridInfoLines(int index) override;
-    QString gridSectionTitle(int section) override;
-    int gridMark(int index) override;
-    QString gridEditableName(int index) override;
-    QMimeData *gridMimeDataForDrag(const QList<int> &indexes) override;
-    Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section,
-                                    Qt::KeyboardModifiers modifiers) override;
-    bool gridAcceptDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;
 
 private:
     void applyCollectionSettings();
     void publish();
     void updateItemSize();
     void updateVisibility();
-    void requestInfoLines(int first, int last);
     void gridSelectionChanged();
     void updateStatus();
     void saveState();
@@ -142,6 +137,8 @@ private:
 
     WindowSettingsPtr m_windowSettings;
     FileCollectionModel *m_collection;
+    ThumbnailVisibilityUpdater *m_visibility;
+    std::unique_ptr<ThumbnailGridDataSource> m_dataSource;
     ThumbnailGridView *m_grid;
     QLabel *m_loadingLabel;
 
@@ -160,14 +157,6 @@ private:
     QString m_searchString;
     FileDropValidator m_dropValidator;
     std::function<FileFlag(const PXFilePtr &)> m_flagLookup;
-
-    // Items with a visibility other than offscreen, and the pixmaps drawn for them.
-    QSet<ThumbnailItem *> m_nearItems;
-    QHash<const ThumbnailItem *, QPixmap> m_pixmaps;
-    QHash<const PXFile *, QStringList> m_infoLines;
-    QSet<const PXFile *> m_infoLinesPending;
-    quint64 m_infoGeneration = 0; // bumped when the lines' settings change
-    QHash<QString, QIcon> m_iconsByType;
 
     QTimer *m_selectionChangeTimer;
     RenamedFileFollower *m_renameFollower; // keeps the selection across renames from outside

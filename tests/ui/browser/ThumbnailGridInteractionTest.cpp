@@ -92,7 +92,7 @@ TEST(ThumbnailGridInteraction, MouseAndKeyboardSelectLikeAFileManager)
     QTest::mouseDClick(p.viewport(), Qt::LeftButton, {}, p.centre(7));
     ASSERT_EQ(opened.size(), 2);
     EXPECT_EQ(namesOf(opened.last().first().value<QList<PXFilePtr>>()), QStringList{"f007.txt"});
-    ThumbnailGridDelegate *delegate = &p.pane;
+    ThumbnailGridDelegate *delegate = p.pane.gridView()->delegate();
     std::unique_ptr<QMimeData> drag(delegate->gridMimeDataForDrag({7, 8}));
     ASSERT_EQ(drag->urls().size(), 2);
     EXPECT_EQ(drag->urls().first(), QUrl::fromLocalFile(p.dir.filePath("f007.txt")));
@@ -166,7 +166,7 @@ TEST(ThumbnailGridInteraction, DropsGoToTheFolderUnderThePointerOrTheSectionsFol
 
     QMimeData data;
     data.setUrls(urls);
-    ThumbnailGridDelegate *delegate = &p.pane;
+    ThumbnailGridDelegate *delegate = p.pane.gridView()->delegate();
     ASSERT_EQ(delegate->gridValidateDrop(&data, -1, 1, Qt::AltModifier), Qt::CopyAction);
     ASSERT_TRUE(delegate->gridAcceptDrop(&data, -1, 1, Qt::AltModifier));
     ASSERT_TRUE(waitUntil([&] { return namesOf(p.pane.files()).contains("outside.txt"); }));
