@@ -2,7 +2,7 @@
 
 #include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
-#include "ui/app/WindowManager.h"
+#include "ui/windows/WindowManager.h"
 
 #include <QList>
 #include <QObject>

@@ -2,9 +2,9 @@
 
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
-#include "ui/app/WindowManager.h"
 #include "ui/windows/MainWindowFrame.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/WindowManager.h"
 
 MainWindowController::MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, const PXFilePtr &file,
                                            QObject *parent)
