@@ -7,16 +7,14 @@
 #include "core/settings/SettingsManager.h"
 #include "core/thumbnails/ThumbnailVisibilityUpdater.h"
 #include "ui/browser/FileDropPerformer.h"
-#include "ui/browser/FileOpener.h"
 #include "ui/browser/InlineRenameOperation.h"
 #include "ui/browser/RenamedFileFollower.h"
-#include "ui/browser/ThumbnailContextMenu.h"
 #include "ui/browser/ThumbnailGridDataSource.h"
 #include "ui/browser/ThumbnailInfoLines.h"
 #include "ui/browser/ThumbnailItemSize.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsStatusText.h"
 
-#include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
 #include <QFileInfo>
@@ -44,6 +42,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     , m_loadingLabel(new QLabel(tr("Loading Files..."), this))
     , m_selectionChangeTimer(new QTimer(this))
     , m_renameFollower(new RenamedFileFollower(this))
+    , m_actionHandler(new ThumbnailsActionHandler(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -103,14 +102,20 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
 
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
     connect(m_grid, &ThumbnailGridView::visibleRangeChanged, this, &ThumbnailsViewController::updateVisibility);
-    connect(m_grid, &ThumbnailGridView::activated, this, [this] { performOpen(); });
+    connect(m_grid, &ThumbnailGridView::activated, this, [this] { m_actionHandler->performOpen(); });
     connect(m_grid, &ThumbnailGridView::nameEdited, this, &ThumbnailsViewController::commitNameEdit);
-    connect(m_grid, &ThumbnailGridView::renameShortcutPressed, this, &ThumbnailsViewController::renameFile);
+    connect(m_grid, &ThumbnailGridView::renameShortcutPressed, this, [this] { m_actionHandler->renameFile(); });
     connect(m_grid, &ThumbnailGridView::contextMenuRequested, this, [this](int index, const QPoint &globalPos) {
-        QMenu *menu = makeContextMenu(index);
+        QMenu *menu = m_actionHandler->makeContextMenu(index);
+        if (!menu)
+            return;
         menu->setAttribute(Qt::WA_DeleteOnClose);
         menu->popup(globalPos);
     });
+    connect(m_actionHandler, &ThumbnailsActionHandler::openRequested, this, &ThumbnailsViewController::openRequested);
+    connect(m_actionHandler, &ThumbnailsActionHandler::flagChangeRequested, this,
+            &ThumbnailsViewController::flagChangeRequested);
+    connect(m_actionHandler, &ThumbnailsActionHandler::errorOccurred, this, &ThumbnailsViewController::errorOccurred);
 
     m_selectionChangeTimer->setSingleShot(true);
     m_selectionChangeTimer->setInterval(selectionChangeDelayMs);
@@ -467,7 +472,7 @@ bool ThumbnailsViewController::acceptDrop(const QList<QUrl> &urls, int index, in
         sources.append(PXFile::fileForPath(url.toLocalFile()));
     m_dropValidator.reset();
     if (operation == FileDropOperation::open) {
-        openFilesWith(destination, sources);
+        m_actionHandler->openFilesWith(destination, sources);
         return true;
     }
     FileDropPerformer::perform(operation, sources, destination, this, [this](const QStringList &errors) {
@@ -551,96 +556,6 @@ void ThumbnailsViewController::setFlagLookup(std::function<FileFlag(const PXFile
     m_grid->viewport()->update();
 }
 
-FileFlag ThumbnailsViewController::flagOf(const PXFilePtr &file) const
-{
-    return m_flagLookup ? m_flagLookup(file) : FileFlag::none;
-}
-
-bool ThumbnailsViewController::validateAction(const QString &slotName) const
-{
-    const bool hasSelection = !m_selectedFiles.isEmpty();
-    const bool hasFiles = !m_allItemsFlat.isEmpty();
-    if (slotName == QLatin1String("performOpen") || slotName == QLatin1String("openInApp")
-        || slotName == QLatin1String("revealInFinder") || slotName == QLatin1String("deselectAll")
-        || slotName == QLatin1String("scrollSelectionToVisible"))
-        return hasSelection;
-    if (slotName == QLatin1String("selectAll") || slotName == QLatin1String("nextImageInBrowser")
-        || slotName == QLatin1String("previousImageInBrowser"))
-        return hasFiles;
-    if (slotName == QLatin1String("renameFile"))
-        return m_selectedFiles.size() == 1 && !m_selectedFiles.first()->isPlaceholder();
-    if (slotName == QLatin1String("newFolder"))
-        return m_currentSources.size() == 1 && m_currentSources.first()->isDirectory()
-            && m_currentSources.first()->isWritable();
-    if (slotName == QLatin1String("flagItem") || slotName == QLatin1String("rejectItem")
-        || slotName == QLatin1String("clearItemFlag"))
-        return hasSelection && bool(m_flagLookup);
-    if (slotName == QLatin1String("selectFlagged") || slotName == QLatin1String("selectRejected"))
-        return hasFiles && bool(m_flagLookup);
-    if (slotName == QLatin1String("thumbnailViewSearch") || slotName == QLatin1String("setThumbnailViewSearchCategory"))
-        return true;
-    // Aliases, duplicates, the trash, rotation, slideshows and batch renaming run as activities,
-    // which this pane does not start yet.
-    return false;
-}
-
-QMenu *ThumbnailsViewController::makeContextMenu(int index)
-{
-    if (index >= 0 && !m_grid->isSelected(index))
-        m_grid->setSelectedIndexes({index}, index);
-    return buildThumbnailContextMenu(this, index >= 0);
-}
-
-void ThumbnailsViewController::performOpen()
-{
-    if (!m_selectedFiles.isEmpty())
-        Q_EMIT openRequested(m_selectedFiles);
-}
-
-void ThumbnailsViewController::openInApp()
-{
-    for (const PXFilePtr &file : std::as_const(m_selectedFiles)) {
-        if (!QDesktopServices::openUrl(file->url())) {
-            logError(tr("No application opens %1").arg(file->path()));
-            Q_EMIT errorOccurred(tr("The file could not be opened"),
-                                 tr("No application is set to open \"%1\".").arg(file->displayName()));
-        }
-    }
-}
-
-void ThumbnailsViewController::openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files)
-{
-    if (!FileOpener::openWith(application, files)) {
-        logError(tr("Cannot start %1").arg(application->path()));
-        Q_EMIT errorOccurred(tr("The application could not be started"), application->displayName());
-    }
-}
-
-void ThumbnailsViewController::openWithApplication(const PXFilePtr &application)
-{
-    if (!m_selectedFiles.isEmpty())
-        openFilesWith(application, m_selectedFiles);
-}
-
-void ThumbnailsViewController::selectAll()
-{
-    m_grid->selectAll();
-}
-
-void ThumbnailsViewController::deselectAll()
-{
-    m_grid->clearSelection();
-}
-
-void ThumbnailsViewController::renameFile()
-{
-    if (m_selectedFiles.size() != 1)
-        return;
-    const auto it = m_indexByFile.constFind(m_selectedFiles.first().get());
-    if (it != m_indexByFile.cend())
-        m_grid->editName(*it);
-}
-
 void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
 {
     const PXFilePtr file = fileAt(index);
@@ -668,129 +583,15 @@ void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
     });
 }
 
-void ThumbnailsViewController::makeAlias()
-{ }
-void ThumbnailsViewController::makeSymlink()
-{ }
-void ThumbnailsViewController::duplicate()
-{ }
-void ThumbnailsViewController::moveToTrash()
-{ }
-
-void ThumbnailsViewController::revealInFinder()
+void ThumbnailsViewController::editNameWhenShown(const PXFilePtr &file)
 {
-    FileOpener::reveal(m_selectedFiles.isEmpty() ? m_currentSources : m_selectedFiles, this);
-}
-
-void ThumbnailsViewController::newFolder()
-{
-    if (!validateAction(QStringLiteral("newFolder")))
-        return;
-    const QString parent = m_currentSources.first()->resolvedPath();
-    const QString baseName = tr("untitled folder");
-    QPointer<ThumbnailsViewController> self(this);
-    runOnPool(QStringLiteral("FileDrop"), [self, parent, baseName] {
-        QDir dir(parent);
-        QString name = baseName;
-        for (int n = 2; dir.exists(name) || QFileInfo(dir.filePath(name)).isSymLink(); ++n)
-            name = baseName + QLatin1Char(' ') + QString::number(n);
-        const bool ok = dir.mkdir(name);
-        const QString path = dir.filePath(name);
-        postToGui([self, ok, path, parent] {
-            if (!self)
-                return;
-            if (!ok) {
-                logError(tr("Cannot make a folder in %1").arg(parent));
-                Q_EMIT self->errorOccurred(tr("The folder could not be made"), parent);
-                return;
-            }
-            self->m_newFile = PXFile::fileForPath(path);
-            const auto it = self->m_indexByFile.constFind(self->m_newFile.get());
-            if (it != self->m_indexByFile.cend()) {
-                self->m_newFile.reset();
-                self->m_grid->setSelectedIndexes({*it}, *it);
-                self->m_grid->editName(*it);
-            }
-        });
-    });
-}
-
-void ThumbnailsViewController::flagItem()
-{
-    if (m_flagLookup && !m_selectedFiles.isEmpty())
-        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::flagged);
-    m_grid->viewport()->update();
-}
-
-void ThumbnailsViewController::rejectItem()
-{
-    if (m_flagLookup && !m_selectedFiles.isEmpty())
-        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::rejected);
-    m_grid->viewport()->update();
-}
-
-void ThumbnailsViewController::clearItemFlag()
-{
-    if (m_flagLookup && !m_selectedFiles.isEmpty())
-        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::none);
-    m_grid->viewport()->update();
-}
-
-void ThumbnailsViewController::selectByFlag(FileFlag flag)
-{
-    if (!m_flagLookup)
-        return;
-    QList<int> indexes;
-    for (int i = 0; i < m_allItemsFlat.size(); ++i) {
-        if (m_flagLookup(m_allItemsFlat[i]->file()) == flag)
-            indexes.append(i);
+    m_newFile = file;
+    const auto it = m_indexByFile.constFind(m_newFile.get());
+    if (it != m_indexByFile.cend()) {
+        m_newFile.reset();
+        m_grid->setSelectedIndexes({*it}, *it);
+        m_grid->editName(*it);
     }
-    m_grid->setSelectedIndexes(indexes);
-    scrollSelectionToVisible();
-}
-
-void ThumbnailsViewController::selectFlagged()
-{
-    selectByFlag(FileFlag::flagged);
-}
-
-void ThumbnailsViewController::selectRejected()
-{
-    selectByFlag(FileFlag::rejected);
-}
-
-void ThumbnailsViewController::stepImage(int direction)
-{
-    const int count = int(m_allItemsFlat.size());
-    if (count == 0)
-        return;
-    int index = m_grid->currentIndex();
-    for (int i = index + direction; i >= 0 && i < count; i += direction) {
-        if (m_allItemsFlat[i]->file()->isImage()) {
-            m_grid->setSelectedIndexes({i}, i);
-            m_grid->scrollToItem(i);
-            return;
-        }
-    }
-}
-
-void ThumbnailsViewController::nextImageInBrowser()
-{
-    stepImage(1);
-}
-
-void ThumbnailsViewController::previousImageInBrowser()
-{
-    stepImage(-1);
-}
-
-void ThumbnailsViewController::scrollSelectionToVisible()
-{
-    const int current = m_grid->currentIndex();
-    if (current >= 0 && m_grid->isSelected(current))
-        m_grid->scrollToItem(current);
-    else if (const QList<int> selected = m_grid->selectedIndexes(); !selected.isEmpty())
-        m_grid->scrollToItem(selected.first());
 }
 
 void ThumbnailsViewController::thumbnailViewSearch(const QString &text)

@@ -25,12 +25,13 @@ class QTimer;
 class RenamedFileFollower;
 class ThumbnailGridDataSource;
 class ThumbnailVisibilityUpdater;
+class ThumbnailsActionHandler;
 
 // A file's mark for the current run, kept by the application's flag manager.
 enum class FileFlag { none, flagged, rejected };
 
 // The thumbnail pane of a main window: the grid of the files of the window's sources, their
-// selection, the pane's commands and context menu, drops onto the grid and the status line.
+// selection, drops onto the grid and the status line. Its commands are its action handler's.
 //
 // It owns the folder collection of its sources and one ThumbnailItem per file shown (made when a
 // file first appears, dropped when it leaves the collection). The visible range of the grid,
@@ -49,20 +50,25 @@ public:
     void setSources(const QList<PXFilePtr> &folders);
     const QList<PXFilePtr> &sources() const { return m_currentSources; }
 
-    // Whether the command named like its slot ("moveToTrash") can run now.
-    bool validateAction(const QString &slotName) const;
+    ThumbnailsActionHandler *actionHandler() const { return m_actionHandler; }
     QList<PXFilePtr> selectedFiles() const { return m_selectedFiles; }
     QString statusText() const;
     // Files in display order.
     QList<PXFilePtr> files() const;
+    int fileCount() const { return int(m_allItemsFlat.size()); }
+    // The grid position of `file`, -1 when it is not shown.
+    int indexOfFile(const PXFilePtr &file) const { return m_indexByFile.value(file.get(), -1); }
     bool isLoading() const;
 
     // The window plugs its flag manager in; without it the flag commands are disabled.
     void setFlagLookup(std::function<FileFlag(const PXFilePtr &)> lookup);
+    bool tracksFlags() const { return bool(m_flagLookup); }
     // The mark of `file` (none without a flag manager).
-    FileFlag flagOf(const PXFilePtr &file) const;
+    FileFlag flagOf(const PXFilePtr &file) const { return m_flagLookup ? m_flagLookup(file) : FileFlag::none; }
     // Selects those of `files` that are shown and, with `scroll`, brings them into view.
     void selectFiles(const QList<PXFilePtr> &files, bool scroll = true);
+    // Selects `file` and opens its name for editing, now or as soon as it is listed (a new folder).
+    void editNameWhenShown(const PXFilePtr &file);
 
     ThumbnailGridView *gridView() const { return m_grid; }
     ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
@@ -73,31 +79,8 @@ public:
     FileDropOperation dropOperation(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
     // Drops `urls` there; false when nothing can be done with them.
     bool acceptDrop(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
-    // The context menu for item `index` (-1: the background), built as it is shown.
-    QMenu *makeContextMenu(int index);
-    // Opens the selection with a favourite application.
-    void openWithApplication(const PXFilePtr &application);
 
 public Q_SLOTS:
-    void performOpen();
-    void openInApp();
-    void selectAll();
-    void deselectAll();
-    void renameFile();
-    void makeAlias();
-    void makeSymlink();
-    void duplicate();
-    void moveToTrash();
-    void revealInFinder();
-    void newFolder();
-    void flagItem();
-    void rejectItem();
-    void clearItemFlag();
-    void selectFlagged();
-    void selectRejected();
-    void nextImageInBrowser();
-    void previousImageInBrowser();
-    void scrollSelectionToVisible();
     void thumbnailViewSearch(const QString &text);
     void setThumbnailViewSearchCategory(ThumbnailsSearchType type);
 
@@ -131,9 +114,6 @@ private:
     PXFilePtr fileAt(int index) const;
     PXFilePtr dropDestination(int index, int section) const;
     void commitNameEdit(int index, const QString &text);
-    void stepImage(int direction);
-    void selectByFlag(FileFlag flag);
-    void openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files);
 
     WindowSettingsPtr m_windowSettings;
     FileCollectionModel *m_collection;
@@ -160,6 +140,7 @@ private:
 
     QTimer *m_selectionChangeTimer;
     RenamedFileFollower *m_renameFollower; // keeps the selection across renames from outside
+    ThumbnailsActionHandler *m_actionHandler;
     QString m_statusText;
     QString m_failureText; // why a source could not be listed
 };

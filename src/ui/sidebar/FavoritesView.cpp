@@ -1,7 +1,7 @@
 #include "ui/sidebar/FavoritesView.h"
 
 #include "core/settings/AppSettings.h"
-#include "ui/app/ThemeIcons.h"
+#include "ui/common/ThemeIcons.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>

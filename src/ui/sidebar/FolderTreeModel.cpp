@@ -4,7 +4,7 @@
 #include "core/app/Log.h"
 #include "core/fs/ZQFolderSubscription.h"
 #include "core/model/FileSorting.h"
-#include "ui/app/ThemeIcons.h"
+#include "ui/common/ThemeIcons.h"
 
 #include <QFileIconProvider>
 #include <QIcon>

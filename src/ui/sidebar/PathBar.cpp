@@ -1,6 +1,6 @@
 #include "ui/sidebar/PathBar.h"
 
-#include "ui/app/ThemeIcons.h"
+#include "ui/common/ThemeIcons.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,5 +1,6 @@
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/PreviewView.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
 
 #include "core/model/FileCollectionModel.h"
@@ -37,7 +38,7 @@ struct Pane
         pane.show();
         pane.setSources({PXFile::fileForPath(dir.path())});
         ok = waitUntil([this, count] { return !pane.isLoading() && pane.files().size() == count; });
-        pane.deselectAll();
+        pane.actionHandler()->deselectAll();
     }
     QPoint centre(int index) { return pane.gridView()->visualRect(index).center(); }
     QWidget *viewport() { return pane.gridView()->viewport(); }
