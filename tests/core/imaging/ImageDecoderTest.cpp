@@ -106,7 +106,7 @@ TEST(ImageDecoderTest, HeifDecodesAndHasAThumbnail)
         EXPECT_EQ(qMax(image.width(), image.height()), 64);
         const QImage preview = EmbeddedPreview::read(native(path), 16, &error);
         if (path.endsWith(QLatin1String(".heic"))) {
-            EXPECT_EQ(preview.size(), QSize(32, 21)) << "the thumbnail image of the small file";
+            EXPECT_EQ(preview.size(), QSize(32, 24)) << "the thumbnail image of the small file";
         }
         if (!preview.isNull()) {
             EXPECT_LE(qMax(preview.width(), preview.height()), EmbeddedPreview::maxPixelSize);
