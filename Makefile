@@ -3,6 +3,10 @@
 BUILD_DIR ?= build
 JOBS ?= 2
 CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
+# CI builds with warnings as errors (.ci/run runs with CI=true).
+ifeq ($(CI),true)
+CMAKE_FLAGS += -DPIXCOVE_WERROR=ON
+endif
 
 .PHONY: all setup configure build run test bench clean
 

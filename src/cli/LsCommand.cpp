@@ -68,17 +68,17 @@ QString parse(const QStringList &args, LsOptions &options)
         if (arg == QLatin1String("--")) {
             optionsEnded = true;
         } else if (arg == QLatin1String("--sort")) {
-            const auto value = Cli::intOption(args, i, 0, fileSortTypeCount - 1, &error);
+            const auto value = Cli::intOption(args, i, 0, valueSetCount<FileSortType>() - 1, &error);
             if (!value)
                 return error;
             options.sort = FileSortType(*value);
         } else if (arg == QLatin1String("--folder-sort")) {
-            const auto value = Cli::intOption(args, i, 0, folderSortTypeCount - 1, &error);
+            const auto value = Cli::intOption(args, i, 0, valueSetCount<FolderSortType>() - 1, &error);
             if (!value)
                 return error;
             options.folderSort = FolderSortType(*value);
         } else if (arg == QLatin1String("--filter")) {
-            const auto value = Cli::intOption(args, i, 0, fileFilterTypeCount - 1, &error);
+            const auto value = Cli::intOption(args, i, 0, valueSetCount<FileFilterType>() - 1, &error);
             if (!value)
                 return error;
             options.filter = FileFilterType(*value);

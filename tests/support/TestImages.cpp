@@ -20,6 +20,14 @@ QString corpusDir()
     return QDir(dir).exists() ? QDir(dir).canonicalPath() : QString();
 }
 
+QString dataFile(const QString &name)
+{
+    const QString path = QStringLiteral(PIXCOVE_TEST_DATA_DIR "/") + name;
+    if (!QFile::exists(path))
+        qFatal("TestImages: %s is missing from tests/data", qPrintable(name));
+    return path;
+}
+
 namespace {
 
 // Rewrites the height and width of the first baseline frame header (SOF0, as Qt writes it).

@@ -13,6 +13,8 @@ namespace TestImages {
 
 // The shared corpus of real camera files, or an empty string when it is not beside the checkout.
 QString corpusDir();
+// A small file checked into tests/data, named after what it tests ("truncated-in-scan.jpg").
+QString dataFile(const QString &name);
 
 // What writeJpeg() puts into a file; every member left empty or unset is left out.
 struct JpegOptions

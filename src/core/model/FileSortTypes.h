@@ -1,9 +1,16 @@
 #pragma once
 
+#include "core/model/ValueSetCount.h"
+
+#include <QObject>
 #include <QString>
 
 // How a folder's files are sorted and filtered. The raw values are stored in the settings file
-// and accepted on the command line: never renumber them.
+// and accepted on the command line: never renumber them. The stored ones are meta-enums, so that
+// the settings file's reader knows their names and members, and valueSetCount() their size; the
+// rest of the program names them without the namespace.
+namespace FileSortTypes {
+Q_NAMESPACE
 
 enum class FileSortType : int {
     name = 0,
@@ -25,14 +32,14 @@ enum class FileSortType : int {
     cameraModel = 16,
     dateAdded = 17,
 };
-inline constexpr int fileSortTypeCount = 18;
+Q_ENUM_NS(FileSortType)
 
 enum class FolderSortType : int {
     foldersFirst = 0,
     foldersLast = 1,
     mixed = 2,
 };
-inline constexpr int folderSortTypeCount = 3;
+Q_ENUM_NS(FolderSortType)
 
 enum class FileFilterType : int {
     visible = 0,
@@ -49,12 +56,20 @@ enum class FileFilterType : int {
     panoramas = 11,
     folders = 12,
 };
-inline constexpr int fileFilterTypeCount = 13;
+Q_ENUM_NS(FileFilterType)
 
 enum class SubfolderInclusionStyle : int {
     byFolder = 0,
     commingled = 1,
 };
+Q_ENUM_NS(SubfolderInclusionStyle)
+
+} // namespace FileSortTypes
+
+using FileSortTypes::FileFilterType;
+using FileSortTypes::FileSortType;
+using FileSortTypes::FolderSortType;
+using FileSortTypes::SubfolderInclusionStyle;
 
 // Which property a search field matches; not persisted.
 enum class ThumbnailsSearchType : int {

@@ -8,6 +8,7 @@
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 
 namespace {
@@ -30,8 +31,8 @@ struct PrimaryKey
     SortDescriptor::Comparison comparison;
 };
 
-// By raw value of FileSortType.
-constexpr PrimaryKey primaryKeys[fileSortTypeCount] = {
+// By raw value of FileSortType, one for each member: a test sorts by every one.
+constexpr PrimaryKey primaryKeys[] = {
     {"displayName", SortDescriptor::Comparison::finderStyle},
     {"fileSize", SortDescriptor::Comparison::natural},
     {"kindString", SortDescriptor::Comparison::finderStyle},
@@ -187,9 +188,9 @@ QList<SortDescriptor> sortDescriptorsForSortType(FileSortType sort, FolderSortTy
 {
     const int sortRaw = int(sort);
     const int folderRaw = int(folderSort);
-    if (sortRaw < 0 || sortRaw >= fileSortTypeCount)
+    if (sortRaw < 0 || sortRaw >= int(std::size(primaryKeys)))
         qFatal("Unknown file sort type %d", sortRaw);
-    if (folderRaw < 0 || folderRaw >= folderSortTypeCount)
+    if (folderRaw < 0 || folderRaw >= valueSetCount<FolderSortType>())
         qFatal("Unknown folder sort type %d", folderRaw);
 
     QList<SortDescriptor> descriptors;

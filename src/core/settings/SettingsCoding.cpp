@@ -2,10 +2,15 @@
 
 #include "core/fs/ZQFileRecord.h"
 #include "core/model/PXFile.h"
+#include "core/settings/FileBookmark.h"
+#include "core/settings/SlideshowSettings.h"
+#include "core/settings/WindowSettings.h"
 
 #include <QDataStream>
+#include <QHash>
 #include <QIODevice>
 #include <QLocale>
+#include <QMetaProperty>
 #include <QMetaType>
 
 #include <cmath>
@@ -150,6 +155,19 @@ bool SettingsReader::readInteger(const QString &key, int &value)
 void SettingsReader::read(const QString &key, int &value)
 {
     readInteger(key, value);
+}
+
+bool SettingsReader::readRawValue(const QString &key, int &raw, const QMetaEnum &valueSet)
+{
+    int read = raw;
+    if (!readInteger(key, read))
+        return false;
+    if (!valueSet.valueToKey(read)) {
+        fail(key, QStringLiteral("%1 is not a raw value of %2").arg(read).arg(QLatin1String(valueSet.enumName())));
+        return false;
+    }
+    raw = read;
+    return true;
 }
 
 void SettingsReader::read(const QString &key, double &value)
@@ -300,6 +318,14 @@ void SettingsWriter::write(const QString &key, const QJsonValue &value)
         m_object.insert(key, value);
 }
 
+void SettingsWriter::writeRawValue(const QString &key, int raw, const QMetaEnum &valueSet)
+{
+    if (!valueSet.valueToKey(raw))
+        return fail(key,
+                    QStringLiteral("%1 is not a raw value of %2").arg(raw).arg(QLatin1String(valueSet.enumName())));
+    write(key, QJsonValue(raw));
+}
+
 void SettingsWriter::write(const QString &key, const QColor &color)
 {
     write(key, SettingsCoding::colorArchive(color));
@@ -351,9 +377,203 @@ void SettingsWriter::write(const QString &key, AlertsAndWarnings warnings)
     write(key, QJsonValue(array));
 }
 
-// MARK: forms
+// MARK: properties
+
+namespace {
+
+// The nested objects: window and slideshow settings, bookmarks.
+void writeValue(SettingsWriter &writer, const QString &key, const QList<WindowSettingsPtr> &windows)
+{
+    writer.writeList(key, windows, [](const WindowSettingsPtr &window, const QString &path, QString *error) {
+        return window->toJson(error, path);
+    });
+}
+
+void readValue(SettingsReader &reader, const QString &key, QList<WindowSettingsPtr> &windows)
+{
+    reader.readList(key, windows,
+                    [](const QJsonValue &value, const QString &path,
+                       QString *error) -> std::optional<WindowSettingsPtr> {
+                        if (WindowSettingsPtr window = WindowSettings::fromJson(value, error, path))
+                            return window;
+                        return std::nullopt;
+                    });
+}
+
+void writeValue(SettingsWriter &writer, const QString &key, const SlideshowSettingsPtr &slideshow)
+{
+    writer.writeNested(key, slideshow, [](const SlideshowSettingsPtr &slideshow, const QString &path, QString *error) {
+        return slideshow->toJson(error, path);
+    });
+}
+
+void readValue(SettingsReader &reader, const QString &key, SlideshowSettingsPtr &slideshow)
+{
+    reader.readNested(key, slideshow,
+                      [](const QJsonValue &value, const QString &path,
+                         QString *error) -> std::optional<SlideshowSettingsPtr> {
+                          if (SlideshowSettingsPtr slideshow = SlideshowSettings::fromJson(value, error, path))
+                              return slideshow;
+                          return std::nullopt;
+                      });
+}
+
+void writeValue(SettingsWriter &writer, const QString &key, const QList<FileBookmark> &bookmarks)
+{
+    writer.writeList(key, bookmarks, [](const FileBookmark &bookmark, const QString &path, QString *error) {
+        return bookmark.toJson(path, error);
+    });
+}
+
+void readValue(SettingsReader &reader, const QString &key, QList<FileBookmark> &bookmarks)
+{
+    reader.readList(key, bookmarks, &FileBookmark::fromJson);
+}
+
+// The other forms are the reader's and the writer's own.
+template<typename T>
+void writeValue(SettingsWriter &writer, const QString &key, const T &value)
+{
+    writer.write(key, value);
+}
+
+template<typename T>
+void readValue(SettingsReader &reader, const QString &key, T &value)
+{
+    reader.read(key, value);
+}
+
+// How the values of one property type are written and read, through the QVariant of a property.
+struct PropertyForm
+{
+    void (*write)(SettingsWriter &writer, const QString &key, const QVariant &value);
+    void (*read)(SettingsReader &reader, const QString &key, QVariant &value);
+};
+
+template<typename T>
+std::pair<int, PropertyForm> formOf()
+{
+    return {QMetaType::fromType<T>().id(),
+            {[](SettingsWriter &writer, const QString &key, const QVariant &value) {
+                 writeValue(writer, key, value.value<T>());
+             },
+             [](SettingsReader &reader, const QString &key, QVariant &value) {
+                 T typed = value.value<T>();
+                 readValue(reader, key, typed);
+                 value = QVariant::fromValue(std::move(typed));
+             }}};
+}
+
+// Every type of setting but the value sets, which are read and written through their meta-enums.
+const QHash<int, PropertyForm> &propertyForms()
+{
+    static const QHash<int, PropertyForm> forms{
+        formOf<bool>(),
+        formOf<int>(),
+        formOf<double>(),
+        formOf<QColor>(),
+        formOf<QDateTime>(),
+        formOf<PXFilePtr>(),
+        formOf<QList<PXFilePtr>>(),
+        formOf<std::optional<QVariantMap>>(),
+        formOf<ThumbnailInfoOptions>(),
+        formOf<AlertsAndWarnings>(),
+        formOf<QList<WindowSettingsPtr>>(),
+        formOf<SlideshowSettingsPtr>(),
+        formOf<QList<FileBookmark>>(),
+    };
+    return forms;
+}
+
+// The value set of an enumeration declared with Q_ENUM or Q_ENUM_NS; invalid for other types.
+QMetaEnum valueSetOf(QMetaType type)
+{
+    const QMetaObject *scope = type.metaObject();
+    if (!(type.flags() & QMetaType::IsEnumeration) || !scope || type.sizeOf() != sizeof(int))
+        return {};
+    for (int i = scope->enumeratorOffset(); i < scope->enumeratorCount(); ++i) {
+        const QMetaEnum valueSet = scope->enumerator(i);
+        if (QByteArray(valueSet.scope()) + "::" + valueSet.enumName() == type.name())
+            return valueSet;
+    }
+    return {};
+}
+
+QString noFormReason(QMetaType type)
+{
+    return QStringLiteral("the settings file has no form for values of type %1").arg(QLatin1String(type.name()));
+}
+
+// The properties of `settings` that the settings file holds.
+QList<QMetaProperty> storedProperties(const ObservableSettings &settings)
+{
+    const QMetaObject *type = settings.metaObject();
+    QList<QMetaProperty> properties;
+    for (int i = ObservableSettings::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i) {
+        if (type->property(i).isStored())
+            properties.append(type->property(i));
+    }
+    return properties;
+}
+
+void writeProperties(const ObservableSettings &settings, SettingsWriter &writer)
+{
+    const QHash<int, PropertyForm> &forms = propertyForms();
+    for (const QMetaProperty &property : storedProperties(settings)) {
+        const QString key = QString::fromLatin1(property.name());
+        const QMetaType type = property.metaType();
+        const QVariant value = property.read(&settings);
+        if (const auto form = forms.constFind(type.id()); form != forms.cend())
+            form->write(writer, key, value);
+        else if (const QMetaEnum valueSet = valueSetOf(type); valueSet.isValid())
+            writer.writeRawValue(key, *static_cast<const int *>(value.constData()), valueSet);
+        else
+            writer.fail(key, noFormReason(type));
+    }
+}
+
+} // namespace
 
 namespace SettingsCoding {
+
+std::optional<QJsonObject> toJson(const ObservableSettings &settings, QString *error, const QString &keyPath)
+{
+    SettingsWriter writer(keyPath);
+    writeProperties(settings, writer);
+    if (writer.failed()) {
+        *error = writer.error();
+        return std::nullopt;
+    }
+    return writer.object();
+}
+
+void readProperties(ObservableSettings &settings, SettingsReader &reader, const ValueCheck &check)
+{
+    const QHash<int, PropertyForm> &forms = propertyForms();
+    for (const QMetaProperty &property : storedProperties(settings)) {
+        const QString key = QString::fromLatin1(property.name());
+        const QMetaType type = property.metaType();
+        QVariant value = property.read(&settings);
+        if (const auto form = forms.constFind(type.id()); form != forms.cend()) {
+            form->read(reader, key, value);
+        } else if (const QMetaEnum valueSet = valueSetOf(type); valueSet.isValid()) {
+            int raw = *static_cast<const int *>(value.constData());
+            if (reader.readRawValue(key, raw, valueSet))
+                value = QVariant(type, &raw);
+        } else {
+            reader.fail(key, noFormReason(type));
+        }
+        if (reader.failed())
+            return;
+        if (check) {
+            if (const QString reason = check(key, value); !reason.isEmpty())
+                return reader.fail(key, reason);
+        }
+        property.write(&settings, value);
+    }
+}
+
+// MARK: forms
 
 QJsonObject fileRecord(const PXFilePtr &file)
 {

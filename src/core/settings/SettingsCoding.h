@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/model/PXFileForward.h"
+#include "core/settings/ObservableSettings.h"
 #include "core/settings/SettingsValueSets.h"
 
 #include <QColor>
@@ -8,13 +9,18 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
+#include <QMetaEnum>
+#include <QMetaType>
 #include <QString>
 #include <QVariantMap>
 
+#include <functional>
+#include <memory>
 #include <optional>
-#include <type_traits>
 
-// The JSON forms shared by every settings object.
+// The JSON forms shared by every settings object, and the coding of the settings objects
+// themselves: every stored property of an ObservableSettings, under its name, in the form of its
+// type.
 //
 // Reading is strict and "read if present": an absent key, or an explicit null, leaves the value
 // as it was (the default); a present key of the wrong type, an unknown raw value or an unreadable
@@ -26,92 +32,6 @@
 // base64 string of its QDataStream form, a date as seconds since 1 January 2001 00:00 UTC, a file
 // reference as a ZQFileRecord object (a file that is gone comes back as a placeholder), a set of
 // them as an array of records, a dictionary as base64 of the QDataStream form of a QVariantMap.
-
-// The name and the members of each enumeration that the settings store.
-template<typename E>
-struct SettingsValueSet;
-
-// Raw values 0 ..< count.
-template<int Count>
-struct ContiguousValueSet
-{
-    static constexpr bool contains(int raw) { return raw >= 0 && raw < Count; }
-};
-
-template<>
-struct SettingsValueSet<ImageDisplayScaling> : ContiguousValueSet<imageDisplayScalingCount>
-{
-    static constexpr const char *name = "ImageDisplayScaling";
-};
-template<>
-struct SettingsValueSet<ScreenOption> : ContiguousValueSet<screenOptionCount>
-{
-    static constexpr const char *name = "ScreenOption";
-};
-template<>
-struct SettingsValueSet<OpenImageDestination> : ContiguousValueSet<openImageDestinationCount>
-{
-    static constexpr const char *name = "OpenImageDestination";
-};
-template<>
-struct SettingsValueSet<BrowserLayout> : ContiguousValueSet<browserLayoutCount>
-{
-    static constexpr const char *name = "BrowserLayout";
-};
-template<>
-struct SettingsValueSet<SidebarInfoOptions> : ContiguousValueSet<sidebarInfoOptionsCount>
-{
-    static constexpr const char *name = "SidebarInfoOptions";
-};
-template<>
-struct SettingsValueSet<InspectorTab> : ContiguousValueSet<inspectorTabCount>
-{
-    static constexpr const char *name = "InspectorTab";
-};
-template<>
-struct SettingsValueSet<SlideshowInfoVisibility> : ContiguousValueSet<slideshowInfoVisibilityCount>
-{
-    static constexpr const char *name = "SlideshowInfoVisibility";
-};
-template<>
-struct SettingsValueSet<SlideshowTransitionStyle> : ContiguousValueSet<slideshowTransitionStyleCount>
-{
-    static constexpr const char *name = "SlideshowTransitionStyle";
-};
-template<>
-struct SettingsValueSet<FileSortType> : ContiguousValueSet<fileSortTypeCount>
-{
-    static constexpr const char *name = "FileSortType";
-};
-template<>
-struct SettingsValueSet<FolderSortType> : ContiguousValueSet<folderSortTypeCount>
-{
-    static constexpr const char *name = "FolderSortType";
-};
-template<>
-struct SettingsValueSet<FileFilterType> : ContiguousValueSet<fileFilterTypeCount>
-{
-    static constexpr const char *name = "FileFilterType";
-};
-template<>
-struct SettingsValueSet<SubfolderInclusionStyle> : ContiguousValueSet<2>
-{
-    static constexpr const char *name = "SubfolderInclusionStyle";
-};
-
-template<>
-struct SettingsValueSet<ImageScalePercentage>
-{
-    static constexpr const char *name = "ImageScalePercentage";
-    static constexpr bool contains(int raw)
-    {
-        for (const ImageScalePercentage scale : allImageScalePercentages) {
-            if (int(scale) == raw)
-                return true;
-        }
-        return false;
-    }
-};
 
 class SettingsReader
 {
@@ -141,19 +61,9 @@ public:
     void read(const QString &key, std::optional<QVariantMap> &dictionary);
     void read(const QString &key, AlertsAndWarnings &warnings);
 
-    template<typename E>
-    requires std::is_enum_v<E>
-    void read(const QString &key, E &value)
-    {
-        int raw = int(value);
-        if (!readInteger(key, raw))
-            return;
-        if (!SettingsValueSet<E>::contains(raw))
-            return fail(
-                key,
-                QStringLiteral("%1 is not a raw value of %2").arg(raw).arg(QLatin1String(SettingsValueSet<E>::name)));
-        value = E(raw);
-    }
+    // A choice of a value set (a meta-enum) as its raw value, which must be one of the set's.
+    // Answers whether `raw` was read.
+    bool readRawValue(const QString &key, int &raw, const QMetaEnum &valueSet);
 
     template<typename E>
     void read(const QString &key, QFlags<E> &flags)
@@ -246,17 +156,7 @@ public:
     void write(const QString &key, AlertsAndWarnings warnings);
 
     // A raw value outside the set fails: the reader would reject the whole file.
-    template<typename E>
-    requires std::is_enum_v<E>
-    void write(const QString &key, E value)
-    {
-        if (!SettingsValueSet<E>::contains(int(value)))
-            return fail(key,
-                        QStringLiteral("%1 is not a raw value of %2")
-                            .arg(int(value))
-                            .arg(QLatin1String(SettingsValueSet<E>::name)));
-        write(key, QJsonValue(int(value)));
-    }
+    void writeRawValue(const QString &key, int raw, const QMetaEnum &valueSet);
 
     template<typename E>
     void write(const QString &key, QFlags<E> flags)
@@ -305,6 +205,36 @@ private:
 };
 
 namespace SettingsCoding {
+
+// The settings objects as JSON objects: the properties that the subclasses of ObservableSettings
+// declare, in their order, except the unsaved ones; each under its name, in the form of its type.
+//
+// Writing fails for a value that could not be read back, and for a type without a form.
+std::optional<QJsonObject> toJson(const ObservableSettings &settings, QString *error, const QString &keyPath = {});
+
+// Reading stores each key present through the property's setter. `check`, when given, may refuse
+// a value that was read: it answers the reason (reported like a wrong type), or nothing.
+using ValueCheck = std::function<QString(const QString &key, const QVariant &value)>;
+void readProperties(ObservableSettings &settings, SettingsReader &reader, const ValueCheck &check = {});
+
+// A new settings object of type S read from `json`; null, with the reason, when `json` is not an
+// object or one of its keys cannot be read.
+template<typename S>
+std::shared_ptr<S> fromJson(const QJsonValue &json, QString *error, const QString &keyPath = {},
+                            const ValueCheck &check = {})
+{
+    const std::optional<QJsonObject> object = SettingsReader::objectAt(json, keyPath, error);
+    if (!object)
+        return nullptr;
+    auto settings = std::make_shared<S>();
+    SettingsReader reader(*object, keyPath);
+    readProperties(*settings, reader, check);
+    if (reader.failed()) {
+        *error = reader.error();
+        return nullptr;
+    }
+    return settings;
+}
 
 // A file reference: the record of a file, and back. Resolving answers a placeholder for a file
 // that is gone, and null (with a reason) for a malformed record.

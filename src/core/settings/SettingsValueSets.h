@@ -3,6 +3,7 @@
 #include "core/model/FileSortTypes.h"
 
 #include <QFlags>
+#include <QObject>
 #include <QString>
 #include <QStringView>
 
@@ -12,6 +13,12 @@
 // The choices that the application and window settings hold. Raw values are what the settings
 // file stores: never renumber them. The sort, filter and subfolder choices live in
 // model/FileSortTypes.h with the folder collection that applies them.
+//
+// The single choices are meta-enums, so that the settings file's reader knows their names and
+// members, and valueSetCount() their size. The rest of the program names them without the
+// namespace.
+namespace SettingsValueSets {
+Q_NAMESPACE
 
 // How an image is fitted into a viewer.
 enum class ImageDisplayScaling : int {
@@ -19,7 +26,7 @@ enum class ImageDisplayScaling : int {
     alwaysFit = 1,
     shrinkToFit = 2,
 };
-inline constexpr int imageDisplayScalingCount = 3;
+Q_ENUM_NS(ImageDisplayScaling)
 
 // A fixed zoom; the raw value is the percentage itself.
 enum class ImageScalePercentage : int {
@@ -29,10 +36,7 @@ enum class ImageScalePercentage : int {
     scale50 = 50,
     scale25 = 25,
 };
-inline constexpr std::array allImageScalePercentages{
-    ImageScalePercentage::scale200, ImageScalePercentage::scale150, ImageScalePercentage::scale100,
-    ImageScalePercentage::scale50,  ImageScalePercentage::scale25,
-};
+Q_ENUM_NS(ImageScalePercentage)
 
 // Which screen a slideshow or the quick view opens on.
 enum class ScreenOption : int {
@@ -40,7 +44,7 @@ enum class ScreenOption : int {
     alternateScreen = 1,
     primaryScreen = 2,
 };
-inline constexpr int screenOptionCount = 3;
+Q_ENUM_NS(ScreenOption)
 
 // Where "Open" sends an image: this program, the application that made the file, or the
 // application in `openImageCustomApp`.
@@ -49,7 +53,7 @@ enum class OpenImageDestination : int {
     creator = 1,
     other = 2,
 };
-inline constexpr int openImageDestinationCount = 3;
+Q_ENUM_NS(OpenImageDestination)
 
 // Where the embedded preview sits in the browser.
 enum class BrowserLayout : int {
@@ -57,7 +61,7 @@ enum class BrowserLayout : int {
     topPreview = 1,
     rightPreview = 2,
 };
-inline constexpr int browserLayoutCount = 3;
+Q_ENUM_NS(BrowserLayout)
 
 // Which counts the sidebar shows next to a folder (one choice, not a bit set).
 enum class SidebarInfoOptions : int {
@@ -68,7 +72,7 @@ enum class SidebarInfoOptions : int {
     images = 4,
     imagesAndFolders = 5,
 };
-inline constexpr int sidebarInfoOptionsCount = 6;
+Q_ENUM_NS(SidebarInfoOptions)
 
 enum class InspectorTab : int {
     general = 0,
@@ -77,8 +81,38 @@ enum class InspectorTab : int {
     gps = 3,
     tiff = 4,
 };
-inline constexpr int inspectorTabCount = 5;
+Q_ENUM_NS(InspectorTab)
+
+// When a slideshow shows the file's information.
+enum class SlideshowInfoVisibility : int {
+    showNever = 0,
+    showAutomatic = 1,
+    showAlways = 2,
+};
+Q_ENUM_NS(SlideshowInfoVisibility)
+
+// How a slideshow passes from one picture to the next.
+enum class SlideshowTransitionStyle : int {
+    none = 0,
+    crossfade = 1,
+    slide = 2,
+};
+Q_ENUM_NS(SlideshowTransitionStyle)
+
+} // namespace SettingsValueSets
+
+using SettingsValueSets::BrowserLayout;
+using SettingsValueSets::ImageDisplayScaling;
+using SettingsValueSets::ImageScalePercentage;
+using SettingsValueSets::InspectorTab;
+using SettingsValueSets::OpenImageDestination;
+using SettingsValueSets::ScreenOption;
+using SettingsValueSets::SidebarInfoOptions;
+using SettingsValueSets::SlideshowInfoVisibility;
+using SettingsValueSets::SlideshowTransitionStyle;
+
 QString inspectorTabTitle(InspectorTab tab);
+QString slideshowTransitionStyleTitle(SlideshowTransitionStyle style);
 
 // The lines of information under a thumbnail. Any combination is valid, bits that this build
 // does not know included: the set is stored as its integer and kept as it is.
@@ -104,23 +138,6 @@ enum class ImageInformationOverlayOption : int {
 };
 Q_DECLARE_FLAGS(ImageInformationOverlayOptions, ImageInformationOverlayOption)
 Q_DECLARE_OPERATORS_FOR_FLAGS(ImageInformationOverlayOptions)
-
-// When a slideshow shows the file's information.
-enum class SlideshowInfoVisibility : int {
-    showNever = 0,
-    showAutomatic = 1,
-    showAlways = 2,
-};
-inline constexpr int slideshowInfoVisibilityCount = 3;
-
-// How a slideshow passes from one picture to the next.
-enum class SlideshowTransitionStyle : int {
-    none = 0,
-    crossfade = 1,
-    slide = 2,
-};
-inline constexpr int slideshowTransitionStyleCount = 3;
-QString slideshowTransitionStyleTitle(SlideshowTransitionStyle style);
 
 // One-time alerts and warnings the user asked not to see again. The set is stored as an array of
 // the cases' text raw values, so the bits below never reach the file.

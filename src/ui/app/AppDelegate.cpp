@@ -9,6 +9,7 @@
 #include "ui/app/AuxiliaryWindowsManager.h"
 #include "ui/app/MainWindowsManager.h"
 #include "ui/app/ServicesProvider.h"
+#include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowFrame.h"
 
@@ -26,26 +27,6 @@ namespace {
 
 AppDelegate *runningDelegate = nullptr;
 ActivitiesGate noActivities;
-
-const QStringList applicationCommands = {
-    QStringLiteral("newMainWindow"),
-    QStringLiteral("newMainWindowTab"),
-    QStringLiteral("openAboutWindow"),
-    QStringLiteral("openBugReporterWindow"),
-    QStringLiteral("openActivityWindow"),
-    QStringLiteral("openQuickview"),
-    QStringLiteral("openRenameWindow"),
-    QStringLiteral("openSettings"),
-    QStringLiteral("openOpenWithEditor"),
-    QStringLiteral("openMoveToEditor"),
-    QStringLiteral("startSlideshowWithOpenImageWindows"),
-    QStringLiteral("previousImageWindow"),
-    QStringLiteral("nextImageWindow"),
-    QStringLiteral("goToSite"),
-    QStringLiteral("goToReleaseNotes"),
-    QStringLiteral("checkForUpdates"),
-    QStringLiteral("terminate"),
-};
 
 } // namespace
 
@@ -65,12 +46,29 @@ AppDelegate::AppDelegate(QObject *parent)
                                            [this](const QList<PXFilePtr> &files) { startSlideshow(files); });
     terminate = [] { QCoreApplication::quit(); };
     showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
+    registerCommands();
 }
 
 AppDelegate::~AppDelegate()
 {
+    CommandRegistry &registry = CommandRegistry::shared();
+    if (registry.application() == this)
+        registry.setApplication(nullptr);
     if (runningDelegate == this)
         runningDelegate = nullptr;
+}
+
+// The commands that exist so far; the registry shows the others disabled.
+void AppDelegate::registerCommands()
+{
+    CommandRegistry &registry = CommandRegistry::shared();
+    registry.bindApplicationCommand(CommandId::newMainWindow).on(&AppDelegate::newMainWindow);
+    registry.bindApplicationCommand(CommandId::newMainWindowTab).on(&AppDelegate::newMainWindowTab);
+    registry.bindApplicationCommand(CommandId::openAboutWindow).on(&AppDelegate::openAboutWindow);
+    registry.bindApplicationCommand(CommandId::goToSite).on(&AppDelegate::goToSite);
+    registry.bindApplicationCommand(CommandId::goToReleaseNotes).on(&AppDelegate::goToReleaseNotes);
+    registry.bindApplicationCommand(CommandId::terminate).on(&AppDelegate::requestQuit);
+    registry.setApplication(this);
 }
 
 AppDelegate &AppDelegate::shared()
@@ -257,35 +255,27 @@ void AppDelegate::continueShutdown()
     terminate();
 }
 
-bool AppDelegate::handlesCommand(const QString &name) const
+void AppDelegate::newMainWindow()
 {
-    return applicationCommands.contains(name);
+    m_mainWindowsManager->newMainWindow();
 }
 
-bool AppDelegate::validateCommand(const QString &name) const
+void AppDelegate::newMainWindowTab()
 {
-    static const QStringList available = {
-        QStringLiteral("newMainWindow"), QStringLiteral("newMainWindowTab"), QStringLiteral("openAboutWindow"),
-        QStringLiteral("goToSite"),      QStringLiteral("goToReleaseNotes"), QStringLiteral("terminate"),
-    };
-    return available.contains(name);
+    m_mainWindowsManager->newMainWindow({}, true);
 }
 
-bool AppDelegate::performCommand(const QString &name, QWidget *window)
+void AppDelegate::openAboutWindow(QWidget *window)
 {
-    if (!validateCommand(name))
-        return false;
-    if (name == QLatin1String("newMainWindow"))
-        m_mainWindowsManager->newMainWindow();
-    else if (name == QLatin1String("newMainWindowTab"))
-        m_mainWindowsManager->newMainWindow({}, true);
-    else if (name == QLatin1String("openAboutWindow"))
-        m_auxiliaryWindowsManager->openAboutWindow(window);
-    else if (name == QLatin1String("goToSite"))
-        QDesktopServices::openUrl(QUrl(websiteLink()));
-    else if (name == QLatin1String("goToReleaseNotes"))
-        QDesktopServices::openUrl(QUrl(releaseNotesLink()));
-    else if (name == QLatin1String("terminate"))
-        requestQuit();
-    return true;
+    m_auxiliaryWindowsManager->openAboutWindow(window);
+}
+
+void AppDelegate::goToSite()
+{
+    QDesktopServices::openUrl(QUrl(websiteLink()));
+}
+
+void AppDelegate::goToReleaseNotes()
+{
+    QDesktopServices::openUrl(QUrl(releaseNotesLink()));
 }

@@ -2,6 +2,7 @@
 
 #include "core/app/LaunchRequest.h"
 #include "core/model/PXFileForward.h"
+#include "ui/common/Command.h"
 
 #include <QObject>
 #include <QPointer>
@@ -26,12 +27,14 @@ class QWidget;
 // first (which may ask the user), then slideshows, the batch renamer and every main window, then
 // the settings are saved.
 //
-// Commands of the application (new window, about, settings, ...) come here from every window's
-// menu bar through performCommand.
+// The application's commands (new window, about, quit, ...) are bound into the command registry
+// while the delegate lives; every window's menu bar runs them here.
 class AppDelegate : public QObject
 {
     Q_OBJECT
 public:
+    static constexpr CommandOwner commandOwner = CommandOwner::application;
+
     explicit AppDelegate(QObject *parent = nullptr);
     ~AppDelegate() override;
 
@@ -59,11 +62,12 @@ public:
     void requestQuit();
     bool isTerminating() const { return m_terminating; }
 
-    // Application commands by name ("newMainWindow", "openAboutWindow", ...); `window` is the
-    // window whose menu sent it.
-    bool handlesCommand(const QString &name) const;
-    bool performCommand(const QString &name, QWidget *window);
-    bool validateCommand(const QString &name) const;
+    // Application commands; `window` is the window whose menu sent the command.
+    void newMainWindow();
+    void newMainWindowTab();
+    void openAboutWindow(QWidget *window);
+    void goToSite();
+    void goToReleaseNotes();
 
     bool finishedLaunching() const { return m_finishedLaunching; }
 
@@ -80,6 +84,7 @@ Q_SIGNALS:
 
 private:
     void registerObservers();
+    void registerCommands();
     void setUpMenus();
     void openRenamer(const QList<PXFilePtr> &files);
     void startSlideshow(const QList<PXFilePtr> &files);

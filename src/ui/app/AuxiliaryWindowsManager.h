@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/model/PXFileForward.h"
-#include "ui/app/WindowManager.h"
+#include "ui/windows/WindowManager.h"
 
 #include <QList>
 #include <QObject>

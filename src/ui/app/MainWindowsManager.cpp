@@ -2,6 +2,8 @@
 
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
+#include "ui/app/WarningsManager.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowFrame.h"
 
@@ -54,7 +56,7 @@ MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, b
         templateSettings = m_settings->windowSettings().first();
     WindowSettingsPtr settings = templateSettings ? templateSettings->duplicate() : std::make_shared<WindowSettings>();
 
-    auto *controller = new MainWindowController(settings, this, file);
+    auto *controller = new MainWindowController(settings, this, this, file);
     m_windowControllers.append(controller);
     // A window opened while the front one is in full screen joins it: a new top-level window
     // would open behind the full-screen one.
@@ -93,4 +95,14 @@ void MainWindowsManager::windowControllerWillClose(QObject *controller)
 {
     if (m_windowControllers.removeIf([controller](MainWindowController *entry) { return entry == controller; }) > 0)
         Q_EMIT windowControllersChanged();
+}
+
+void MainWindowsManager::folderDepthIncreased(QWidget *window)
+{
+    WarningsManager::shared().showFolderDepthWarning(window);
+}
+
+void MainWindowsManager::thumbnailSelectionChanged(const QList<PXFilePtr> &files)
+{
+    AuxiliaryWindowsManager::shared().setRecentlySelectedFiles(files);
 }

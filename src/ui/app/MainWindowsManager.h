@@ -2,7 +2,8 @@
 
 #include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
-#include "ui/app/WindowManager.h"
+#include "ui/windows/MainWindowHost.h"
+#include "ui/windows/WindowManager.h"
 
 #include <QList>
 #include <QObject>
@@ -14,8 +15,9 @@ class MainWindowFrame;
 
 // Keeps the open main windows alive, in the order they were opened, and opens new ones: each gets
 // its own duplicate of the front window's settings, else of the first saved window settings, else
-// of the defaults. A new window joins the front window's frame as a tab when asked to.
-class MainWindowsManager : public QObject, public WindowManager
+// of the defaults. A new window joins the front window's frame as a tab when asked to. It is the
+// windows' host: their warnings and selections go to the shared managers.
+class MainWindowsManager : public QObject, public WindowManager, public MainWindowHost
 {
     Q_OBJECT
 public:
@@ -36,6 +38,8 @@ public:
     void closeAll();
 
     void windowControllerWillClose(QObject *controller) override;
+    void folderDepthIncreased(QWidget *window) override;
+    void thumbnailSelectionChanged(const QList<PXFilePtr> &files) override;
 
 Q_SIGNALS:
     void windowControllersChanged();

@@ -1,14 +1,10 @@
 #include "ui/browser/ThumbnailGridView.h"
 
-#include <QAction>
 #include <QApplication>
-#include <QDrag>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
-#include <QRubberBand>
 #include <QScrollBar>
 #include <QStyle>
 #include <QTimer>
@@ -26,6 +22,9 @@ constexpr int visibilityCheckIntervalMs = 16;
 ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_delegate(delegate)
+    , m_rubberBand(viewport())
+    , m_dragDrop(this, delegate)
+    , m_nameEditor(this)
     , m_clickRenameTimer(new QTimer(this))
     , m_visibilityTimer(new QTimer(this))
 {
@@ -44,32 +43,25 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
     m_clickRenameTimer->setSingleShot(true);
     m_clickRenameTimer->setInterval(QApplication::doubleClickInterval());
     connect(m_clickRenameTimer, &QTimer::timeout, this, [this] {
-        if (m_selectedCount == 1 && m_current >= 0 && isSelected(m_current))
+        if (m_selection.count() == 1 && m_current >= 0 && isSelected(m_current))
             editName(m_current);
     });
+    connect(&m_nameEditor, &ThumbnailNameEditor::committed, this, &ThumbnailGridView::nameEdited);
     m_visibilityTimer->setSingleShot(true);
     m_visibilityTimer->setInterval(visibilityCheckIntervalMs);
     connect(m_visibilityTimer, &QTimer::timeout, this, &ThumbnailGridView::visibleRangeChanged);
 }
 
-ThumbnailGridView::~ThumbnailGridView()
-{
-    // An open editor loses its focus while the view goes away: it must not commit then.
-    if (m_editor) {
-        m_editor->disconnect(this);
-        delete m_editor;
-    }
-}
+ThumbnailGridView::~ThumbnailGridView() = default;
 
 void ThumbnailGridView::relayout()
 {
-    const int oldCount = int(m_selected.size());
+    const int oldCount = m_selection.itemCount();
     m_layout.layout(viewport()->width());
     const int newCount = m_layout.itemCount();
     if (newCount != oldCount) {
-        closeEditor(false);
-        m_selected.assign(size_t(newCount), 0);
-        m_selectedCount = 0;
+        m_nameEditor.close(false);
+        m_selection.resize(newCount);
         m_current = std::min(m_current, newCount - 1);
         m_anchor = std::min(m_anchor, newCount - 1);
     }
@@ -80,39 +72,23 @@ void ThumbnailGridView::relayout()
 
 QList<int> ThumbnailGridView::selectedIndexes() const
 {
-    QList<int> result;
-    result.reserve(m_selectedCount);
-    for (size_t i = 0; i < m_selected.size() && result.size() < m_selectedCount; ++i) {
-        if (m_selected[i])
-            result.append(int(i));
-    }
-    return result;
+    return m_selection.indexes();
 }
 
 bool ThumbnailGridView::isSelected(int index) const
 {
-    return index >= 0 && size_t(index) < m_selected.size() && m_selected[size_t(index)];
+    return m_selection.contains(index);
 }
 
 void ThumbnailGridView::setSelected(int index, bool selected)
 {
-    if (index < 0 || size_t(index) >= m_selected.size() || bool(m_selected[size_t(index)]) == selected)
-        return;
-    m_selected[size_t(index)] = selected;
-    m_selectedCount += selected ? 1 : -1;
-    updateItem(index);
+    if (m_selection.set(index, selected))
+        updateItem(index);
 }
 
 void ThumbnailGridView::setSelectedIndexes(const QList<int> &indexes, int current)
 {
-    std::fill(m_selected.begin(), m_selected.end(), 0);
-    m_selectedCount = 0;
-    for (int index : indexes) {
-        if (index >= 0 && size_t(index) < m_selected.size() && !m_selected[size_t(index)]) {
-            m_selected[size_t(index)] = 1;
-            ++m_selectedCount;
-        }
-    }
+    m_selection.assign(indexes);
     m_current = current >= 0 ? current : (indexes.isEmpty() ? -1 : indexes.first());
     m_anchor = m_current;
     viewport()->update();
@@ -121,37 +97,18 @@ void ThumbnailGridView::setSelectedIndexes(const QList<int> &indexes, int curren
 
 void ThumbnailGridView::selectAll()
 {
-    std::fill(m_selected.begin(), m_selected.end(), 1);
-    m_selectedCount = int(m_selected.size());
+    m_selection.selectAll();
     viewport()->update();
     Q_EMIT selectionChanged();
 }
 
 void ThumbnailGridView::clearSelection()
 {
-    if (m_selectedCount == 0)
+    if (m_selection.count() == 0)
         return;
-    std::fill(m_selected.begin(), m_selected.end(), 0);
-    m_selectedCount = 0;
+    m_selection.clear();
     viewport()->update();
     Q_EMIT selectionChanged();
-}
-
-void ThumbnailGridView::selectRange(int from, int to, bool add)
-{
-    if (!add) {
-        std::fill(m_selected.begin(), m_selected.end(), 0);
-        m_selectedCount = 0;
-    }
-    if (from > to)
-        std::swap(from, to);
-    for (int i = std::max(0, from); i <= to && size_t(i) < m_selected.size(); ++i) {
-        if (!m_selected[size_t(i)]) {
-            m_selected[size_t(i)] = 1;
-            ++m_selectedCount;
-        }
-    }
-    viewport()->update();
 }
 
 void ThumbnailGridView::moveCurrent(int key, Qt::KeyboardModifiers modifiers)
@@ -182,15 +139,14 @@ void ThumbnailGridView::moveCurrent(int key, Qt::KeyboardModifiers modifiers)
     default: return;
     }
     if (modifiers.testFlag(Qt::ShiftModifier) && m_anchor >= 0) {
-        selectRange(m_anchor, to, false);
+        m_selection.clear();
+        m_selection.addRange(m_anchor, to);
         m_current = to;
     } else {
-        std::fill(m_selected.begin(), m_selected.end(), 0);
-        m_selected[size_t(to)] = 1;
-        m_selectedCount = 1;
+        m_selection.assign({to});
         m_current = m_anchor = to;
-        viewport()->update();
     }
+    viewport()->update();
     scrollToItem(to);
     Q_EMIT selectionChanged();
 }
@@ -304,15 +260,14 @@ void ThumbnailGridView::resizeEvent(QResizeEvent *event)
     updateScrollBars();
     if (anchor > 0 && oldColumns != m_layout.columns())
         verticalScrollBar()->setValue(m_layout.itemRect(anchor).top() - m_layout.sectionInsets().top());
-    if (m_editor)
-        closeEditor(true);
+    m_nameEditor.close(true);
     scheduleVisibilityCheck();
 }
 
 void ThumbnailGridView::scrollContentsBy(int, int)
 {
-    if (m_editor)
-        m_editor->move(nameRect(m_editIndex).topLeft());
+    if (m_nameEditor.isOpen())
+        m_nameEditor.move(nameRect(m_nameEditor.index()).topLeft());
     viewport()->update();
     scheduleVisibilityCheck();
 }
@@ -363,9 +318,10 @@ void ThumbnailGridView::paintCell(QPainter &painter, int index, const QRect &rec
     const QRect pictureArea(rect.left() + cellPadding, rect.top() + cellPadding, side, side);
 
     painter.setRenderHint(QPainter::Antialiasing, true);
-    if (selected || index == m_dropTarget) {
+    const bool dropTarget = index == m_dragDrop.dropTarget();
+    if (selected || dropTarget) {
         QColor back = pal.color(focused ? QPalette::Active : QPalette::Inactive, QPalette::Highlight);
-        back.setAlpha(index == m_dropTarget ? 110 : (focused ? 70 : 45));
+        back.setAlpha(dropTarget ? 110 : (focused ? 70 : 45));
         painter.setPen(Qt::NoPen);
         painter.setBrush(back);
         painter.drawRoundedRect(QRectF(pictureArea).adjusted(-6, -6, 6, 6), 6, 6);
@@ -441,8 +397,7 @@ QRect ThumbnailGridView::nameRect(int index) const
 void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
 {
     m_clickRenameTimer->stop();
-    if (m_editor)
-        closeEditor(true);
+    m_nameEditor.close(true);
     setFocus(Qt::MouseFocusReason);
     const QPoint pos = event->position().toPoint();
     const int index = m_layout.indexAt(contentPos(pos));
@@ -458,12 +413,7 @@ void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
         if (event->button() == Qt::LeftButton) {
             if (!toggle && !extend)
                 clearSelection();
-            m_rubberOrigin = contentPos(pos);
-            m_selectionBeforeRubber = m_selected;
-            if (!m_rubberBand)
-                m_rubberBand = new QRubberBand(QRubberBand::Rectangle, viewport());
-            m_rubberBand->setGeometry(QRect(pos, QSize()));
-            m_rubberBand->show();
+            m_rubberBand.start(contentPos(pos), scrollOrigin(), m_selection);
         }
         return;
     }
@@ -476,7 +426,10 @@ void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
     if (event->button() != Qt::LeftButton)
         return;
     if (extend && m_anchor >= 0) {
-        selectRange(m_anchor, index, toggle);
+        if (!toggle)
+            m_selection.clear();
+        m_selection.addRange(m_anchor, index);
+        viewport()->update();
         m_current = index;
         Q_EMIT selectionChanged();
     } else if (toggle) {
@@ -493,7 +446,7 @@ void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
 void ThumbnailGridView::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint pos = event->position().toPoint();
-    if (m_rubberBand && m_rubberBand->isVisible()) {
+    if (m_rubberBand.isActive()) {
         updateRubberBand(pos);
         return;
     }
@@ -504,23 +457,14 @@ void ThumbnailGridView::mouseMoveEvent(QMouseEvent *event)
     if (!isSelected(m_pressIndex))
         return;
     m_dragStarted = true;
-    startDrag();
+    m_dragDrop.startDrag(selectedIndexes(), m_pressIndex);
 }
 
 void ThumbnailGridView::updateRubberBand(QPoint viewportPos)
 {
-    const QRect band = QRect(m_rubberOrigin, contentPos(viewportPos)).normalized();
-    m_rubberBand->setGeometry(band.translated(-scrollOrigin()));
-    m_selected = m_selectionBeforeRubber;
-    m_selectedCount = int(std::count(m_selected.begin(), m_selected.end(), 1));
-    const auto [first, last] = m_layout.itemsInRect(band);
-    for (int index = first; index < last; ++index) {
-        if (m_layout.itemRect(index).intersects(band) && !m_selected[size_t(index)]) {
-            m_selected[size_t(index)] = 1;
-            ++m_selectedCount;
-            m_current = index;
-        }
-    }
+    const int added = m_rubberBand.stretch(contentPos(viewportPos), scrollOrigin(), m_layout, m_selection);
+    if (added >= 0)
+        m_current = added;
     m_anchor = m_current;
     viewport()->update();
     Q_EMIT selectionChanged();
@@ -528,15 +472,14 @@ void ThumbnailGridView::updateRubberBand(QPoint viewportPos)
 
 void ThumbnailGridView::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (m_rubberBand && m_rubberBand->isVisible()) {
-        m_rubberBand->hide();
-        m_selectionBeforeRubber.clear();
+    if (m_rubberBand.isActive()) {
+        m_rubberBand.finish();
         return;
     }
     const QPoint pos = event->position().toPoint();
     if (event->button() == Qt::LeftButton && !m_dragStarted && m_pressIndex >= 0 && m_pressWasSelected
         && event->modifiers() == Qt::NoModifier) {
-        const bool wasOnlySelection = m_selectedCount == 1;
+        const bool wasOnlySelection = m_selection.count() == 1;
         setSelectedIndexes({m_pressIndex}, m_pressIndex);
         if (wasOnlySelection && m_clickToRename && nameRect(m_pressIndex).contains(pos))
             m_clickRenameTimer->start();
@@ -607,27 +550,6 @@ void ThumbnailGridView::wheelEvent(QWheelEvent *event)
     QAbstractScrollArea::wheelEvent(event);
 }
 
-void ThumbnailGridView::startDrag()
-{
-    const QList<int> indexes = selectedIndexes();
-    QMimeData *data = m_delegate->gridMimeDataForDrag(indexes);
-    if (!data)
-        return;
-    auto *drag = new QDrag(this);
-    drag->setMimeData(data);
-    const qreal dpr = devicePixelRatioF();
-    QPixmap picture = m_delegate->gridThumbnail(m_pressIndex, int(96 * dpr));
-    if (picture.isNull())
-        picture = m_delegate->gridIcon(m_pressIndex, int(64 * dpr));
-    if (!picture.isNull()) {
-        picture = picture.scaled(QSize(96, 96) * dpr, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        picture.setDevicePixelRatio(dpr);
-        drag->setPixmap(picture);
-        drag->setHotSpot(QPoint(int(picture.width() / dpr / 2), int(picture.height() / dpr / 2)));
-    }
-    drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::CopyAction);
-}
-
 void ThumbnailGridView::dragEnterEvent(QDragEnterEvent *event)
 {
     if (event->mimeData()->hasUrls())
@@ -639,47 +561,18 @@ void ThumbnailGridView::dragEnterEvent(QDragEnterEvent *event)
 void ThumbnailGridView::dragMoveEvent(QDragMoveEvent *event)
 {
     const QPoint pos = contentPos(event->position().toPoint());
-    const int index = m_layout.indexAt(pos);
-    const int section = m_layout.sectionAt(pos);
-    const Qt::DropAction action = m_delegate->gridValidateDrop(event->mimeData(), index, section, event->modifiers());
-    const int target = action != Qt::IgnoreAction ? index : -1;
-    if (target != m_dropTarget) {
-        const int old = m_dropTarget;
-        m_dropTarget = target;
-        updateItem(old);
-        updateItem(target);
-    }
-    if (action == Qt::IgnoreAction) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(action);
-    event->accept();
+    m_dragDrop.dragMove(event, m_layout.indexAt(pos), m_layout.sectionAt(pos));
 }
 
 void ThumbnailGridView::dragLeaveEvent(QDragLeaveEvent *)
 {
-    const int old = m_dropTarget;
-    m_dropTarget = -1;
-    updateItem(old);
+    m_dragDrop.dragLeave();
 }
 
 void ThumbnailGridView::dropEvent(QDropEvent *event)
 {
     const QPoint pos = contentPos(event->position().toPoint());
-    const int index = m_layout.indexAt(pos);
-    const int section = m_layout.sectionAt(pos);
-    const int old = m_dropTarget;
-    m_dropTarget = -1;
-    updateItem(old);
-    const Qt::DropAction action = m_delegate->gridValidateDrop(event->mimeData(), index, section, event->modifiers());
-    if (action == Qt::IgnoreAction
-        || !m_delegate->gridAcceptDrop(event->mimeData(), index, section, event->modifiers())) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(action);
-    event->accept();
+    m_dragDrop.drop(event, m_layout.indexAt(pos), m_layout.sectionAt(pos));
 }
 
 void ThumbnailGridView::focusInEvent(QFocusEvent *event)
@@ -698,46 +591,7 @@ void ThumbnailGridView::editName(int index)
 {
     if (index < 0 || index >= count())
         return;
-    closeEditor(false);
+    m_nameEditor.close(false);
     scrollToItem(index);
-    m_editIndex = index;
-    auto *editor = new QLineEdit(viewport());
-    m_editor = editor;
-    editor->setAlignment(Qt::AlignHCenter);
-    const QString name = m_delegate->gridEditableName(index);
-    editor->setText(name);
-    const int dot = name.lastIndexOf(QLatin1Char('.'));
-    if (dot > 0)
-        editor->setSelection(0, dot);
-    else
-        editor->selectAll();
-    editor->setGeometry(nameRect(index));
-    editor->show();
-    editor->setFocus(Qt::OtherFocusReason);
-    connect(editor, &QLineEdit::returnPressed, this, [this] { closeEditor(true); });
-    connect(editor, &QLineEdit::editingFinished, this, [this] {
-        if (m_editor && !m_editor->hasFocus())
-            closeEditor(true);
-    });
-    auto *escape = new QAction(editor);
-    escape->setShortcut(Qt::Key_Escape);
-    escape->setShortcutContext(Qt::WidgetShortcut);
-    editor->addAction(escape);
-    connect(escape, &QAction::triggered, this, [this] { closeEditor(false); });
-}
-
-void ThumbnailGridView::closeEditor(bool commit)
-{
-    if (!m_editor)
-        return;
-    QLineEdit *editor = m_editor;
-    m_editor = nullptr;
-    const QString text = editor->text();
-    const int index = m_editIndex;
-    m_editIndex = -1;
-    editor->hide();
-    editor->deleteLater();
-    setFocus(Qt::OtherFocusReason);
-    if (commit && index >= 0)
-        Q_EMIT nameEdited(index, text);
+    m_nameEditor.open(index, m_delegate->gridEditableName(index), nameRect(index));
 }

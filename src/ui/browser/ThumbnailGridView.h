@@ -1,18 +1,17 @@
 #pragma once
 
+#include "ui/browser/ThumbnailGridDragDrop.h"
 #include "ui/browser/ThumbnailGridLayout.h"
+#include "ui/browser/ThumbnailGridSelection.h"
+#include "ui/browser/ThumbnailNameEditor.h"
+#include "ui/browser/ThumbnailRubberBand.h"
 
 #include <QAbstractScrollArea>
-#include <QLineEdit>
 #include <QList>
 #include <QPixmap>
-#include <QPointer>
 #include <QStringList>
 
-#include <vector>
-
 class QMimeData;
-class QRubberBand;
 class QTimer;
 
 // What the grid asks of its owner: the contents of cells and headers, and what drags and drops do.
@@ -40,9 +39,10 @@ public:
 };
 
 // The thumbnail grid: a virtualised view of equally sized cells in sections (or one row), drawn
-// only where the viewport shows them, with selection by mouse, rubber band and keyboard, an
-// in-place name editor, dragging files out and dropping files in. It holds no items of its own:
-// cells are numbered flat and their contents come from the delegate when they are drawn.
+// only where the viewport shows them, with selection by mouse, rubber band (ThumbnailRubberBand)
+// and keyboard, an in-place name editor (ThumbnailNameEditor), dragging files out and dropping
+// files in (ThumbnailGridDragDrop). It holds no items of its own: cells are numbered flat and
+// their contents come from the delegate when they are drawn.
 class ThumbnailGridView : public QAbstractScrollArea
 {
     Q_OBJECT
@@ -51,6 +51,7 @@ public:
     explicit ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *parent = nullptr);
     ~ThumbnailGridView() override;
 
+    ThumbnailGridDelegate *delegate() const { return m_delegate; }
     ThumbnailGridLayout &gridLayout() { return m_layout; }
     // Call after changing the layout's sections or metrics; the selection is cleared when the
     // number of items changes and `keepSelection` is false.
@@ -62,7 +63,7 @@ public:
 
     int count() const { return m_layout.itemCount(); }
     QList<int> selectedIndexes() const;
-    int selectedCount() const { return m_selectedCount; }
+    int selectedCount() const { return m_selection.count(); }
     bool isSelected(int index) const;
     // Replaces the selection; `current` becomes the keyboard position (the first when -1).
     void setSelectedIndexes(const QList<int> &indexes, int current = -1);
@@ -83,7 +84,7 @@ public:
 
     void updateItem(int index);
     void editName(int index);
-    bool isEditingName() const { return m_editor != nullptr; }
+    bool isEditingName() const { return m_nameEditor.isOpen(); }
     QRect visualRect(int index) const; // in viewport coordinates
 
 Q_SIGNALS:
@@ -118,18 +119,14 @@ private:
     void scheduleVisibilityCheck();
     void paintCell(QPainter &painter, int index, const QRect &rect);
     void setSelected(int index, bool selected);
-    void selectRange(int from, int to, bool add);
     void updateRubberBand(QPoint viewportPos);
-    void startDrag();
-    void closeEditor(bool commit);
     QRect nameRect(int index) const; // viewport coordinates
 
     ThumbnailGridDelegate *m_delegate;
     ThumbnailGridLayout m_layout;
     int m_lineHeight = 16;
     bool m_clickToRename = true;
-    std::vector<char> m_selected;
-    int m_selectedCount = 0;
+    ThumbnailGridSelection m_selection;
     int m_current = -1;
     int m_anchor = -1;
 
@@ -138,13 +135,10 @@ private:
     int m_pressIndex = -1;
     bool m_pressWasSelected = false;
     bool m_dragStarted = false;
-    QRubberBand *m_rubberBand = nullptr;
-    QPoint m_rubberOrigin; // content coordinates
-    std::vector<char> m_selectionBeforeRubber;
-    int m_dropTarget = -1;
+    ThumbnailRubberBand m_rubberBand;
+    ThumbnailGridDragDrop m_dragDrop;
 
-    QPointer<QLineEdit> m_editor;
-    int m_editIndex = -1;
+    ThumbnailNameEditor m_nameEditor;
     QTimer *m_clickRenameTimer;
     QTimer *m_visibilityTimer;
 };

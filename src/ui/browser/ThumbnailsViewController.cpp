@@ -6,24 +6,21 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/thumbnails/ThumbnailVisibilityUpdater.h"
 #include "ui/browser/FileDropPerformer.h"
-#include "ui/browser/FileOpener.h"
 #include "ui/browser/InlineRenameOperation.h"
 #include "ui/browser/RenamedFileFollower.h"
-#include "ui/browser/ThumbnailContextMenu.h"
+#include "ui/browser/ThumbnailGridDataSource.h"
 #include "ui/browser/ThumbnailInfoLines.h"
 #include "ui/browser/ThumbnailItemSize.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsStatusText.h"
 
-#include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
-#include <QMimeData>
-#include <QMimeDatabase>
-#include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -33,18 +30,20 @@ const QMargins sectionInsets(10, 10, 10, 10);
 // Coalesces a run of keyboard moves into one report to the window (the inspector and the
 // preview load on each report).
 constexpr int selectionChangeDelayMs = 40;
-// Items this many screens away from the view forget their pictures.
-constexpr int keepScreens = 3;
 } // namespace
 
 ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, QWidget *parent)
     : QWidget(parent)
     , m_windowSettings(settings ? std::move(settings) : std::make_shared<WindowSettings>())
     , m_collection(new FileCollectionModel(this))
-    , m_grid(new ThumbnailGridView(this, this))
+    , m_visibility(
+          new ThumbnailVisibilityUpdater(m_allItemsFlat, m_indexByFile, m_windowSettings, &thumbnailInfoLines, this))
+    , m_dataSource(std::make_unique<ThumbnailGridDataSource>(*this, m_windowSettings, *m_visibility))
+    , m_grid(new ThumbnailGridView(m_dataSource.get(), this))
     , m_loadingLabel(new QLabel(tr("Loading Files..."), this))
     , m_selectionChangeTimer(new QTimer(this))
     , m_renameFollower(new RenamedFileFollower(this))
+    , m_actionHandler(new ThumbnailsActionHandler(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -67,7 +66,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     };
     m_collection->fileUpdateCallback = [this](const FileModelPtr &node) {
         const PXFile *file = node->file().get();
-        m_infoLines.remove(file);
+        m_visibility->forgetInfoLines(file);
         if (ThumbnailItemPtr item = m_allItemsByFile.value(file)) {
             if (item->lookedForThumbnail())
                 item->reload();
@@ -98,16 +97,26 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
         updateStatus();
     });
 
+    connect(m_visibility, &ThumbnailVisibilityUpdater::thumbnailForgotten, this,
+            [this](const ThumbnailItem *item) { m_dataSource->forgetThumbnail(item); });
+    connect(m_visibility, &ThumbnailVisibilityUpdater::infoLinesChanged, m_grid, &ThumbnailGridView::updateItem);
+
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
     connect(m_grid, &ThumbnailGridView::visibleRangeChanged, this, &ThumbnailsViewController::updateVisibility);
-    connect(m_grid, &ThumbnailGridView::activated, this, [this] { performOpen(); });
+    connect(m_grid, &ThumbnailGridView::activated, this, [this] { m_actionHandler->performOpen(); });
     connect(m_grid, &ThumbnailGridView::nameEdited, this, &ThumbnailsViewController::commitNameEdit);
-    connect(m_grid, &ThumbnailGridView::renameShortcutPressed, this, &ThumbnailsViewController::renameFile);
+    connect(m_grid, &ThumbnailGridView::renameShortcutPressed, this, [this] { m_actionHandler->renameFile(); });
     connect(m_grid, &ThumbnailGridView::contextMenuRequested, this, [this](int index, const QPoint &globalPos) {
-        QMenu *menu = makeContextMenu(index);
+        QMenu *menu = m_actionHandler->makeContextMenu(index);
+        if (!menu)
+            return;
         menu->setAttribute(Qt::WA_DeleteOnClose);
         menu->popup(globalPos);
     });
+    connect(m_actionHandler, &ThumbnailsActionHandler::openRequested, this, &ThumbnailsViewController::openRequested);
+    connect(m_actionHandler, &ThumbnailsActionHandler::flagChangeRequested, this,
+            &ThumbnailsViewController::flagChangeRequested);
+    connect(m_actionHandler, &ThumbnailsActionHandler::errorOccurred, this, &ThumbnailsViewController::errorOccurred);
 
     m_selectionChangeTimer->setSingleShot(true);
     m_selectionChangeTimer->setInterval(selectionChangeDelayMs);
@@ -128,9 +137,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     connect(ws, &WindowSettings::browserLayoutChanged, this, &ThumbnailsViewController::updateItemSize);
     connect(ws, &WindowSettings::thumbnailShowInformationChanged, this, &ThumbnailsViewController::updateItemSize);
     connect(ws, &WindowSettings::thumbnailInformationChanged, this, [this] {
-        m_infoLines.clear();
-        m_infoLinesPending.clear();
-        ++m_infoGeneration;
+        m_visibility->clearInfoLines();
         updateItemSize();
     });
     if (AppSettings *app = SettingsManager::shared().settings()) {
@@ -194,11 +201,8 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     m_allItemsFlat.clear();
     m_indexByFile.clear();
     m_sectionFolders.clear();
-    m_nearItems.clear();
-    m_pixmaps.clear();
-    m_infoLines.clear();
-    m_infoLinesPending.clear();
-    ++m_infoGeneration;
+    m_visibility->clear();
+    m_dataSource->clearThumbnails();
     m_grid->gridLayout().setSections({}, false);
     m_grid->relayout();
     m_grid->setScrollOrigin({0, 0});
@@ -305,11 +309,7 @@ void ThumbnailsViewController::publish()
         if (!items.contains(it.key())) {
             ThumbnailItem *gone = it.value().get();
             gone->setController(nullptr, nullptr);
-            gone->setVisible(Visibility::offscreen);
-            gone->reset();
-            m_nearItems.remove(gone);
-            m_pixmaps.remove(gone);
-            m_infoLines.remove(it.key());
+            m_visibility->forget(gone);
         }
     }
     QList<PXFilePtr> arrived;
@@ -420,7 +420,7 @@ void ThumbnailsViewController::updateItemSize()
     const int anchor = m_grid->currentIndex() >= 0 ? m_grid->currentIndex() : m_grid->firstVisibleIndex();
     grid.setItemSize(size);
     grid.setSingleRow(singleRow);
-    m_pixmaps.clear();
+    m_dataSource->clearThumbnails();
     m_grid->relayout();
     if (anchor >= 0)
         m_grid->scrollToItem(anchor);
@@ -430,83 +430,12 @@ void ThumbnailsViewController::updateVisibility()
 {
     const auto [first, last] = m_grid->onscreenRange();
     const auto [nearFirst, nearLast] = m_grid->nearbyRange();
-    QSet<ThumbnailItem *> now;
-    now.reserve(nearLast - nearFirst);
-    // On-screen cells first, in reading order, so that their requests are the oldest of the
-    // most urgent class.
-    for (int i = first; i < last && i < m_allItemsFlat.size(); ++i) {
-        ThumbnailItem *item = m_allItemsFlat[i].get();
-        item->setVisible(Visibility::onscreen);
-        now.insert(item);
-    }
-    for (int i = nearFirst; i < nearLast && i < m_allItemsFlat.size(); ++i) {
-        if (i >= first && i < last)
-            continue;
-        ThumbnailItem *item = m_allItemsFlat[i].get();
-        item->setVisible(Visibility::nearby);
-        now.insert(item);
-    }
-    const int span = std::max(1, last - first);
-    const int keepFirst = first - keepScreens * span;
-    const int keepLast = last + keepScreens * span;
-    for (ThumbnailItem *item : std::as_const(m_nearItems)) {
-        if (now.contains(item))
-            continue;
-        item->setVisible(Visibility::offscreen);
-        const int index = item->indexPath.value_or(-1);
-        if (index < keepFirst || index >= keepLast) {
-            m_pixmaps.remove(item);
-            item->reset();
-        } else {
-            now.insert(item); // still close: keep its picture, watch it leave
-        }
-    }
-    m_nearItems = std::move(now);
-    requestInfoLines(nearFirst, nearLast);
-}
-
-void ThumbnailsViewController::requestInfoLines(int first, int last)
-{
-    const ThumbnailInfoOptions options = m_windowSettings->thumbnailInformation();
-    if (!m_windowSettings->thumbnailShowInformation() || options == ThumbnailInfoOptions(ThumbnailInfoOption::filename))
-        return;
-    QList<PXFilePtr> wanted;
-    for (int i = std::max(0, first); i < last && i < m_allItemsFlat.size(); ++i) {
-        const PXFilePtr &file = m_allItemsFlat[i]->file();
-        if (!m_infoLines.contains(file.get()) && !m_infoLinesPending.contains(file.get())) {
-            wanted.append(file);
-            m_infoLinesPending.insert(file.get());
-        }
-    }
-    if (wanted.isEmpty())
-        return;
-    QPointer<ThumbnailsViewController> self(this);
-    const quint64 generation = m_infoGeneration;
-    // Dimensions open each image: read them off the GUI thread.
-    runOnPool(QStringLiteral("Thumbnail Info"), [self, wanted, options, generation] {
-        QList<QStringList> lines;
-        lines.reserve(wanted.size());
-        for (const PXFilePtr &file : wanted)
-            lines.append(thumbnailInfoLines(*file, options));
-        postToGui([self, wanted, lines, generation] {
-            if (!self || generation != self->m_infoGeneration)
-                return;
-            for (qsizetype i = 0; i < wanted.size(); ++i) {
-                const PXFile *file = wanted[i].get();
-                self->m_infoLinesPending.remove(file);
-                const auto it = self->m_indexByFile.constFind(file);
-                if (it == self->m_indexByFile.cend())
-                    continue;
-                self->m_infoLines.insert(file, lines[i]);
-                self->m_grid->updateItem(*it);
-            }
-        });
-    });
+    m_visibility->setVisibleRange(first, last, nearFirst, nearLast);
 }
 
 void ThumbnailsViewController::thumbnailItemThumbnailChanged(ThumbnailItem &item)
 {
-    m_pixmaps.remove(&item);
+    m_dataSource->forgetThumbnail(&item);
     if (item.indexPath)
         m_grid->updateItem(*item.indexPath);
 }
@@ -514,112 +443,6 @@ void ThumbnailsViewController::thumbnailItemThumbnailChanged(ThumbnailItem &item
 PXFilePtr ThumbnailsViewController::fileAt(int index) const
 {
     return index >= 0 && index < m_allItemsFlat.size() ? m_allItemsFlat[index]->file() : nullptr;
-}
-
-QPixmap ThumbnailsViewController::gridThumbnail(int index, int side)
-{
-    if (index < 0 || index >= m_allItemsFlat.size())
-        return {};
-    ThumbnailItem *item = m_allItemsFlat[index].get();
-    const QImage &image = item->thumbnail();
-    if (image.isNull())
-        return {};
-    auto it = m_pixmaps.find(item);
-    if (it != m_pixmaps.end() && std::max(it->width(), it->height()) == side)
-        return *it;
-    // Scaled once to fit the cell exactly, so that painting a screenful costs blits, not
-    // resampling.
-    QPixmap pixmap = QPixmap::fromImage(image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    m_pixmaps.insert(item, pixmap);
-    return pixmap;
-}
-
-QPixmap ThumbnailsViewController::gridIcon(int index, int side)
-{
-    const PXFilePtr file = fileAt(index);
-    if (!file)
-        return {};
-    QString key;
-    if (file->isDirectory())
-        key = QStringLiteral("inode/directory");
-    else
-        key = QMimeDatabase().mimeTypeForFile(file->name(), QMimeDatabase::MatchExtension).name();
-    auto it = m_iconsByType.find(key);
-    if (it == m_iconsByType.end()) {
-        QIcon icon;
-        if (key == QLatin1String("inode/directory")) {
-            icon = QIcon::fromTheme(QStringLiteral("folder"), style()->standardIcon(QStyle::SP_DirIcon));
-        } else {
-            const QMimeType mime = QMimeDatabase().mimeTypeForName(key);
-            icon =
-                QIcon::fromTheme(mime.iconName(),
-                                 QIcon::fromTheme(mime.genericIconName(), style()->standardIcon(QStyle::SP_FileIcon)));
-        }
-        it = m_iconsByType.insert(key, icon);
-    }
-    return it->pixmap(QSize(side, side));
-}
-
-QStringList ThumbnailsViewController::gridInfoLines(int index)
-{
-    const PXFilePtr file = fileAt(index);
-    if (!file || !m_windowSettings->thumbnailShowInformation())
-        return {};
-    const ThumbnailInfoOptions options = m_windowSettings->thumbnailInformation();
-    if (m_windowSettings->browserLayout() != BrowserLayout::topPreview) {
-        const auto it = m_infoLines.constFind(file.get());
-        if (it != m_infoLines.cend())
-            return *it;
-    }
-    // Until the other lines are read, and in the single row: the name alone.
-    return options.testFlag(ThumbnailInfoOption::filename) ? QStringList{file->displayName()} : QStringList{};
-}
-
-QString ThumbnailsViewController::gridSectionTitle(int section)
-{
-    if (section < 0 || section >= m_sectionFolders.size() || !m_sectionFolders[section])
-        return {};
-    const PXFilePtr &folder = m_sectionFolders[section]->file();
-    for (const PXFilePtr &source : std::as_const(m_currentSources)) {
-        if (folder->path().startsWith(source->path() + QLatin1Char('/')))
-            return source->displayName() + QLatin1Char('/') + folder->path().mid(source->path().size() + 1);
-    }
-    return folder->displayName();
-}
-
-int ThumbnailsViewController::gridMark(int index)
-{
-    if (!m_flagLookup)
-        return 0;
-    const PXFilePtr file = fileAt(index);
-    if (!file)
-        return 0;
-    switch (m_flagLookup(file)) {
-    case FileFlag::flagged: return 1;
-    case FileFlag::rejected: return 2;
-    case FileFlag::none: break;
-    }
-    return 0;
-}
-
-QString ThumbnailsViewController::gridEditableName(int index)
-{
-    const PXFilePtr file = fileAt(index);
-    return file ? file->name() : QString();
-}
-
-QMimeData *ThumbnailsViewController::gridMimeDataForDrag(const QList<int> &indexes)
-{
-    QList<QUrl> urls;
-    for (int index : indexes) {
-        if (const PXFilePtr file = fileAt(index))
-            urls.append(file->url());
-    }
-    if (urls.isEmpty())
-        return nullptr;
-    auto *data = new QMimeData;
-    data->setUrls(urls);
-    return data;
 }
 
 PXFilePtr ThumbnailsViewController::dropDestination(int index, int section) const
@@ -638,18 +461,9 @@ FileDropOperation ThumbnailsViewController::dropOperation(const QList<QUrl> &url
     return m_dropValidator.validate(urls, dropDestination(index, section), modifiers);
 }
 
-Qt::DropAction ThumbnailsViewController::gridValidateDrop(const QMimeData *data, int index, int section,
-                                                          Qt::KeyboardModifiers modifiers)
+bool ThumbnailsViewController::acceptDrop(const QList<QUrl> &urls, int index, int section,
+                                          Qt::KeyboardModifiers modifiers)
 {
-    if (!data->hasUrls())
-        return Qt::IgnoreAction;
-    return dropActionForOperation(dropOperation(data->urls(), index, section, modifiers));
-}
-
-bool ThumbnailsViewController::gridAcceptDrop(const QMimeData *data, int index, int section,
-                                              Qt::KeyboardModifiers modifiers)
-{
-    const QList<QUrl> urls = data->urls();
     const FileDropOperation operation = dropOperation(urls, index, section, modifiers);
     const PXFilePtr destination = dropDestination(index, section);
     if (operation == FileDropOperation::none || !destination)
@@ -659,7 +473,7 @@ bool ThumbnailsViewController::gridAcceptDrop(const QMimeData *data, int index, 
         sources.append(PXFile::fileForPath(url.toLocalFile()));
     m_dropValidator.reset();
     if (operation == FileDropOperation::open) {
-        openFilesWith(destination, sources);
+        m_actionHandler->openFilesWith(destination, sources);
         return true;
     }
     FileDropPerformer::perform(operation, sources, destination, this, [this](const QStringList &errors) {
@@ -743,91 +557,6 @@ void ThumbnailsViewController::setFlagLookup(std::function<FileFlag(const PXFile
     m_grid->viewport()->update();
 }
 
-bool ThumbnailsViewController::validateAction(const QString &slotName) const
-{
-    const bool hasSelection = !m_selectedFiles.isEmpty();
-    const bool hasFiles = !m_allItemsFlat.isEmpty();
-    if (slotName == QLatin1String("performOpen") || slotName == QLatin1String("openInApp")
-        || slotName == QLatin1String("revealInFinder") || slotName == QLatin1String("deselectAll")
-        || slotName == QLatin1String("scrollSelectionToVisible"))
-        return hasSelection;
-    if (slotName == QLatin1String("selectAll") || slotName == QLatin1String("nextImageInBrowser")
-        || slotName == QLatin1String("previousImageInBrowser"))
-        return hasFiles;
-    if (slotName == QLatin1String("renameFile"))
-        return m_selectedFiles.size() == 1 && !m_selectedFiles.first()->isPlaceholder();
-    if (slotName == QLatin1String("newFolder"))
-        return m_currentSources.size() == 1 && m_currentSources.first()->isDirectory()
-            && m_currentSources.first()->isWritable();
-    if (slotName == QLatin1String("flagItem") || slotName == QLatin1String("rejectItem")
-        || slotName == QLatin1String("clearItemFlag"))
-        return hasSelection && bool(m_flagLookup);
-    if (slotName == QLatin1String("selectFlagged") || slotName == QLatin1String("selectRejected"))
-        return hasFiles && bool(m_flagLookup);
-    if (slotName == QLatin1String("thumbnailViewSearch") || slotName == QLatin1String("setThumbnailViewSearchCategory"))
-        return true;
-    // Aliases, duplicates, the trash, rotation, slideshows and batch renaming run as activities,
-    // which this pane does not start yet.
-    return false;
-}
-
-QMenu *ThumbnailsViewController::makeContextMenu(int index)
-{
-    if (index >= 0 && !m_grid->isSelected(index))
-        m_grid->setSelectedIndexes({index}, index);
-    return buildThumbnailContextMenu(this, index >= 0);
-}
-
-void ThumbnailsViewController::performOpen()
-{
-    if (!m_selectedFiles.isEmpty())
-        Q_EMIT openRequested(m_selectedFiles);
-}
-
-void ThumbnailsViewController::openInApp()
-{
-    for (const PXFilePtr &file : std::as_const(m_selectedFiles)) {
-        if (!QDesktopServices::openUrl(file->url())) {
-            logError(tr("No application opens %1").arg(file->path()));
-            Q_EMIT errorOccurred(tr("The file could not be opened"),
-                                 tr("No application is set to open \"%1\".").arg(file->displayName()));
-        }
-    }
-}
-
-void ThumbnailsViewController::openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files)
-{
-    if (!FileOpener::openWith(application, files)) {
-        logError(tr("Cannot start %1").arg(application->path()));
-        Q_EMIT errorOccurred(tr("The application could not be started"), application->displayName());
-    }
-}
-
-void ThumbnailsViewController::openWithApplication(const PXFilePtr &application)
-{
-    if (!m_selectedFiles.isEmpty())
-        openFilesWith(application, m_selectedFiles);
-}
-
-void ThumbnailsViewController::selectAll()
-{
-    m_grid->selectAll();
-}
-
-void ThumbnailsViewController::deselectAll()
-{
-    m_grid->clearSelection();
-}
-
-void ThumbnailsViewController::renameFile()
-{
-    if (m_selectedFiles.size() != 1)
-        return;
-    const auto it = m_indexByFile.constFind(m_selectedFiles.first().get());
-    if (it != m_indexByFile.cend())
-        m_grid->editName(*it);
-}
-
 void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
 {
     const PXFilePtr file = fileAt(index);
@@ -855,129 +584,15 @@ void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
     });
 }
 
-void ThumbnailsViewController::makeAlias()
-{ }
-void ThumbnailsViewController::makeSymlink()
-{ }
-void ThumbnailsViewController::duplicate()
-{ }
-void ThumbnailsViewController::moveToTrash()
-{ }
-
-void ThumbnailsViewController::revealInFinder()
+void ThumbnailsViewController::editNameWhenShown(const PXFilePtr &file)
 {
-    FileOpener::reveal(m_selectedFiles.isEmpty() ? m_currentSources : m_selectedFiles, this);
-}
-
-void ThumbnailsViewController::newFolder()
-{
-    if (!validateAction(QStringLiteral("newFolder")))
-        return;
-    const QString parent = m_currentSources.first()->resolvedPath();
-    const QString baseName = tr("untitled folder");
-    QPointer<ThumbnailsViewController> self(this);
-    runOnPool(QStringLiteral("Browser Disk Work"), [self, parent, baseName] {
-        QDir dir(parent);
-        QString name = baseName;
-        for (int n = 2; dir.exists(name) || QFileInfo(dir.filePath(name)).isSymLink(); ++n)
-            name = baseName + QLatin1Char(' ') + QString::number(n);
-        const bool ok = dir.mkdir(name);
-        const QString path = dir.filePath(name);
-        postToGui([self, ok, path, parent] {
-            if (!self)
-                return;
-            if (!ok) {
-                logError(tr("Cannot make a folder in %1").arg(parent));
-                Q_EMIT self->errorOccurred(tr("The folder could not be made"), parent);
-                return;
-            }
-            self->m_newFile = PXFile::fileForPath(path);
-            const auto it = self->m_indexByFile.constFind(self->m_newFile.get());
-            if (it != self->m_indexByFile.cend()) {
-                self->m_newFile.reset();
-                self->m_grid->setSelectedIndexes({*it}, *it);
-                self->m_grid->editName(*it);
-            }
-        });
-    });
-}
-
-void ThumbnailsViewController::flagItem()
-{
-    if (m_flagLookup && !m_selectedFiles.isEmpty())
-        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::flagged);
-    m_grid->viewport()->update();
-}
-
-void ThumbnailsViewController::rejectItem()
-{
-    if (m_flagLookup && !m_selectedFiles.isEmpty())
-        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::rejected);
-    m_grid->viewport()->update();
-}
-
-void ThumbnailsViewController::clearItemFlag()
-{
-    if (m_flagLookup && !m_selectedFiles.isEmpty())
-        Q_EMIT flagChangeRequested(m_selectedFiles, FileFlag::none);
-    m_grid->viewport()->update();
-}
-
-void ThumbnailsViewController::selectByFlag(FileFlag flag)
-{
-    if (!m_flagLookup)
-        return;
-    QList<int> indexes;
-    for (int i = 0; i < m_allItemsFlat.size(); ++i) {
-        if (m_flagLookup(m_allItemsFlat[i]->file()) == flag)
-            indexes.append(i);
+    m_newFile = file;
+    const auto it = m_indexByFile.constFind(m_newFile.get());
+    if (it != m_indexByFile.cend()) {
+        m_newFile.reset();
+        m_grid->setSelectedIndexes({*it}, *it);
+        m_grid->editName(*it);
     }
-    m_grid->setSelectedIndexes(indexes);
-    scrollSelectionToVisible();
-}
-
-void ThumbnailsViewController::selectFlagged()
-{
-    selectByFlag(FileFlag::flagged);
-}
-
-void ThumbnailsViewController::selectRejected()
-{
-    selectByFlag(FileFlag::rejected);
-}
-
-void ThumbnailsViewController::stepImage(int direction)
-{
-    const int count = int(m_allItemsFlat.size());
-    if (count == 0)
-        return;
-    int index = m_grid->currentIndex();
-    for (int i = index + direction; i >= 0 && i < count; i += direction) {
-        if (m_allItemsFlat[i]->file()->isImage()) {
-            m_grid->setSelectedIndexes({i}, i);
-            m_grid->scrollToItem(i);
-            return;
-        }
-    }
-}
-
-void ThumbnailsViewController::nextImageInBrowser()
-{
-    stepImage(1);
-}
-
-void ThumbnailsViewController::previousImageInBrowser()
-{
-    stepImage(-1);
-}
-
-void ThumbnailsViewController::scrollSelectionToVisible()
-{
-    const int current = m_grid->currentIndex();
-    if (current >= 0 && m_grid->isSelected(current))
-        m_grid->scrollToItem(current);
-    else if (const QList<int> selected = m_grid->selectedIndexes(); !selected.isEmpty())
-        m_grid->scrollToItem(selected.first());
 }
 
 void ThumbnailsViewController::thumbnailViewSearch(const QString &text)

@@ -10,13 +10,12 @@
 #include "ui/browser/ThumbnailsSavedState.h"
 
 #include <QHash>
-#include <QIcon>
 #include <QList>
-#include <QSet>
 #include <QString>
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class FileCollectionModel;
@@ -24,20 +23,23 @@ class QLabel;
 class QMenu;
 class QTimer;
 class RenamedFileFollower;
+class ThumbnailGridDataSource;
+class ThumbnailVisibilityUpdater;
+class ThumbnailsActionHandler;
 
 // A file's mark for the current run, kept by the application's flag manager.
 enum class FileFlag { none, flagged, rejected };
 
 // The thumbnail pane of a main window: the grid of the files of the window's sources, their
-// selection, the pane's commands and context menu, drops onto the grid and the status line.
+// selection, drops onto the grid and the status line. Its commands are its action handler's.
 //
 // It owns the folder collection of its sources and one ThumbnailItem per file shown (made when a
 // file first appears, dropped when it leaves the collection). The visible range of the grid,
-// settled once per frame while scrolling, decides which items ask for thumbnails: those on screen
-// first, then a band around them; items that scroll far away withdraw their requests and their
-// cached pixmaps. Leaving a set of sources remembers its selection and scroll position, which
-// come back when the same sources are shown again in this pane.
-class ThumbnailsViewController : public QWidget, public ThumbnailItemDelegate, public ThumbnailGridDelegate
+// settled once per frame while scrolling, goes to a ThumbnailVisibilityUpdater, which decides
+// which items ask for thumbnails; the grid draws through a ThumbnailGridDataSource. Leaving a set
+// of sources remembers its selection and scroll position, which come back when the same sources
+// are shown again in this pane.
+class ThumbnailsViewController : public QWidget, public ThumbnailItemDelegate
 {
     Q_OBJECT
 
@@ -48,49 +50,37 @@ public:
     void setSources(const QList<PXFilePtr> &folders);
     const QList<PXFilePtr> &sources() const { return m_currentSources; }
 
-    // Whether the command named like its slot ("moveToTrash") can run now.
-    bool validateAction(const QString &slotName) const;
+    ThumbnailsActionHandler *actionHandler() const { return m_actionHandler; }
     QList<PXFilePtr> selectedFiles() const { return m_selectedFiles; }
     QString statusText() const;
     // Files in display order.
     QList<PXFilePtr> files() const;
+    int fileCount() const { return int(m_allItemsFlat.size()); }
+    // The grid position of `file`, -1 when it is not shown.
+    int indexOfFile(const PXFilePtr &file) const { return m_indexByFile.value(file.get(), -1); }
     bool isLoading() const;
 
     // The window plugs its flag manager in; without it the flag commands are disabled.
     void setFlagLookup(std::function<FileFlag(const PXFilePtr &)> lookup);
+    bool tracksFlags() const { return bool(m_flagLookup); }
+    // The mark of `file` (none without a flag manager).
+    FileFlag flagOf(const PXFilePtr &file) const { return m_flagLookup ? m_flagLookup(file) : FileFlag::none; }
     // Selects those of `files` that are shown and, with `scroll`, brings them into view.
     void selectFiles(const QList<PXFilePtr> &files, bool scroll = true);
+    // Selects `file` and opens its name for editing, now or as soon as it is listed (a new folder).
+    void editNameWhenShown(const PXFilePtr &file);
 
     ThumbnailGridView *gridView() const { return m_grid; }
     ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
     FileCollectionModel *collection() const { return m_collection; }
+    // The folder shown in `section` when the grid is sectioned by folder.
+    FileModelPtr sectionFolder(int section) const { return m_sectionFolders.value(section); }
     // The drop decision for `urls` onto item `index` (-1: the background of `section`).
     FileDropOperation dropOperation(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
-    // The context menu for item `index` (-1: the background), built as it is shown.
-    QMenu *makeContextMenu(int index);
-    // Opens the selection with a favourite application.
-    void openWithApplication(const PXFilePtr &application);
+    // Drops `urls` there; false when nothing can be done with them.
+    bool acceptDrop(const QList<QUrl> &urls, int index, int section, Qt::KeyboardModifiers modifiers);
 
 public Q_SLOTS:
-    void performOpen();
-    void openInApp();
-    void selectAll();
-    void deselectAll();
-    void renameFile();
-    void makeAlias();
-    void makeSymlink();
-    void duplicate();
-    void moveToTrash();
-    void revealInFinder();
-    void newFolder();
-    void flagItem();
-    void rejectItem();
-    void clearItemFlag();
-    void selectFlagged();
-    void selectRejected();
-    void nextImageInBrowser();
-    void previousImageInBrowser();
-    void scrollSelectionToVisible();
     void thumbnailViewSearch(const QString &text);
     void setThumbnailViewSearchCategory(ThumbnailsSearchType type);
 
@@ -107,24 +97,12 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     // ThumbnailItemDelegate
     void thumbnailItemThumbnailChanged(ThumbnailItem &item) override;
-    // ThumbnailGridDelegate
-    QPixmap gridThumbnail(int index, int side) override;
-    QPixmap gridIcon(int index, int side) override;
-    QStringList gridInfoLines(int index) override;
-    QString gridSectionTitle(int section) override;
-    int gridMark(int index) override;
-    QString gridEditableName(int index) override;
-    QMimeData *gridMimeDataForDrag(const QList<int> &indexes) override;
-    Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section,
-                                    Qt::KeyboardModifiers modifiers) override;
-    bool gridAcceptDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) override;
 
 private:
     void applyCollectionSettings();
     void publish();
     void updateItemSize();
     void updateVisibility();
-    void requestInfoLines(int first, int last);
     void gridSelectionChanged();
     void updateStatus();
     void saveState();
@@ -136,12 +114,11 @@ private:
     PXFilePtr fileAt(int index) const;
     PXFilePtr dropDestination(int index, int section) const;
     void commitNameEdit(int index, const QString &text);
-    void stepImage(int direction);
-    void selectByFlag(FileFlag flag);
-    void openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files);
 
     WindowSettingsPtr m_windowSettings;
     FileCollectionModel *m_collection;
+    ThumbnailVisibilityUpdater *m_visibility;
+    std::unique_ptr<ThumbnailGridDataSource> m_dataSource;
     ThumbnailGridView *m_grid;
     QLabel *m_loadingLabel;
 
@@ -161,16 +138,9 @@ private:
     FileDropValidator m_dropValidator;
     std::function<FileFlag(const PXFilePtr &)> m_flagLookup;
 
-    // Items with a visibility other than offscreen, and the pixmaps drawn for them.
-    QSet<ThumbnailItem *> m_nearItems;
-    QHash<const ThumbnailItem *, QPixmap> m_pixmaps;
-    QHash<const PXFile *, QStringList> m_infoLines;
-    QSet<const PXFile *> m_infoLinesPending;
-    quint64 m_infoGeneration = 0; // bumped when the lines' settings change
-    QHash<QString, QIcon> m_iconsByType;
-
     QTimer *m_selectionChangeTimer;
     RenamedFileFollower *m_renameFollower; // keeps the selection across renames from outside
+    ThumbnailsActionHandler *m_actionHandler;
     QString m_statusText;
     QString m_failureText; // why a source could not be listed
 };

@@ -2,7 +2,7 @@
 
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
-#include "ui/app/ThemeIcons.h"
+#include "ui/common/ThemeIcons.h"
 
 #include <QContextMenuEvent>
 #include <QHeaderView>

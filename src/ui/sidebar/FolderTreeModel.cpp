@@ -5,7 +5,7 @@
 #include "core/fs/ZQFolderSubscription.h"
 #include "core/model/FileSorting.h"
 #include "core/model/PXFile.h"
-#include "ui/app/ThemeIcons.h"
+#include "ui/common/ThemeIcons.h"
 
 #include <QFileIconProvider>
 #include <QIcon>

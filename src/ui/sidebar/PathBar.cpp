@@ -1,7 +1,7 @@
 #include "ui/sidebar/PathBar.h"
 
 #include "core/model/PXFile.h"
-#include "ui/app/ThemeIcons.h"
+#include "ui/common/ThemeIcons.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -3,6 +3,8 @@
 #include "core/app/Translate.h"
 #include "core/model/FileSortTypes.h"
 #include "core/settings/SettingsValueSets.h"
+#include "ui/windows/CommandAction.h"
+#include "ui/windows/CommandRegistry.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -16,33 +18,28 @@ constexpr Translator tr("MainMenuBar");
 
 struct Builder
 {
-    QList<QAction *> actions;
+    const CommandRegistry &registry;
+    QList<CommandAction *> actions;
 
-    QAction *add(QMenu *menu, const QString &title, const char *command, const QKeySequence &key = {},
-                 const QVariant &argument = {}, bool checkable = false)
+    // `title`: the item's own title, when it is not the command's.
+    CommandAction *add(QMenu *menu, CommandId id, const QVariant &argument = {}, const QString &title = {})
     {
-        QAction *action = menu->addAction(title);
-        action->setProperty("command", QString::fromLatin1(command));
-        action->setProperty("argument", argument);
-        action->setShortcut(key);
-        action->setCheckable(checkable);
+        const Command &command = registry.command(id);
+        auto *action = new CommandAction(command, argument, title, menu);
+        action->setShortcut(command.defaultKey(argument));
         action->setEnabled(false);
+        menu->addAction(action);
         actions.append(action);
         return action;
     }
 
-    QAction *toggle(QMenu *menu, const QString &title, const char *command, const QKeySequence &key = {})
-    {
-        return add(menu, title, command, key, {}, true);
-    }
-
-    // One checkable item per value, exclusive.
+    // One item per value, exclusive.
     template<typename Values, typename Title>
-    void choice(QMenu *menu, const char *command, const Values &values, Title title)
+    void choice(QMenu *menu, CommandId id, const Values &values, Title title)
     {
         auto *group = new QActionGroup(menu);
         for (const auto &value : values)
-            group->addAction(add(menu, title(value), command, {}, int(value), true));
+            group->addAction(add(menu, id, int(value), title(value)));
     }
 };
 
@@ -82,57 +79,57 @@ QString sidebarInfoTitle(SidebarInfoOptions info)
 
 namespace MainMenuBar {
 
-QList<QAction *> build(QMenuBar *menuBar)
+QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
 {
-    Builder b;
+    Builder b{registry, {}};
+    using C = CommandId;
 
     QMenu *file = menuBar->addMenu(tr("&File"));
-    b.add(file, tr("New Window"), "newMainWindow", QKeySequence::New);
-    b.add(file, tr("New Tab"), "newMainWindowTab", QKeySequence::AddTab);
+    b.add(file, C::newMainWindow);
+    b.add(file, C::newMainWindowTab);
     file->addSeparator();
-    b.add(file, tr("Open"), "performOpen", QKeySequence::Open);
-    b.add(file, tr("Open in Default App"), "openInApp", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    b.add(file, C::performOpen);
+    b.add(file, C::openInApp);
     QMenu *openWith = file->addMenu(tr("Open With"));
     openWith->setObjectName(QLatin1String(openWithMenuName));
     file->addSeparator();
-    b.add(file, tr("Slideshow With Selected"), "startSlideshowWithSelected",
-          QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S));
-    b.add(file, tr("Batch Rename…"), "openRenameWindow", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
-    b.add(file, tr("Edit Filename"), "renameFile", QKeySequence(Qt::Key_F2));
-    b.add(file, tr("Make Alias"), "makeAlias");
-    b.add(file, tr("Make Symbolic Link"), "makeSymlink");
-    b.add(file, tr("Duplicate"), "duplicate", QKeySequence(Qt::CTRL | Qt::Key_D));
+    b.add(file, C::startSlideshowWithSelected);
+    b.add(file, C::openRenameWindow);
+    b.add(file, C::renameFile);
+    b.add(file, C::makeAlias);
+    b.add(file, C::makeSymlink);
+    b.add(file, C::duplicate);
     QMenu *moveTo = file->addMenu(tr("Move To"));
     moveTo->setObjectName(QLatin1String(moveToMenuName));
-    b.add(file, tr("Label:"), "changeFinderLabel");
-    b.add(file, tr("Show in File Manager"), "revealInFinder", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_R));
-    b.add(file, tr("New Folder"), "newFolder", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
-    b.add(file, tr("Move to Trash"), "moveToTrash", QKeySequence(Qt::Key_Delete));
+    b.add(file, C::changeFinderLabel);
+    b.add(file, C::revealInFileManager);
+    b.add(file, C::newFolder);
+    b.add(file, C::moveToTrash);
     file->addSeparator();
-    b.add(file, tr("Close"), "performClose", QKeySequence::Close);
-    b.add(file, tr("Quit"), "terminate", QKeySequence::Quit);
+    b.add(file, C::performClose);
+    b.add(file, C::terminate);
 
     QMenu *edit = menuBar->addMenu(tr("&Edit"));
-    b.add(edit, tr("Select All"), "selectAll", QKeySequence::SelectAll);
-    b.add(edit, tr("Deselect All"), "deselectAll", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A));
+    b.add(edit, C::selectAll);
+    b.add(edit, C::deselectAll);
     edit->addSeparator();
-    b.add(edit, tr("Flag"), "flagItem", QKeySequence(Qt::Key_P));
-    b.add(edit, tr("Reject"), "rejectItem", QKeySequence(Qt::Key_X));
-    b.add(edit, tr("Clear Flag"), "clearItemFlag", QKeySequence(Qt::Key_U));
-    b.add(edit, tr("Select Flagged"), "selectFlagged");
-    b.add(edit, tr("Select Rejected"), "selectRejected");
+    b.add(edit, C::flagItem);
+    b.add(edit, C::rejectItem);
+    b.add(edit, C::clearItemFlag);
+    b.add(edit, C::selectFlagged);
+    b.add(edit, C::selectRejected);
     edit->addSeparator();
-    b.add(edit, tr("Find"), "filterThumbnails", QKeySequence::Find);
-    b.add(edit, tr("Settings…"), "openSettings", QKeySequence::Preferences);
+    b.add(edit, C::filterThumbnails);
+    b.add(edit, C::openSettings);
 
     QMenu *view = menuBar->addMenu(tr("&View"));
-    b.toggle(view, tr("Show Sidebar"), "showHideSidebar", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_B));
-    b.toggle(view, tr("Show Favorites"), "showHideFavorites");
-    b.toggle(view, tr("Show Inspector"), "showHideInspector", QKeySequence(Qt::CTRL | Qt::Key_I));
+    b.add(view, C::showHideSidebar);
+    b.add(view, C::showHideFavorites);
+    b.add(view, C::showHideInspector);
     QMenu *layout = view->addMenu(tr("Layout"));
-    b.choice(layout, "changeBrowserLayout", range<BrowserLayout>(browserLayoutCount), browserLayoutTitle);
+    b.choice(layout, C::changeBrowserLayout, range<BrowserLayout>(valueSetCount<BrowserLayout>()), browserLayoutTitle);
     view->addSeparator();
-    b.toggle(view, tr("Show Thumbnail Information"), "toggleThumbnailInfo", QKeySequence(Qt::CTRL | Qt::Key_J));
+    b.add(view, C::toggleThumbnailInfo);
     QMenu *info = view->addMenu(tr("Thumbnail Information"));
     const QList<std::pair<ThumbnailInfoOption, QString>> infoLines = {
         {ThumbnailInfoOption::filename, tr("Filename")},
@@ -142,26 +139,26 @@ QList<QAction *> build(QMenuBar *menuBar)
         {ThumbnailInfoOption::kind, tr("Kind")},
     };
     for (const auto &[bit, title] : infoLines)
-        b.add(info, title, "showThumbInfo", {}, int(bit), true);
+        b.add(info, C::showThumbInfo, int(bit), title);
     QMenu *size = view->addMenu(tr("Thumbnail Size"));
-    b.add(size, tr("Larger"), "changeThumbnailSize", QKeySequence::ZoomIn, 1);
-    b.add(size, tr("Smaller"), "changeThumbnailSize", QKeySequence::ZoomOut, -1);
+    b.add(size, C::changeThumbnailSize, 1, tr("Larger"));
+    b.add(size, C::changeThumbnailSize, -1, tr("Smaller"));
     view->addSeparator();
     QMenu *sort = view->addMenu(tr("Sort By"));
-    b.choice(sort, "changeThumbnailFileSort", range<FileSortType>(fileSortTypeCount), fileSortTypeTitle);
+    b.choice(sort, C::changeThumbnailFileSort, range<FileSortType>(valueSetCount<FileSortType>()), fileSortTypeTitle);
     sort->addSeparator();
-    b.toggle(sort, tr("Reverse Order"), "changeThumbnailReverseSort");
+    b.add(sort, C::changeThumbnailReverseSort);
     sort->addSeparator();
-    b.choice(sort, "changeThumbnailFolderSort", range<FolderSortType>(folderSortTypeCount), folderSortTypeTitle);
+    b.choice(sort, C::changeThumbnailFolderSort, range<FolderSortType>(valueSetCount<FolderSortType>()), folderSortTypeTitle);
     QMenu *filter = view->addMenu(tr("Show"));
-    b.choice(filter, "changeThumbnailFileFilter", range<FileFilterType>(fileFilterTypeCount), fileFilterTypeTitle);
+    b.choice(filter, C::changeThumbnailFileFilter, range<FileFilterType>(valueSetCount<FileFilterType>()), fileFilterTypeTitle);
     filter->addSeparator();
-    b.toggle(filter, tr("Hide Folders"), "changeThumbnailHideFolders");
+    b.add(filter, C::changeThumbnailHideFolders);
     QMenu *subfolders = view->addMenu(tr("Subfolders"));
-    b.choice(subfolders, "changeFolderDepth", QList<int>{0, 1, 2, 3, 4, 5},
+    b.choice(subfolders, C::changeFolderDepth, QList<int>{0, 1, 2, 3, 4, 5},
              [](int depth) { return depth == 0 ? tr("This Folder Only") : tr("%n Level(s) Deep", nullptr, depth); });
     subfolders->addSeparator();
-    b.choice(subfolders, "changeThumbnailSubfolderGrouping",
+    b.choice(subfolders, C::changeThumbnailSubfolderGrouping,
              QList<SubfolderInclusionStyle>{SubfolderInclusionStyle::byFolder, SubfolderInclusionStyle::commingled},
              [](SubfolderInclusionStyle style) {
                  return style == SubfolderInclusionStyle::byFolder ? tr("Grouped by Folder") : tr("Commingled");
@@ -169,58 +166,59 @@ QList<QAction *> build(QMenuBar *menuBar)
     view->addSeparator();
     QMenu *sidebar = view->addMenu(tr("Sidebar"));
     QMenu *sidebarSort = sidebar->addMenu(tr("Sort By"));
-    b.choice(sidebarSort, "changeSidebarFileSort", range<FileSortType>(fileSortTypeCount), fileSortTypeTitle);
+    b.choice(sidebarSort, C::changeSidebarFileSort, range<FileSortType>(valueSetCount<FileSortType>()), fileSortTypeTitle);
     sidebarSort->addSeparator();
-    b.toggle(sidebarSort, tr("Reverse Order"), "changeSidebarReverseSort");
+    b.add(sidebarSort, C::changeSidebarReverseSort, {}, tr("Reverse Order"));
     QMenu *sidebarFilter = sidebar->addMenu(tr("Show"));
-    b.choice(sidebarFilter, "changeSidebarFileFilter", range<FileFilterType>(fileFilterTypeCount), fileFilterTypeTitle);
+    b.choice(sidebarFilter, C::changeSidebarFileFilter, range<FileFilterType>(valueSetCount<FileFilterType>()),
+             fileFilterTypeTitle);
     QMenu *sidebarInfo = sidebar->addMenu(tr("Counts"));
-    b.choice(sidebarInfo, "changeSidebarInfo", range<SidebarInfoOptions>(sidebarInfoOptionsCount), sidebarInfoTitle);
+    b.choice(sidebarInfo, C::changeSidebarInfo, range<SidebarInfoOptions>(valueSetCount<SidebarInfoOptions>()), sidebarInfoTitle);
     view->addSeparator();
-    b.add(view, tr("Scale to Fit"), "scaleToFit", QKeySequence(Qt::CTRL | Qt::Key_0));
-    b.add(view, tr("Fit to Screen"), "fitToScreen");
-    b.add(view, tr("Zoom to 200%"), "zoomTo200Percent");
-    b.add(view, tr("Zoom to 100%"), "zoomTo100Percent", QKeySequence(Qt::CTRL | Qt::Key_1));
-    b.add(view, tr("Zoom to 50%"), "zoomTo50Percent");
-    b.add(view, tr("Zoom In"), "zoomIn", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus));
-    b.add(view, tr("Zoom Out"), "zoomOut", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus));
-    b.add(view, tr("Rotate 180°"), "rotate180");
-    b.add(view, tr("Rotate Clockwise"), "rotateClockwise", QKeySequence(Qt::CTRL | Qt::Key_R));
-    b.add(view, tr("Rotate Counterclockwise"), "rotateCounterclockwise", QKeySequence(Qt::CTRL | Qt::Key_L));
+    b.add(view, C::scaleToFit);
+    b.add(view, C::fitToScreen);
+    b.add(view, C::zoomTo200Percent);
+    b.add(view, C::zoomTo100Percent);
+    b.add(view, C::zoomTo50Percent);
+    b.add(view, C::zoomIn);
+    b.add(view, C::zoomOut);
+    b.add(view, C::rotate180);
+    b.add(view, C::rotateClockwise);
+    b.add(view, C::rotateCounterclockwise);
     view->addSeparator();
-    b.toggle(view, tr("Full Screen"), "toggleFullScreen", QKeySequence::FullScreen);
+    b.add(view, C::toggleFullScreen);
 
     QMenu *go = menuBar->addMenu(tr("&Go"));
-    b.add(go, tr("Back"), "back", QKeySequence::Back);
-    b.add(go, tr("Forward"), "forward", QKeySequence::Forward);
-    b.add(go, tr("Enclosing Folder"), "changeBaseUpOneLevel", QKeySequence(Qt::ALT | Qt::Key_Up));
-    b.add(go, tr("Make Selected Folder the Root"), "changeSidebarSourceFromTree", QKeySequence(Qt::ALT | Qt::Key_Down));
-    b.add(go, tr("Go to Folder…"), "changeSidebarSource", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_G));
+    b.add(go, C::back);
+    b.add(go, C::forward);
+    b.add(go, C::changeBaseUpOneLevel);
+    b.add(go, C::changeSidebarSourceFromTree);
+    b.add(go, C::changeSidebarSource);
     go->addSeparator();
-    b.add(go, tr("Expand Selected Folders"), "expandSelected", QKeySequence(Qt::CTRL | Qt::Key_Right));
-    b.add(go, tr("Collapse Selected Folders"), "collapseSelected", QKeySequence(Qt::CTRL | Qt::Key_Left));
+    b.add(go, C::expandSelected);
+    b.add(go, C::collapseSelected);
     go->addSeparator();
-    b.add(go, tr("Next Image"), "nextImageInBrowser", QKeySequence(Qt::CTRL | Qt::Key_BracketRight));
-    b.add(go, tr("Previous Image"), "previousImageInBrowser", QKeySequence(Qt::CTRL | Qt::Key_BracketLeft));
-    b.add(go, tr("Show Selection"), "scrollSelectionToVisible", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L));
+    b.add(go, C::nextImageInBrowser);
+    b.add(go, C::previousImageInBrowser);
+    b.add(go, C::scrollSelectionToVisible);
 
     QMenu *window = menuBar->addMenu(tr("&Window"));
-    b.add(window, tr("Quick View"), "openQuickview", QKeySequence(Qt::CTRL | Qt::Key_Y));
-    b.add(window, tr("Activity"), "openActivityWindow");
-    b.add(window, tr("Slideshow With Open Image Windows"), "startSlideshowWithOpenImageWindows");
-    b.add(window, tr("Previous Image Window"), "previousImageWindow");
-    b.add(window, tr("Next Image Window"), "nextImageWindow");
+    b.add(window, C::openQuickview);
+    b.add(window, C::openActivityWindow);
+    b.add(window, C::startSlideshowWithOpenImageWindows);
+    b.add(window, C::previousImageWindow);
+    b.add(window, C::nextImageWindow);
     window->addSeparator();
-    b.add(window, tr("Previous Tab"), "selectPreviousTab", QKeySequence::PreviousChild);
-    b.add(window, tr("Next Tab"), "selectNextTab", QKeySequence::NextChild);
+    b.add(window, C::selectPreviousTab);
+    b.add(window, C::selectNextTab);
 
     QMenu *help = menuBar->addMenu(tr("&Help"));
-    b.add(help, tr("Pixcove Website"), "goToSite");
-    b.add(help, tr("Release Notes"), "goToReleaseNotes");
-    b.add(help, tr("Report a Bug…"), "openBugReporterWindow");
-    b.add(help, tr("Check for Updates…"), "checkForUpdates");
+    b.add(help, C::goToSite);
+    b.add(help, C::goToReleaseNotes);
+    b.add(help, C::openBugReporterWindow);
+    b.add(help, C::checkForUpdates);
     help->addSeparator();
-    b.add(help, tr("About Pixcove"), "openAboutWindow");
+    b.add(help, C::openAboutWindow);
 
     return b.actions;
 }

@@ -2,17 +2,16 @@
 
 #include <QList>
 
-class QAction;
+class CommandAction;
+class CommandRegistry;
 class QMenuBar;
-class QObject;
 
-// Fills a main window's menu bar with every command of the program, in menus File, Edit, View,
-// Go, Window and Help. Each action carries its command in the properties "command" and "argument";
-// the frame runs and validates them. Commands that are not available yet are shown
-// disabled.
+// Fills a main window's menu bar with the commands of the registry, in menus File, Edit, View,
+// Go, Window and Help, each item with the command's default key. The frame runs and validates the
+// items. Commands that are not available yet are shown disabled.
 namespace MainMenuBar {
 
-QList<QAction *> build(QMenuBar *menuBar);
+QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry);
 
 // The submenus rebuilt each time they open: "Open With" (favourite applications) and "Move To"
 // (favourite folders); their object names.

@@ -2,15 +2,15 @@
 
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
-#include "ui/app/WindowManager.h"
 #include "ui/windows/MainWindowFrame.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/WindowManager.h"
 
-MainWindowController::MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, const PXFilePtr &file,
-                                           QObject *parent)
+MainWindowController::MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, MainWindowHost *host,
+                                           const PXFilePtr &file, QObject *parent)
     : QObject(parent)
     , m_windowSettings(std::move(settings))
-    , m_mainViewController(new MainWindowViewController(m_windowSettings, file))
+    , m_mainViewController(new MainWindowViewController(m_windowSettings, host, file))
     , m_delegate(delegate)
 {
     connect(m_mainViewController, &MainWindowViewController::titleChanged, this, &MainWindowController::titleChanged);

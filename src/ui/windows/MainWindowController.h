@@ -7,6 +7,7 @@
 #include <QPointer>
 
 class MainWindowFrame;
+class MainWindowHost;
 class MainWindowViewController;
 class WindowManager;
 
@@ -21,8 +22,9 @@ class MainWindowController : public QObject
     Q_OBJECT
 public:
     // `file`: a folder to show, or a file whose folder to show; null keeps the settings' place.
-    MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, const PXFilePtr &file = {},
-                         QObject *parent = nullptr);
+    // `host`: what the window asks of the program around it; may be null.
+    MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, MainWindowHost *host,
+                         const PXFilePtr &file = {}, QObject *parent = nullptr);
     ~MainWindowController() override;
 
     const WindowSettingsPtr &windowSettings() const { return m_windowSettings; }

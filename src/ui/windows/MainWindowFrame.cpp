@@ -5,7 +5,8 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
-#include "ui/app/AppDelegate.h"
+#include "ui/windows/CommandAction.h"
+#include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainMenuBar.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowViewController.h"
@@ -33,6 +34,7 @@ static void initResources()
 
 MainWindowFrame::MainWindowFrame(QWidget *parent)
     : QMainWindow(parent)
+    , m_registry(CommandRegistry::shared())
     , m_tabBar(new QTabBar(this))
     , m_stack(new QStackedWidget(this))
     , m_validateTimer(new QTimer(this))
@@ -58,12 +60,11 @@ MainWindowFrame::MainWindowFrame(QWidget *parent)
     layout->addWidget(m_stack, 1);
     setCentralWidget(central);
 
-    m_actions = MainMenuBar::build(menuBar());
-    for (QAction *action : std::as_const(m_actions)) {
+    m_actions = MainMenuBar::build(menuBar(), m_registry);
+    for (CommandAction *action : std::as_const(m_actions)) {
         addAction(action); // shortcuts work while the menu bar is hidden too
-        connect(action, &QAction::triggered, this, [this, action] {
-            performCommand({action->property("command").toString(), action->property("argument")});
-        });
+        connect(action, &QAction::triggered, this,
+                [this, action] { performCommand(action->commandId(), action->argument()); });
     }
     for (QMenu *menu : menuBar()->findChildren<QMenu *>()) {
         connect(menu, &QMenu::aboutToShow, this, [this, menu] {
@@ -162,75 +163,101 @@ void MainWindowFrame::changeEvent(QEvent *event)
     QMainWindow::changeEvent(event);
 }
 
-bool MainWindowFrame::performCommand(const Command &command)
+// The frame runs its own and the application's commands; the current tab runs the others.
+bool MainWindowFrame::performCommand(CommandId id, const QVariant &argument)
 {
-    if (!commandState(command).enabled)
-        return false;
-    if (command.name == QLatin1String("performClose")) {
-        if (MainWindowController *controller = currentController())
-            controller->close();
-        return true;
+    const Command &command = m_registry.command(id);
+    switch (command.owner()) {
+    case CommandOwner::frame: return command.perform(this, argument, this);
+    case CommandOwner::application: return command.perform(m_registry.application(), argument, this);
+    case CommandOwner::window:
+    case CommandOwner::pane: break;
     }
-    if (command.name == QLatin1String("toggleFullScreen")) {
-        setWindowState(windowState() ^ Qt::WindowFullScreen);
-        return true;
-    }
-    if (command.name == QLatin1String("selectNextTab") || command.name == QLatin1String("selectPreviousTab")) {
-        const int step = command.name == QLatin1String("selectNextTab") ? 1 : -1;
-        m_tabBar->setCurrentIndex((m_tabBar->currentIndex() + step + m_tabBar->count()) % m_tabBar->count());
-        return true;
-    }
-    if (command.name == QLatin1String("openWithApplication")) {
-        QStringList paths;
-        for (const PXFilePtr &file : currentController()->mainViewController()->selectedFiles())
-            paths.append(file->path());
-        QString error;
-        if (!Applications::launch(command.argument.toString(), paths, &error))
-            logError(QStringLiteral("Cannot open with %1: %2").arg(command.argument.toString(), error));
-        return true;
-    }
-    if (AppDelegate::exists() && AppDelegate::shared().handlesCommand(command.name))
-        return AppDelegate::shared().performCommand(command.name, this);
-    if (MainWindowController *controller = currentController())
-        return controller->mainViewController()->performCommand(command);
-    return false;
+    MainWindowController *controller = currentController();
+    return controller && controller->mainViewController()->performCommand(command, argument);
 }
 
-CommandState MainWindowFrame::commandState(const Command &command) const
+CommandState MainWindowFrame::commandState(CommandId id, const QVariant &argument) const
 {
-    MainWindowController *controller = currentController();
-    if (command.name == QLatin1String("performClose"))
-        return {controller != nullptr, false};
-    if (command.name == QLatin1String("toggleFullScreen"))
-        return {true, isFullScreen()};
-    if (command.name == QLatin1String("selectNextTab") || command.name == QLatin1String("selectPreviousTab"))
-        return {m_controllers.size() > 1, false};
-    if (command.name == QLatin1String("openWithApplication"))
-        return {controller && !controller->mainViewController()->selectedFiles().isEmpty(), false};
-    if (AppDelegate::exists() && AppDelegate::shared().handlesCommand(command.name))
-        return {AppDelegate::shared().validateCommand(command.name), false};
-    if (controller)
-        return controller->mainViewController()->commandState(command);
-    return {};
+    const Command &command = m_registry.command(id);
+    switch (command.owner()) {
+    case CommandOwner::frame: return command.state(this, argument);
+    case CommandOwner::application: return command.state(m_registry.application(), argument);
+    case CommandOwner::window:
+    case CommandOwner::pane: break;
+    }
+    const MainWindowController *controller = currentController();
+    return controller ? controller->mainViewController()->commandState(command, argument) : CommandState{};
 }
 
 void MainWindowFrame::validateActions()
 {
-    for (QAction *action : std::as_const(m_actions)) {
-        const CommandState state = commandState({action->property("command").toString(), action->property("argument")});
-        action->setEnabled(state.enabled);
-        if (action->isCheckable())
-            action->setChecked(state.checked);
-    }
+    for (CommandAction *action : std::as_const(m_actions))
+        action->applyState(commandState(action->commandId(), action->argument()));
 }
 
-QAction *MainWindowFrame::action(const QString &command, const QVariant &argument) const
+QAction *MainWindowFrame::action(const QString &identifier, const QVariant &argument) const
 {
-    for (QAction *action : m_actions) {
-        if (action->property("command").toString() == command && action->property("argument") == argument)
+    const Command *command = m_registry.find(identifier);
+    if (!command)
+        return nullptr;
+    for (CommandAction *action : m_actions) {
+        if (action->commandId() == command->id() && action->argument() == argument)
             return action;
     }
     return nullptr;
+}
+
+void MainWindowFrame::performClose()
+{
+    if (MainWindowController *controller = currentController())
+        controller->close();
+}
+
+bool MainWindowFrame::hasCurrentWindow() const
+{
+    return currentController() != nullptr;
+}
+
+void MainWindowFrame::toggleFullScreen()
+{
+    setWindowState(windowState() ^ Qt::WindowFullScreen);
+}
+
+CommandState MainWindowFrame::toggleFullScreenState() const
+{
+    return {true, isFullScreen()};
+}
+
+void MainWindowFrame::selectNextTab()
+{
+    m_tabBar->setCurrentIndex((m_tabBar->currentIndex() + 1) % m_tabBar->count());
+}
+
+void MainWindowFrame::selectPreviousTab()
+{
+    m_tabBar->setCurrentIndex((m_tabBar->currentIndex() - 1 + m_tabBar->count()) % m_tabBar->count());
+}
+
+bool MainWindowFrame::hasSeveralTabs() const
+{
+    return m_controllers.size() > 1;
+}
+
+void MainWindowFrame::openWithApplication(const QString &applicationPath)
+{
+    QStringList paths;
+    for (const PXFilePtr &file : currentController()->mainViewController()->selectedFiles())
+        paths.append(file->path());
+    QString error;
+    if (!Applications::launch(applicationPath, paths, &error))
+        logError(QStringLiteral("Cannot open with %1: %2").arg(applicationPath, error));
+}
+
+bool MainWindowFrame::hasSelection() const
+{
+    const MainWindowController *controller = currentController();
+    return controller && !controller->mainViewController()->selectedFiles().isEmpty();
 }
 
 // Favourite applications that are gone are left out until they come back.
@@ -241,10 +268,13 @@ void MainWindowFrame::rebuildOpenWithMenu(QMenu *menu)
     for (const FileBookmark &bookmark : apps) {
         if (!bookmark.resolves())
             continue;
-        QAction *item = menu->addAction(bookmark.title());
-        const Command command{QStringLiteral("openWithApplication"), bookmark.file->path()};
-        item->setEnabled(commandState(command).enabled);
-        connect(item, &QAction::triggered, this, [this, command] { performCommand(command); });
+        const QString path = bookmark.file->path();
+        auto *item =
+            new CommandAction(m_registry.command(CommandId::openWithApplication), path, bookmark.title(), menu);
+        menu->addAction(item);
+        item->applyState(commandState(CommandId::openWithApplication, path));
+        connect(item, &QAction::triggered, this,
+                [this, path] { performCommand(CommandId::openWithApplication, path); });
     }
     if (menu->isEmpty())
         menu->addAction(tr("No Favorite Applications"))->setEnabled(false);
@@ -254,8 +284,13 @@ void MainWindowFrame::rebuildOpenWithMenu(QMenu *menu)
 void MainWindowFrame::rebuildMoveToMenu(QMenu *menu)
 {
     menu->clear();
-    for (const FileBookmark &bookmark : SettingsManager::shared().settings()->favoriteFolders())
-        menu->addAction(bookmark.title())->setEnabled(false);
+    const Command &moveTo = m_registry.command(CommandId::moveToMenuAction);
+    for (const FileBookmark &bookmark : SettingsManager::shared().settings()->favoriteFolders()) {
+        auto *item =
+            new CommandAction(moveTo, bookmark.file ? bookmark.file->path() : QString(), bookmark.title(), menu);
+        menu->addAction(item);
+        item->applyState(moveTo.state(nullptr));
+    }
     if (menu->isEmpty())
         menu->addAction(tr("No Favorite Folders"))->setEnabled(false);
 }

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "ui/windows/CommandState.h"
+#include "ui/common/Command.h"
 
 #include <QList>
 #include <QMainWindow>
 #include <QPointer>
 
+class CommandAction;
+class CommandRegistry;
 class MainWindowController;
 class QAction;
 class QStackedWidget;
@@ -13,13 +15,16 @@ class QTabBar;
 class QTimer;
 
 // The top-level window of one or more main windows shown as tabs: the menu bar, a tab bar that
-// appears with the second tab, and the current tab's content. Menu commands go to the current
-// main window, else to the application; their enabled and checked states are validated when a
-// menu opens and whenever the current window says its commands changed.
+// appears with the second tab, and the current tab's content. Menu commands go to their owner:
+// this window, the current tab's content or its thumbnail pane, or the application; their
+// enabled and checked states are validated when a menu opens and whenever the current window says
+// its commands changed.
 class MainWindowFrame : public QMainWindow
 {
     Q_OBJECT
 public:
+    static constexpr CommandOwner commandOwner = CommandOwner::frame;
+
     explicit MainWindowFrame(QWidget *parent = nullptr);
     ~MainWindowFrame() override;
 
@@ -30,12 +35,25 @@ public:
     MainWindowController *currentController() const;
     const QList<MainWindowController *> &controllers() const { return m_controllers; }
 
-    // Runs a command (from the menu bar, a toolbar button or a test).
-    bool performCommand(const Command &command);
-    CommandState commandState(const Command &command) const;
+    // Runs a command (from the menu bar, a toolbar button or a test); false when it is disabled.
+    bool performCommand(CommandId id, const QVariant &argument = {});
+    CommandState commandState(CommandId id, const QVariant &argument = {}) const;
     // Validates every menu action now.
     void validateActions();
-    QAction *action(const QString &command, const QVariant &argument = {}) const;
+    // The menu bar's item for a command ("changeThumbnailFileSort") and value, null when none.
+    QAction *action(const QString &identifier, const QVariant &argument = {}) const;
+
+    // This window's commands.
+    void performClose();
+    bool hasCurrentWindow() const;
+    void toggleFullScreen();
+    CommandState toggleFullScreenState() const;
+    void selectNextTab();
+    void selectPreviousTab();
+    bool hasSeveralTabs() const;
+    // Opens the current tab's selection with the application (a .desktop file or a program).
+    void openWithApplication(const QString &applicationPath);
+    bool hasSelection() const;
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -48,9 +66,10 @@ private:
     void rebuildOpenWithMenu(QMenu *menu);
     void rebuildMoveToMenu(QMenu *menu);
 
+    const CommandRegistry &m_registry;
     QTabBar *m_tabBar;
     QStackedWidget *m_stack;
     QList<MainWindowController *> m_controllers;
-    QList<QAction *> m_actions;
+    QList<CommandAction *> m_actions;
     QTimer *m_validateTimer;
 };

@@ -6,65 +6,36 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
-#include "ui/app/AuxiliaryWindowsManager.h"
-#include "ui/app/ThemeIcons.h"
-#include "ui/app/WarningsManager.h"
 #include "ui/browser/BrowserViewController.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
+#include "ui/common/ThemeIcons.h"
 #include "ui/inspector/InspectorViewController.h"
 #include "ui/sidebar/FolderTreeModel.h"
 #include "ui/sidebar/PathBar.h"
 #include "ui/sidebar/SidebarViewController.h"
+#include "ui/windows/CommandRegistry.h"
+#include "ui/windows/MainToolbarBuilder.h"
+#include "ui/windows/MainWindowActionHandler.h"
+#include "ui/windows/MainWindowHost.h"
+#include "ui/windows/ThumbnailContextMenu.h"
 #include "ui/windows/ValidatingToolbar.h"
 
-#include <QAction>
-#include <QActionGroup>
 #include <QDesktopServices>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
 #include <QMessageBox>
 #include <QSlider>
 #include <QSplitter>
 #include <QStyle>
 #include <QTimer>
-#include <QToolButton>
 #include <QUrl>
 #include <QVBoxLayout>
 
 namespace {
 
-// The thumbnail edge in points: 48 still shows a recognisable picture, 512 is above the 400-point
-// thumbnails the generator makes, so the largest setting never upscales much.
-constexpr int minimumThumbnailSize = 48;
-constexpr int maximumThumbnailSize = 512;
-constexpr int thumbnailSizeStep = 16;
 // Deeper scans than five levels are better done by choosing a lower folder.
 constexpr int maximumFolderDepth = 5;
-
-const QStringList thumbnailCommands = {
-    QStringLiteral("performOpen"),
-    QStringLiteral("openInApp"),
-    QStringLiteral("selectAll"),
-    QStringLiteral("deselectAll"),
-    QStringLiteral("renameFile"),
-    QStringLiteral("makeAlias"),
-    QStringLiteral("makeSymlink"),
-    QStringLiteral("duplicate"),
-    QStringLiteral("moveToTrash"),
-    QStringLiteral("revealInFinder"),
-    QStringLiteral("newFolder"),
-    QStringLiteral("flagItem"),
-    QStringLiteral("rejectItem"),
-    QStringLiteral("clearItemFlag"),
-    QStringLiteral("selectFlagged"),
-    QStringLiteral("selectRejected"),
-    QStringLiteral("nextImageInBrowser"),
-    QStringLiteral("previousImageInBrowser"),
-    QStringLiteral("scrollSelectionToVisible"),
-};
 
 PXFilePtr folderToShow(const PXFilePtr &file)
 {
@@ -75,9 +46,12 @@ PXFilePtr folderToShow(const PXFilePtr &file)
 
 } // namespace
 
-MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, const PXFilePtr &file, QWidget *parent)
+MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, MainWindowHost *host,
+                                                   const PXFilePtr &file, QWidget *parent)
     : QWidget(parent)
     , m_windowSettings(std::move(settings))
+    , m_host(host)
+    , m_actionHandler(new MainWindowActionHandler(this, host))
 {
     AppSettings *appSettings = SettingsManager::shared().settings();
     // A folder handed over on the command line is shown as the root of the tree, selected.
@@ -131,7 +105,7 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, c
     layout->addWidget(bottomDivider);
     layout->addWidget(buildBottomBar());
 
-    buildToolbar();
+    MainToolbarBuilder::build(m_toolbar, this, CommandRegistry::shared());
     applyPaneVisibility();
     applySplitSizes();
     observeSettings();
@@ -160,6 +134,11 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, c
             &MainWindowViewController::showNearestExistingParent);
     connect(m_pathBar, &PathBar::folderChosen, m_sidebarViewController, &SidebarViewController::revealFolder);
     connectFlagsAndErrors();
+    // The pane's context menu is made of the registry's commands, like this window's menus.
+    thumbnailsViewController()->actionHandler()->setContextMenuFactory(
+        [](ThumbnailsActionHandler *handler, bool onItems) {
+            return ThumbnailContextMenu::build(handler, onItems, CommandRegistry::shared());
+        });
     connect(m_primarySplitView, &QSplitter::splitterMoved, this, [this] {
         if (m_layoutComplete)
             writeLayoutToSettings();
@@ -214,124 +193,6 @@ QString MainWindowViewController::title() const
     return m_sources.size() == 1 ? first : tr("%1 and %n more", nullptr, int(m_sources.size() - 1)).arg(first);
 }
 
-void MainWindowViewController::buildToolbar()
-{
-    auto addCommand = [this](const QIcon &icon, const QString &text, const QString &toolTip, const Command &command) {
-        QAction *action = m_toolbar->addAction(icon, text);
-        action->setToolTip(toolTip);
-        connect(action, &QAction::triggered, this, [this, command] { performCommand(command); });
-        connect(this, &MainWindowViewController::commandsChanged, action,
-                [this, action, command] { action->setEnabled(commandState(command).enabled); });
-        action->setEnabled(commandState(command).enabled);
-        return action;
-    };
-    addCommand(ThemeIcons::icon(QStringLiteral("go-previous"), QStyle::SP_ArrowBack), tr("Back"), tr("Back"),
-               {QStringLiteral("back"), {}});
-    addCommand(ThemeIcons::icon(QStringLiteral("go-next"), QStyle::SP_ArrowForward), tr("Forward"), tr("Forward"),
-               {QStringLiteral("forward"), {}});
-    addCommand(ThemeIcons::icon(QStringLiteral("go-up"), QStyle::SP_ArrowUp), tr("Enclosing Folder"),
-               tr("Enclosing Folder"), {QStringLiteral("changeBaseUpOneLevel"), {}});
-    m_toolbar->addSeparator();
-
-    // Layout: three exclusive buttons.
-    m_layoutGroup = new QActionGroup(this);
-    // Icon names of the freedesktop themes first, then those of the symbolic themes.
-    const QList<std::tuple<BrowserLayout, const char *, const char *, QString>> layouts = {
-        {BrowserLayout::noPreview, "view-grid", "view-grid-symbolic", tr("Thumbnails Only")},
-        {BrowserLayout::topPreview, "view-split-top-bottom", "view-continuous-symbolic", tr("Preview on Top")},
-        {BrowserLayout::rightPreview, "view-split-left-right", "view-dual-symbolic", tr("Preview on Right")},
-    };
-    for (const auto &[layout, iconName, symbolicName, title] : layouts) {
-        const QIcon icon = QIcon::fromTheme(QLatin1String(iconName), QIcon::fromTheme(QLatin1String(symbolicName)));
-        QAction *action = m_toolbar->addAction(icon, title);
-        action->setCheckable(true);
-        action->setChecked(m_windowSettings->browserLayout() == layout);
-        action->setToolTip(title);
-        action->setData(int(layout));
-        m_layoutGroup->addAction(action);
-        const BrowserLayout chosen = layout;
-        connect(action, &QAction::triggered, this, [this, chosen] {
-            performCommand({QStringLiteral("changeBrowserLayout"), int(chosen)});
-        });
-    }
-    m_toolbar->addSeparator();
-
-    // Sort and filter: buttons with their menus, checked to the window's settings as they open.
-    const auto menuButton = [this](const QIcon &icon, const QString &text, const char *command, int count,
-                                   QString (*titleOf)(int)) {
-        auto *button = new QToolButton(m_toolbar);
-        button->setIcon(icon);
-        button->setText(text);
-        button->setToolTip(text);
-        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setPopupMode(QToolButton::InstantPopup);
-        auto *menu = new QMenu(button);
-        auto *group = new QActionGroup(menu);
-        for (int raw = 0; raw < count; ++raw) {
-            QAction *item = menu->addAction(titleOf(raw));
-            item->setCheckable(true);
-            group->addAction(item);
-            const Command itemCommand{QString::fromLatin1(command), raw};
-            connect(item, &QAction::triggered, this, [this, itemCommand] { performCommand(itemCommand); });
-            connect(menu, &QMenu::aboutToShow, item, [this, item, itemCommand] {
-                const CommandState state = commandState(itemCommand);
-                item->setChecked(state.checked);
-                item->setEnabled(state.enabled);
-            });
-        }
-        button->setMenu(menu);
-        m_toolbar->addWidget(button);
-        return menu;
-    };
-    QMenu *sortMenu =
-        menuButton(QIcon::fromTheme(QStringLiteral("view-sort-ascending")), tr("Sort"), "changeThumbnailFileSort",
-                   fileSortTypeCount, [](int raw) { return fileSortTypeTitle(FileSortType(raw)); });
-    sortMenu->addSeparator();
-    QAction *reverse = sortMenu->addAction(tr("Reverse Order"));
-    reverse->setCheckable(true);
-    connect(sortMenu, &QMenu::aboutToShow, reverse,
-            [this, reverse] { reverse->setChecked(m_windowSettings->thumbnailsReverseSort()); });
-    connect(reverse, &QAction::triggered, this, [this] {
-        performCommand({QStringLiteral("changeThumbnailReverseSort"), {}});
-    });
-    menuButton(QIcon::fromTheme(QStringLiteral("view-filter")), tr("Show"), "changeThumbnailFileFilter",
-               fileFilterTypeCount, [](int raw) { return fileFilterTypeTitle(FileFilterType(raw)); });
-
-    auto *spacer = new QWidget(m_toolbar);
-    spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    m_toolbar->addWidget(spacer, 1);
-
-    // Search: the field, with the category chooser in front of it.
-    m_searchCategoryButton = new QToolButton(m_toolbar);
-    m_searchCategoryButton->setPopupMode(QToolButton::InstantPopup);
-    m_searchCategoryButton->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    m_searchCategoryButton->setText(thumbnailsSearchTypeTitle(m_searchType));
-    m_searchCategoryButton->setToolTip(tr("What the search matches"));
-    auto *categories = new QMenu(m_searchCategoryButton);
-    auto *categoryGroup = new QActionGroup(categories);
-    for (ThumbnailsSearchType type : {ThumbnailsSearchType::filename, ThumbnailsSearchType::kind,
-                                      ThumbnailsSearchType::label, ThumbnailsSearchType::camera}) {
-        QAction *item = categories->addAction(thumbnailsSearchTypeTitle(type));
-        item->setCheckable(true);
-        item->setChecked(type == m_searchType);
-        categoryGroup->addAction(item);
-        connect(item, &QAction::triggered, this, [this, type] {
-            performCommand({QStringLiteral("setThumbnailViewSearchCategory"), int(type)});
-        });
-    }
-    m_searchCategoryButton->setMenu(categories);
-    m_toolbar->addWidget(m_searchCategoryButton);
-    m_searchField = new QLineEdit(m_toolbar);
-    m_searchField->setPlaceholderText(tr("Search"));
-    m_searchField->setClearButtonEnabled(true);
-    m_searchField->setMaximumWidth(240);
-    m_searchField->addAction(QIcon::fromTheme(QStringLiteral("edit-find")), QLineEdit::LeadingPosition);
-    m_toolbar->addWidget(m_searchField);
-    connect(m_searchField, &QLineEdit::textChanged, this, [this](const QString &text) {
-        performCommand({QStringLiteral("thumbnailViewSearch"), text});
-    });
-}
-
 QWidget *MainWindowViewController::buildBottomBar()
 {
     auto *bottomContainer = new QWidget(this);
@@ -365,10 +226,10 @@ QWidget *MainWindowViewController::buildBottomBar()
     connect(m_folderDepthSlider, &QSlider::valueChanged, this, [this](int depth) {
         if (m_folderDepthSlider->isSliderDown())
             return;
-        changeFolderDepth(depth);
+        m_actionHandler->changeFolderDepth(depth);
     });
     connect(m_folderDepthSlider, &QSlider::sliderReleased, this,
-            [this] { changeFolderDepth(m_folderDepthSlider->value()); });
+            [this] { m_actionHandler->changeFolderDepth(m_folderDepthSlider->value()); });
 
     bar->addSpacing(12);
     auto *thumbnailSizeIcon = new QLabel(bottomContainer);
@@ -377,9 +238,10 @@ QWidget *MainWindowViewController::buildBottomBar()
     thumbnailSizeIcon->setToolTip(tr("Thumbnail size"));
     bar->addWidget(thumbnailSizeIcon);
     m_thumbnailSizeSlider = new QSlider(Qt::Horizontal, bottomContainer);
-    m_thumbnailSizeSlider->setRange(minimumThumbnailSize, maximumThumbnailSize);
-    m_thumbnailSizeSlider->setSingleStep(thumbnailSizeStep);
-    m_thumbnailSizeSlider->setPageStep(thumbnailSizeStep * 4);
+    m_thumbnailSizeSlider->setRange(MainWindowActionHandler::minimumThumbnailSize,
+                                    MainWindowActionHandler::maximumThumbnailSize);
+    m_thumbnailSizeSlider->setSingleStep(MainWindowActionHandler::thumbnailSizeStep);
+    m_thumbnailSizeSlider->setPageStep(MainWindowActionHandler::thumbnailSizeStep * 4);
     m_thumbnailSizeSlider->setFixedWidth(140);
     m_thumbnailSizeSlider->setValue(m_windowSettings->thumbnailSize());
     m_thumbnailSizeSlider->setAccessibleName(tr("Thumbnail size"));
@@ -401,10 +263,6 @@ void MainWindowViewController::observeSettings()
     connect(settings, &WindowSettings::thumbnailsFolderSearchDepthChanged, m_folderDepthSlider, [this](int depth) {
         const QSignalBlocker blocker(m_folderDepthSlider);
         m_folderDepthSlider->setValue(depth);
-    });
-    connect(settings, &WindowSettings::browserLayoutChanged, this, [this](BrowserLayout layout) {
-        for (QAction *action : m_layoutGroup->actions())
-            action->setChecked(action->data().toInt() == int(layout));
     });
     connect(settings, &ObservableSettings::changed, this, &MainWindowViewController::commandsChanged);
 }
@@ -471,7 +329,8 @@ void MainWindowViewController::thumbnailSelectionChanged(const QList<PXFilePtr> 
 {
     m_lastThumbnailViewSelection = files;
     m_inspectorViewController->setFiles(files);
-    AuxiliaryWindowsManager::shared().setRecentlySelectedFiles(files);
+    if (m_host)
+        m_host->thumbnailSelectionChanged(files);
     Q_EMIT commandsChanged();
 }
 
@@ -529,180 +388,29 @@ void MainWindowViewController::showNotice(const QString &text)
     m_noticeTimer->start();
 }
 
-void MainWindowViewController::chooseFolder()
+QObject *MainWindowViewController::ownerObject(CommandOwner owner) const
 {
-    const PXFilePtr root = m_sidebarViewController->model()->rootFolder();
-    auto *dialog = new QFileDialog(this, tr("Choose a Folder"), root ? root->path() : QString());
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setOption(QFileDialog::ShowDirsOnly);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString &path) {
-        const PXFilePtr folder = PXFile::fileForPath(path);
-        m_sidebarViewController->showPlace({{folder}, {}, folder});
-    });
-    dialog->open();
+    switch (owner) {
+    case CommandOwner::window: return m_actionHandler;
+    case CommandOwner::pane: return thumbnailsViewController()->actionHandler();
+    case CommandOwner::frame:
+    case CommandOwner::application: break;
+    }
+    return nullptr;
 }
 
-void MainWindowViewController::changeFolderDepth(int depth)
+bool MainWindowViewController::performCommand(const Command &command, const QVariant &argument)
 {
-    const int previous = m_windowSettings->thumbnailsFolderSearchDepth();
-    if (depth == previous)
-        return;
-    m_windowSettings->setThumbnailsFolderSearchDepth(depth);
-    if (depth > previous)
-        WarningsManager::shared().showFolderDepthWarning(window());
-}
-
-bool MainWindowViewController::performCommand(const Command &command)
-{
-    if (!commandState(command).enabled)
+    if (!command.perform(ownerObject(command.owner()), argument, window()))
         return false;
-    WindowSettings &s = *m_windowSettings;
-    const QString &name = command.name;
-    const int value = command.argument.toInt();
-    if (thumbnailCommands.contains(name))
-        return QMetaObject::invokeMethod(thumbnailsViewController(), name.toLatin1().constData());
-    if (name == QLatin1String("showHideSidebar"))
-        s.setSidebarCollapsed(!s.sidebarCollapsed());
-    else if (name == QLatin1String("showHideInspector"))
-        s.setInspectorCollapsed(!s.inspectorCollapsed());
-    else if (name == QLatin1String("showHideFavorites"))
-        s.setFavoritesCollapsed(!s.favoritesCollapsed());
-    else if (name == QLatin1String("changeBrowserLayout"))
-        s.setBrowserLayout(BrowserLayout(value));
-    else if (name == QLatin1String("toggleThumbnailInfo"))
-        s.setThumbnailShowInformation(!s.thumbnailShowInformation());
-    else if (name == QLatin1String("showThumbInfo"))
-        s.setThumbnailInformation(s.thumbnailInformation() ^ ThumbnailInfoOption(value));
-    else if (name == QLatin1String("back"))
-        goBackOrForward(-1);
-    else if (name == QLatin1String("forward"))
-        goBackOrForward(1);
-    else if (name == QLatin1String("backForward"))
-        goBackOrForward(value);
-    else if (name == QLatin1String("changeSidebarSource"))
-        chooseFolder();
-    else if (name == QLatin1String("changeSidebarSourceFromTree")) {
-        const PXFilePtr folder = m_sidebarViewController->sources().value(0);
-        m_sidebarViewController->showPlace({{folder}, {}, folder});
-    } else if (name == QLatin1String("changeBaseUpOneLevel")) {
-        const PXFilePtr root = m_sidebarViewController->model()->rootFolder();
-        const PXFilePtr parent = PXFile::from(root->parentItem());
-        m_sidebarViewController->showPlace({{root}, {parent}, parent});
-    } else if (name == QLatin1String("expandSelected"))
-        m_sidebarViewController->expandSelected();
-    else if (name == QLatin1String("collapseSelected"))
-        m_sidebarViewController->collapseSelected();
-    else if (name == QLatin1String("changeThumbnailSize"))
-        s.setThumbnailSize(
-            qBound(minimumThumbnailSize, s.thumbnailSize() + value * thumbnailSizeStep * 2, maximumThumbnailSize));
-    else if (name == QLatin1String("changeFolderDepth"))
-        changeFolderDepth(value);
-    else if (name == QLatin1String("changeThumbnailFileSort"))
-        s.setThumbnailsFileSort(FileSortType(value));
-    else if (name == QLatin1String("changeThumbnailReverseSort"))
-        s.setThumbnailsReverseSort(!s.thumbnailsReverseSort());
-    else if (name == QLatin1String("changeThumbnailFolderSort"))
-        s.setThumbnailsFolderSort(FolderSortType(value));
-    else if (name == QLatin1String("changeThumbnailSubfolderGrouping"))
-        s.setThumbnailsSubfolderInclusionStyle(SubfolderInclusionStyle(value));
-    else if (name == QLatin1String("changeThumbnailFileFilter"))
-        s.setThumbnailsFileFilter(FileFilterType(value));
-    else if (name == QLatin1String("changeThumbnailHideFolders"))
-        s.setThumbnailsHideFolders(!s.thumbnailsHideFolders());
-    else if (name == QLatin1String("filterThumbnails")) {
-        m_searchField->setFocus(Qt::ShortcutFocusReason);
-        m_searchField->selectAll();
-    } else if (name == QLatin1String("setThumbnailViewSearchCategory")) {
-        m_searchType = ThumbnailsSearchType(value);
-        m_searchCategoryButton->setText(thumbnailsSearchTypeTitle(m_searchType));
-        thumbnailsViewController()->setThumbnailViewSearchCategory(m_searchType);
-    } else if (name == QLatin1String("thumbnailViewSearch")) {
-        if (m_searchField->text() != command.argument.toString())
-            m_searchField->setText(command.argument.toString()); // comes back here through textChanged
-        else
-            thumbnailsViewController()->thumbnailViewSearch(command.argument.toString());
-    } else if (name == QLatin1String("changeSidebarFileSort"))
-        s.setSidebarSortType(FileSortType(value));
-    else if (name == QLatin1String("changeSidebarReverseSort"))
-        s.setSidebarReverseSort(!s.sidebarReverseSort());
-    else if (name == QLatin1String("changeSidebarFileFilter"))
-        s.setSidebarFileFilter(FileFilterType(value));
-    else if (name == QLatin1String("changeSidebarInfo"))
-        s.setSidebarInfo(SidebarInfoOptions(value));
-    else if (name == QLatin1String("inspectorDoubleClicked"))
-        s.setInspectorCollapsed(false);
-    else
-        return false;
-    Q_EMIT commandsChanged();
+    // The pane tells of its own changes (a new selection); the window's commands change what
+    // other commands show.
+    if (command.owner() == CommandOwner::window)
+        Q_EMIT commandsChanged();
     return true;
 }
 
-CommandState MainWindowViewController::commandState(const Command &command) const
+CommandState MainWindowViewController::commandState(const Command &command, const QVariant &argument) const
 {
-    const WindowSettings &s = *m_windowSettings;
-    const QString &name = command.name;
-    const int value = command.argument.toInt();
-    if (thumbnailCommands.contains(name))
-        return {thumbnailsViewController()->validateAction(name), false};
-    if (name == QLatin1String("showHideSidebar"))
-        return {true, !s.sidebarCollapsed()};
-    if (name == QLatin1String("showHideInspector"))
-        return {true, !s.inspectorCollapsed()};
-    if (name == QLatin1String("showHideFavorites"))
-        return {!s.sidebarCollapsed(), !s.favoritesCollapsed()};
-    if (name == QLatin1String("changeBrowserLayout"))
-        return {true, int(s.browserLayout()) == value};
-    if (name == QLatin1String("toggleThumbnailInfo"))
-        return {true, s.thumbnailShowInformation()};
-    if (name == QLatin1String("showThumbInfo"))
-        return {s.thumbnailShowInformation(), s.thumbnailInformation().testFlag(ThumbnailInfoOption(value))};
-    if (name == QLatin1String("back"))
-        return {m_navigationHistory.canGoBack(), false};
-    if (name == QLatin1String("forward"))
-        return {m_navigationHistory.canGoForward(), false};
-    if (name == QLatin1String("backForward"))
-        return {value < 0 ? m_navigationHistory.canGoBack() : m_navigationHistory.canGoForward(), false};
-    if (name == QLatin1String("changeSidebarSource"))
-        return {true, false};
-    if (name == QLatin1String("changeSidebarSourceFromTree"))
-        return {!m_sidebarViewController->selectedFiles().isEmpty(), false};
-    if (name == QLatin1String("changeBaseUpOneLevel")) {
-        const PXFilePtr root = m_sidebarViewController->model()->rootFolder();
-        return {root && root->parentItem() != nullptr, false};
-    }
-    if (name == QLatin1String("expandSelected") || name == QLatin1String("collapseSelected"))
-        return {!m_sidebarViewController->selectedFiles().isEmpty(), false};
-    if (name == QLatin1String("changeThumbnailSize"))
-        return {value > 0 ? s.thumbnailSize() < maximumThumbnailSize : s.thumbnailSize() > minimumThumbnailSize, false};
-    if (name == QLatin1String("changeFolderDepth"))
-        return {true, s.thumbnailsFolderSearchDepth() == value};
-    if (name == QLatin1String("changeThumbnailFileSort"))
-        return {true, int(s.thumbnailsFileSort()) == value};
-    if (name == QLatin1String("changeThumbnailReverseSort"))
-        return {true, s.thumbnailsReverseSort()};
-    if (name == QLatin1String("changeThumbnailFolderSort"))
-        return {true, int(s.thumbnailsFolderSort()) == value};
-    if (name == QLatin1String("changeThumbnailSubfolderGrouping"))
-        return {s.thumbnailsFolderSearchDepth() > 0, int(s.thumbnailsSubfolderInclusionStyle()) == value};
-    if (name == QLatin1String("changeThumbnailFileFilter"))
-        return {true, int(s.thumbnailsFileFilter()) == value};
-    if (name == QLatin1String("changeThumbnailHideFolders"))
-        return {true, s.thumbnailsHideFolders()};
-    if (name == QLatin1String("filterThumbnails") || name == QLatin1String("thumbnailViewSearch"))
-        return {true, false};
-    if (name == QLatin1String("setThumbnailViewSearchCategory"))
-        return {true, int(m_searchType) == value};
-    if (name == QLatin1String("changeSidebarFileSort"))
-        return {true, int(s.sidebarSortType()) == value};
-    if (name == QLatin1String("changeSidebarReverseSort"))
-        return {true, s.sidebarReverseSort()};
-    if (name == QLatin1String("changeSidebarFileFilter"))
-        return {true, int(s.sidebarFileFilter()) == value};
-    if (name == QLatin1String("changeSidebarInfo"))
-        return {true, int(s.sidebarInfo()) == value};
-    if (name == QLatin1String("inspectorDoubleClicked"))
-        return {true, false};
-    // The embedded viewer's commands and the commands that are not available yet.
-    return {};
+    return command.state(ownerObject(command.owner()), argument);
 }

@@ -1,39 +1,39 @@
 #pragma once
 
-#include "core/model/FileSortTypes.h"
 #include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
 #include "core/windows/NavigationHistory.h"
-#include "ui/windows/CommandState.h"
+#include "ui/common/Command.h"
 
 #include <QList>
 #include <QWidget>
 
 class BrowserViewController;
 class InspectorViewController;
+class MainWindowActionHandler;
+class MainWindowHost;
 class PathBar;
-class QActionGroup;
 class QLabel;
-class QLineEdit;
 class QSlider;
 class QSplitter;
 class QTimer;
-class QToolButton;
 class SidebarViewController;
 class ThumbnailsViewController;
 class ValidatingToolbar;
 
 // Lays out one main window: the toolbar, the sidebar | browser | inspector split, the path bar
 // and the bottom bar with the status line and the folder-depth and thumbnail-size sliders. It
-// runs the window's commands (each changes the matching window setting, or goes to the
-// thumbnails pane), follows the window settings so that a change from anywhere shows at once,
-// and keeps the navigation history from the sidebar's places.
+// runs the commands of its content (its action handler's) and of its thumbnail pane, follows the
+// window settings so that a change from anywhere shows at once, and keeps the navigation history
+// from the sidebar's places.
 class MainWindowViewController : public QWidget
 {
     Q_OBJECT
 public:
     // `file`: a folder to show, or a file whose folder to show; null keeps the settings' place.
-    MainWindowViewController(WindowSettingsPtr settings, const PXFilePtr &file = {}, QWidget *parent = nullptr);
+    // `host`: may be null (no folder-depth warning, the selection goes nowhere else).
+    MainWindowViewController(WindowSettingsPtr settings, MainWindowHost *host, const PXFilePtr &file = {},
+                             QWidget *parent = nullptr);
     ~MainWindowViewController() override;
 
     const WindowSettingsPtr &windowSettings() const { return m_windowSettings; }
@@ -41,6 +41,7 @@ public:
     BrowserViewController *browserViewController() const { return m_browserViewController; }
     InspectorViewController *inspectorViewController() const { return m_inspectorViewController; }
     ThumbnailsViewController *thumbnailsViewController() const;
+    MainWindowActionHandler *actionHandler() const { return m_actionHandler; }
     const NavigationHistory &navigationHistory() const { return m_navigationHistory; }
     PathBar *pathBar() const { return m_pathBar; }
     ValidatingToolbar *toolbar() const { return m_toolbar; }
@@ -50,8 +51,12 @@ public:
     QList<PXFilePtr> selectedFiles() const { return m_lastThumbnailViewSelection; }
 
     QString title() const;
-    bool performCommand(const Command &command);
-    CommandState commandState(const Command &command) const;
+    // Runs a command of this window or of its thumbnail pane; false when it is disabled (or
+    // belongs to another owner).
+    bool performCommand(const Command &command, const QVariant &argument = {});
+    CommandState commandState(const Command &command, const QVariant &argument = {}) const;
+    // Shows the place `step` places back (< 0) or forward in the navigation history.
+    void goBackOrForward(int step);
     // Pane sizes into the window settings (when the window closes).
     void writeLayoutToSettings();
 
@@ -61,24 +66,23 @@ Q_SIGNALS:
 
 private:
     void connectFlagsAndErrors();
-    void buildToolbar();
     QWidget *buildBottomBar();
     void observeSettings();
     void applyPaneVisibility();
     void applySplitSizes();
     void sourcesChanged(const QList<PXFilePtr> &sources);
     void recordPlace();
-    void goBackOrForward(int step);
     void thumbnailSelectionChanged(const QList<PXFilePtr> &files);
     void openFiles(const QList<PXFilePtr> &files);
     void showNearestExistingParent(const PXFilePtr &folder, const QString &reason);
-    void chooseFolder();
-    void changeFolderDepth(int depth);
+    QObject *ownerObject(CommandOwner owner) const;
     void showStatus(const QString &text);
     // A message that stays over the status line for a while.
     void showNotice(const QString &text);
 
     WindowSettingsPtr m_windowSettings;
+    MainWindowHost *m_host;
+    MainWindowActionHandler *m_actionHandler;
     NavigationHistory m_navigationHistory;
     ValidatingToolbar *m_toolbar = nullptr;
     QSplitter *m_primarySplitView = nullptr;
@@ -91,11 +95,7 @@ private:
     QTimer *m_noticeTimer = nullptr;
     QSlider *m_folderDepthSlider = nullptr;
     QSlider *m_thumbnailSizeSlider = nullptr;
-    QLineEdit *m_searchField = nullptr;
-    QToolButton *m_searchCategoryButton = nullptr;
-    QActionGroup *m_layoutGroup = nullptr;
     QList<PXFilePtr> m_lastThumbnailViewSelection;
     QList<PXFilePtr> m_sources;
-    ThumbnailsSearchType m_searchType = ThumbnailsSearchType::filename;
     bool m_layoutComplete = false;
 };

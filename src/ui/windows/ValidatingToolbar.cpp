@@ -14,17 +14,15 @@ ValidatingToolbar::ValidatingToolbar(QWidget *parent)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-QAction *ValidatingToolbar::addAction(const QIcon &icon, const QString &text)
+void ValidatingToolbar::addButton(QAction *action)
 {
-    auto *action = new QAction(icon, text, this);
     auto *button = new QToolButton(this);
     button->setDefaultAction(action);
     button->setAutoRaise(true);
     button->setIconSize(m_iconSize);
-    button->setToolButtonStyle(icon.isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
+    button->setToolButtonStyle(action->icon().isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
     button->setFocusPolicy(Qt::TabFocus);
     m_layout->addWidget(button);
-    return action;
 }
 
 void ValidatingToolbar::addSeparator()

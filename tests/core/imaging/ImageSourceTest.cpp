@@ -242,8 +242,22 @@ TEST(ImageSource, filesThatAreNoImageGiveNullWithAReason)
     }
 }
 
-TEST(ImageSource, damagedCameraFilesStillGiveTheirHeaderFacts)
+TEST(ImageSource, damagedFilesStillGiveTheirHeaderFacts)
 {
+    const QVariantMap hole = propertiesOf(TestImages::dataFile(QStringLiteral("damaged-scan-hole.jpg")));
+    EXPECT_EQ(value(hole, Key::PixelWidth).toInt(), 320);
+    EXPECT_EQ(group(hole, Key::TIFFDictionary).value(QStringLiteral("ImageDescription")).toString(),
+              QStringLiteral("TRUNCATED"));
+    const QVariantMap cut = propertiesOf(TestImages::dataFile(QStringLiteral("truncated-in-scan.jpg")));
+    EXPECT_EQ(value(cut, Key::PixelHeight).toInt(), 240);
+    EXPECT_EQ(group(cut, Key::TIFFDictionary).value(QStringLiteral("Make")).toString(), QStringLiteral("Pixcove"));
+    // Broken EXIF structures cost the metadata, never the pixel size.
+    for (const char *name : {"exif-ifd-offset-out-of-range.jpg", "exif-entry-count-too-large.jpg"}) {
+        const QVariantMap p = propertiesOf(TestImages::dataFile(QLatin1String(name)));
+        EXPECT_EQ(value(p, Key::PixelWidth).toInt(), 320) << name;
+        EXPECT_EQ(value(p, Key::PixelHeight).toInt(), 240) << name;
+    }
+
     SKIP_WITHOUT_CORPUS();
     // A 16 KiB hole of 0xFF bytes in the scan data: every header segment is intact.
     const QVariantMap damaged = propertiesOf(corpusFile(QStringLiteral("jpg/corrupted.jpg")));

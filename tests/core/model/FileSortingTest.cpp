@@ -47,6 +47,16 @@ TEST(FileSorting, DescriptorsFollowTheSortAndFolderRules)
               SortDescriptor::Comparison::finderStyle);
 }
 
+TEST(FileSorting, EverySortTypeHasAPrimaryKey)
+{
+    // A member added to the value set without its key would stop the program here.
+    const QMetaEnum sorts = QMetaEnum::fromType<FileSortType>();
+    for (int i = 0; i < sorts.keyCount(); ++i) {
+        const auto descriptors = sortDescriptorsForSortType(FileSortType(sorts.value(i)), FolderSortType::mixed, true);
+        EXPECT_FALSE(descriptors.value(0).key.isEmpty()) << sorts.key(i);
+    }
+}
+
 TEST(FileSorting, FoldersStayFirstAndEqualKeysFallBackToNames)
 {
     TestDir dir;

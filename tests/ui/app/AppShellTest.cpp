@@ -2,8 +2,13 @@
 #include "ui/app/AppDelegate.h"
 #include "ui/app/InstanceChannel.h"
 #include "ui/app/ServicesProvider.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
+#include "ui/browser/ThumbnailsViewController.h"
+#include "ui/windows/CommandAction.h"
+#include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowFrame.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/ValidatingToolbar.h"
 
 #include "core/model/PXFile.h"
 #include "ui/ShellFixture.h"
@@ -11,7 +16,10 @@
 #include <QAction>
 #include <QFile>
 #include <QLocalSocket>
+#include <QMenu>
+#include <QMenuBar>
 #include <QSignalSpy>
+#include <QToolButton>
 #include <QUuid>
 
 #include <gtest/gtest.h>
@@ -48,6 +56,24 @@ struct Delegate
         delegate.showMessage = [this](const QString &, const QString &text) { messages.append(text); };
     }
 };
+
+// The command items of `menu` and its submenus; anything else but a separator fails the test.
+void collectCommandItems(QMenu *menu, QList<CommandAction *> &items)
+{
+    if (!menu)
+        return;
+    for (QAction *action : menu->actions()) {
+        if (action->isSeparator())
+            continue;
+        if (action->menu()) {
+            collectCommandItems(action->menu(), items);
+        } else if (auto *item = qobject_cast<CommandAction *>(action)) {
+            items.append(item);
+        } else {
+            ADD_FAILURE() << "not a command: " << action->text().toStdString();
+        }
+    }
+}
 
 } // namespace
 
@@ -158,16 +184,16 @@ TEST(AppShell, FolderDepthWarningStaysAwayOnceDismissedTicked)
     MainWindowController *window = shell.windows->newMainWindow(shell.photos);
     MainWindowFrame *frame = window->frame();
 
-    EXPECT_TRUE(frame->performCommand({QStringLiteral("changeFolderDepth"), 1}));
+    EXPECT_TRUE(frame->performCommand(CommandId::changeFolderDepth, 1));
     EXPECT_EQ(shown, 1);
     EXPECT_EQ(window->windowSettings()->thumbnailsFolderSearchDepth(), 1);
-    frame->performCommand({QStringLiteral("changeFolderDepth"), 0}); // lowering never warns
-    frame->performCommand({QStringLiteral("changeFolderDepth"), 2}); // unticked before: warns again
+    frame->performCommand(CommandId::changeFolderDepth, 0); // lowering never warns
+    frame->performCommand(CommandId::changeFolderDepth, 2); // unticked before: warns again
     EXPECT_EQ(shown, 2);
     ticked = true;
-    frame->performCommand({QStringLiteral("changeFolderDepth"), 3});
+    frame->performCommand(CommandId::changeFolderDepth, 3);
     EXPECT_TRUE(shell.settings()->alertsAndWarnings().testFlag(AlertsAndWarning::folderDepthWarning));
-    frame->performCommand({QStringLiteral("changeFolderDepth"), 4});
+    frame->performCommand(CommandId::changeFolderDepth, 4);
     EXPECT_EQ(shown, 3);
 }
 
@@ -211,61 +237,102 @@ TEST(AppShell, AStaleSocketFromACrashedInstanceDoesNotStopTheNextStart)
     EXPECT_FALSE(later.listen());
 }
 
-TEST(AppShell, EveryMenuCommandIsHandledOrShownUnavailable)
+TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
 {
     ShellFixture shell;
     Delegate app;
+    const CommandRegistry &registry = CommandRegistry::shared();
+    // The table: unique identifiers, each command titled and run by something or shown unavailable.
+    QSet<QString> identifiers;
+    for (const Command &command : registry.commands()) {
+        const std::string name = command.identifier().toStdString();
+        EXPECT_FALSE(command.title().isEmpty()) << name;
+        EXPECT_NE(command.hasHandler(), !command.isAvailable()) << name;
+        EXPECT_FALSE(identifiers.contains(command.identifier())) << name;
+        identifiers.insert(command.identifier());
+        EXPECT_EQ(registry.find(command.identifier()), &command) << name;
+    }
+
+    shell.dir.write(QStringLiteral("photos/one.txt"), "x");
     MainWindowController *window = shell.windows->newMainWindow(shell.photos);
     ASSERT_TRUE(waitUntil([&] { return window->mainViewController()->navigationHistory().currentItem().has_value(); }));
     MainWindowFrame *frame = window->frame();
     frame->validateActions();
-    // The commands that are not available yet, shown disabled; any other disabled command is a
-    // misspelt or unhandled name.
-    const QSet<QString> unavailable = {
-        QStringLiteral("startSlideshowWithSelected"),
-        QStringLiteral("openRenameWindow"),
-        QStringLiteral("changeFinderLabel"),
-        QStringLiteral("openSettings"),
-        QStringLiteral("scaleToFit"),
-        QStringLiteral("fitToScreen"),
-        QStringLiteral("zoomTo200Percent"),
-        QStringLiteral("zoomTo100Percent"),
-        QStringLiteral("zoomTo50Percent"),
-        QStringLiteral("zoomIn"),
-        QStringLiteral("zoomOut"),
-        QStringLiteral("rotate180"),
-        QStringLiteral("rotateClockwise"),
-        QStringLiteral("rotateCounterclockwise"),
-        QStringLiteral("openQuickview"),
-        QStringLiteral("openActivityWindow"),
-        QStringLiteral("startSlideshowWithOpenImageWindows"),
-        QStringLiteral("previousImageWindow"),
-        QStringLiteral("nextImageWindow"),
-        QStringLiteral("openBugReporterWindow"),
-        QStringLiteral("checkForUpdates"),
-    };
-    // Enabled only in some states: a selection, a history, a second tab.
-    const QSet<QString> stateful = {
-        QStringLiteral("back"),
-        QStringLiteral("forward"),
-        QStringLiteral("selectNextTab"),
-        QStringLiteral("selectPreviousTab"),
-        QStringLiteral("changeThumbnailSubfolderGrouping"),
-    };
-    QSet<QString> disabled;
-    for (QAction *action : frame->findChildren<QAction *>()) {
-        const QString command = action->property("command").toString();
-        if (!command.isEmpty() && !action->isEnabled() && !stateful.contains(command))
-            disabled.insert(command);
+
+    // Every item of the menu bar, the toolbar and the pane's context menus stands for a command.
+    QList<CommandAction *> menuBarItems;
+    for (QAction *action : frame->menuBar()->actions())
+        collectCommandItems(action->menu(), menuBarItems);
+    EXPECT_GT(menuBarItems.size(), 100);
+    QList<CommandAction *> toolbarItems;
+    const auto buttons =
+        window->mainViewController()->toolbar()->findChildren<QToolButton *>(QString(), Qt::FindDirectChildrenOnly);
+    for (QToolButton *button : buttons) {
+        if (QAction *action = button->defaultAction()) {
+            auto *item = qobject_cast<CommandAction *>(action);
+            EXPECT_TRUE(item) << action->text().toStdString();
+            toolbarItems.append(item);
+        }
+        collectCommandItems(button->menu(), toolbarItems);
     }
-    // With nothing selected in the grid, its commands on a selection wait for one.
+    EXPECT_GT(toolbarItems.size(), 20);
+
+    // With nothing selected, exactly the commands that are not available yet are disabled, besides
+    // those that wait for a selection, a history, a second tab or a subfolder depth.
+    const auto identifiersOf = [&](std::initializer_list<CommandId> ids) {
+        QSet<QString> names;
+        for (CommandId id : ids)
+            names.insert(registry.command(id).identifier());
+        return names;
+    };
+    const QSet<QString> dependOnState = identifiersOf({
+        CommandId::back,
+        CommandId::forward,
+        CommandId::selectNextTab,
+        CommandId::selectPreviousTab,
+        CommandId::changeThumbnailSubfolderGrouping,
+        CommandId::performOpen,
+        CommandId::openInApp,
+        CommandId::renameFile,
+        CommandId::makeAlias,
+        CommandId::makeSymlink,
+        CommandId::duplicate,
+        CommandId::moveToTrash,
+        CommandId::revealInFileManager,
+        CommandId::flagItem,
+        CommandId::rejectItem,
+        CommandId::clearItemFlag,
+        CommandId::deselectAll,
+        CommandId::selectFlagged,
+        CommandId::selectRejected,
+        CommandId::nextImageInBrowser,
+        CommandId::previousImageInBrowser,
+        CommandId::scrollSelectionToVisible,
+        CommandId::selectAll,
+        CommandId::newFolder,
+    });
     ASSERT_TRUE(window->mainViewController()->selectedFiles().isEmpty());
-    for (const char *command :
-         {"performOpen", "openInApp", "renameFile", "makeAlias", "makeSymlink", "duplicate", "moveToTrash",
-          "revealInFinder", "flagItem", "rejectItem", "clearItemFlag", "deselectAll", "selectFlagged", "selectRejected",
-          "nextImageInBrowser", "previousImageInBrowser", "scrollSelectionToVisible", "selectAll", "newFolder"})
-        disabled.remove(QLatin1String(command));
+    QSet<QString> disabled;
+    QSet<QString> unavailable;
+    for (const CommandAction *item : std::as_const(menuBarItems)) {
+        const Command &command = registry.command(item->commandId());
+        if (!item->isEnabled() && !dependOnState.contains(command.identifier()))
+            disabled.insert(command.identifier());
+        if (!command.isAvailable())
+            unavailable.insert(command.identifier());
+    }
     EXPECT_EQ(disabled, unavailable);
+    EXPECT_TRUE(unavailable.contains(QStringLiteral("zoomIn")));
+
+    ThumbnailsViewController *pane = window->mainViewController()->thumbnailsViewController();
+    ASSERT_TRUE(waitUntil([&] { return !pane->isLoading() && pane->fileCount() > 0; }));
+    for (int index : {-1, 0}) {
+        std::unique_ptr<QMenu> menu(pane->actionHandler()->makeContextMenu(index));
+        ASSERT_TRUE(menu);
+        QList<CommandAction *> items;
+        collectCommandItems(menu.get(), items);
+        EXPECT_GE(items.size(), 4) << index;
+    }
 }
 
 TEST(AppShell, HidingOnDeactivationFollowsTheSetting)

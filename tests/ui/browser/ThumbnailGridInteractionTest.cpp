@@ -1,5 +1,6 @@
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/PreviewView.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
 
 #include "core/model/FileCollectionModel.h"
@@ -38,7 +39,7 @@ struct Pane
         pane.show();
         pane.setSources({PXFile::fileForPath(dir.path())});
         ok = waitUntil([this, count] { return !pane.isLoading() && pane.files().size() == count; });
-        pane.deselectAll();
+        pane.actionHandler()->deselectAll();
     }
     QPoint centre(int index) { return pane.gridView()->visualRect(index).center(); }
     QWidget *viewport() { return pane.gridView()->viewport(); }
@@ -93,7 +94,7 @@ TEST(ThumbnailGridInteraction, MouseAndKeyboardSelectLikeAFileManager)
     QTest::mouseDClick(p.viewport(), Qt::LeftButton, {}, p.centre(7));
     ASSERT_EQ(opened.size(), 2);
     EXPECT_EQ(namesOf(opened.last().first().value<QList<PXFilePtr>>()), QStringList{"f007.txt"});
-    ThumbnailGridDelegate *delegate = &p.pane;
+    ThumbnailGridDelegate *delegate = p.pane.gridView()->delegate();
     std::unique_ptr<QMimeData> drag(delegate->gridMimeDataForDrag({7, 8}));
     ASSERT_EQ(drag->urls().size(), 2);
     EXPECT_EQ(drag->urls().first(), QUrl::fromLocalFile(p.dir.filePath("f007.txt")));
@@ -167,7 +168,7 @@ TEST(ThumbnailGridInteraction, DropsGoToTheFolderUnderThePointerOrTheSectionsFol
 
     QMimeData data;
     data.setUrls(urls);
-    ThumbnailGridDelegate *delegate = &p.pane;
+    ThumbnailGridDelegate *delegate = p.pane.gridView()->delegate();
     ASSERT_EQ(delegate->gridValidateDrop(&data, -1, 1, Qt::AltModifier), Qt::CopyAction);
     ASSERT_TRUE(delegate->gridAcceptDrop(&data, -1, 1, Qt::AltModifier));
     ASSERT_TRUE(waitUntil([&] { return namesOf(p.pane.files()).contains("outside.txt"); }));

@@ -5,6 +5,9 @@
 #include "core/settings/SettingsManager.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
+#include "ui/windows/CommandRegistry.h"
+#include "ui/windows/ThumbnailContextMenu.h"
 
 #include <QAction>
 #include <QDir>
@@ -29,6 +32,15 @@ QStringList namesOf(const QList<PXFilePtr> &files)
 bool settle(ThumbnailsViewController &pane, int count)
 {
     return waitUntil([&] { return !pane.isLoading() && pane.files().size() == count; });
+}
+
+// The menu a right click on item `index` (-1: the background) opens, made as the window makes it.
+QMenu *contextMenu(ThumbnailsViewController &pane, int index)
+{
+    pane.actionHandler()->setContextMenuFactory([](ThumbnailsActionHandler *handler, bool onItems) {
+        return ThumbnailContextMenu::build(handler, onItems, CommandRegistry::shared());
+    });
+    return pane.actionHandler()->makeContextMenu(index);
 }
 
 QStringList menuTitles(QMenu *menu)
@@ -71,7 +83,7 @@ TEST(ThumbnailsViewController, ReportsSelectionAndRestoresItPerSetOfSources)
 
     pane.setSources({b});
     ASSERT_TRUE(settle(pane, 1));
-    pane.selectAll();
+    pane.actionHandler()->selectAll();
     EXPECT_EQ(pane.statusText(), "1 of 1 file selected");
     EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"only.txt"});
 
@@ -88,7 +100,7 @@ TEST(ThumbnailsViewController, ReportsSelectionAndRestoresItPerSetOfSources)
     settings->setThumbnailsFolderSearchDepth(1);
     pane.setSources({a, b});
     ASSERT_TRUE(settle(pane, 61));
-    pane.deselectAll();
+    pane.actionHandler()->deselectAll();
     EXPECT_EQ(pane.statusText(), "2 folders and their subfolders: 61 files");
 }
 
@@ -138,7 +150,7 @@ TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterO
     ASSERT_EQ(namesOf(pane.files()), (QStringList{"notes.txt", "photo.jpg"}));
     pane.selectFiles({pane.files().last()});
 
-    std::unique_ptr<QMenu> items(pane.makeContextMenu(1));
+    std::unique_ptr<QMenu> items(contextMenu(pane, 1));
     EXPECT_EQ(menuTitles(items.get()),
               (QStringList{"Open With",
                            "Open",
@@ -172,12 +184,12 @@ TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterO
     }
 
     // Two files, one of them not an image: no rename, no rotation.
-    pane.selectAll();
-    std::unique_ptr<QMenu> two(pane.makeContextMenu(0));
+    pane.actionHandler()->selectAll();
+    std::unique_ptr<QMenu> two(contextMenu(pane, 0));
     EXPECT_FALSE(menuTitles(two.get()).contains("Edit Filename"));
     EXPECT_TRUE(menuTitles(two.get()).contains("Rotate Clockwise"));
 
-    std::unique_ptr<QMenu> background(pane.makeContextMenu(-1));
+    std::unique_ptr<QMenu> background(contextMenu(pane, -1));
     EXPECT_EQ(menuTitles(background.get()),
               (QStringList{"New Folder", "Batch Rename", "Slideshow With Contents", "Show in File Manager", "-",
                            "Move To", "Tag:"}));
@@ -197,7 +209,7 @@ TEST(ThumbnailsViewController, RenamesInPlaceThroughTheFileLayerAndKeepsTheSelec
     QSignalSpy errors(&pane, &ThumbnailsViewController::errorOccurred);
 
     auto typeName = [&pane](const QString &name) {
-        pane.renameFile();
+        pane.actionHandler()->renameFile();
         auto *editor = pane.gridView()->viewport()->findChild<QLineEdit *>();
         ASSERT_TRUE(editor && pane.gridView()->isEditingName());
         editor->setText(name);
@@ -223,7 +235,7 @@ TEST(ThumbnailsViewController, TellsTheWindowWhenItsFolderIsDeletedWhileShown)
     ThumbnailsViewController pane(std::make_shared<WindowSettings>());
     pane.setSources({shown});
     ASSERT_TRUE(settle(pane, 1));
-    pane.selectAll();
+    pane.actionHandler()->selectAll();
 
     QSignalSpy vanished(&pane, &ThumbnailsViewController::sourceVanished);
     ASSERT_TRUE(QDir(dir.filePath("shown")).removeRecursively());
@@ -242,7 +254,7 @@ TEST(ThumbnailsViewController, FlagCommandsGoThroughTheWindowsFlagStore)
     pane.setSources({PXFile::fileForPath(dir.path())});
     ASSERT_TRUE(settle(pane, 4));
     pane.selectFiles({pane.files().at(1)});
-    EXPECT_FALSE(pane.validateAction("flagItem")); // no store plugged in yet
+    EXPECT_FALSE(pane.actionHandler()->canChangeFlags()); // no store plugged in yet
 
     QHash<PXFilePtr, FileFlag> store;
     pane.setFlagLookup([&store](const PXFilePtr &file) { return store.value(file, FileFlag::none); });
@@ -251,16 +263,16 @@ TEST(ThumbnailsViewController, FlagCommandsGoThroughTheWindowsFlagStore)
                          for (const PXFilePtr &file : files)
                              store.insert(file, flag);
                      });
-    ASSERT_TRUE(pane.validateAction("flagItem"));
-    pane.flagItem();
+    ASSERT_TRUE(pane.actionHandler()->canChangeFlags());
+    pane.actionHandler()->flagItem();
     pane.selectFiles({pane.files().at(2), pane.files().at(3)});
-    pane.rejectItem();
+    pane.actionHandler()->rejectItem();
     pane.selectFiles({pane.files().at(3)});
-    pane.clearItemFlag();
+    pane.actionHandler()->clearItemFlag();
 
-    pane.selectFlagged();
+    pane.actionHandler()->selectFlagged();
     EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"b.txt"});
-    pane.selectRejected();
+    pane.actionHandler()->selectRejected();
     EXPECT_EQ(namesOf(pane.selectedFiles()), QStringList{"c.txt"});
 }
 

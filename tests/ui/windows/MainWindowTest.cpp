@@ -1,10 +1,12 @@
 #include "core/model/FlagManager.h"
 #include "ui/browser/BrowserViewController.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/inspector/InspectorViewController.h"
 #include "ui/sidebar/FolderTreeModel.h"
 #include "ui/sidebar/PathBar.h"
 #include "ui/sidebar/SidebarViewController.h"
+#include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowFrame.h"
 #include "ui/windows/MainWindowViewController.h"
 
@@ -44,7 +46,7 @@ struct OpenWindow
 
     bool command(const char *name, const QVariant &argument = {}) const
     {
-        return frame->performCommand({QLatin1String(name), argument});
+        return frame->performCommand(CommandRegistry::shared().find(QLatin1String(name))->id(), argument);
     }
     void select(const QList<PXFilePtr> &folders) const
     {
@@ -93,7 +95,7 @@ TEST(MainWindow, BackAndForwardShowThePlacesTheSidebarVisited)
     ASSERT_TRUE(window.command("forward"));
     ASSERT_TRUE(waitUntil([&] { return !window.sidebar->isRestoring(); }));
     EXPECT_EQ(window.selectedNames(), QStringList({QStringLiteral("b"), QStringLiteral("c")}));
-    EXPECT_FALSE(window.frame->commandState({QStringLiteral("forward"), {}}).enabled);
+    EXPECT_FALSE(window.frame->commandState(CommandId::forward).enabled);
 
     // A place deeper than what is listed: the folders on the way are listed to reach it.
     window.command("back");
@@ -101,7 +103,7 @@ TEST(MainWindow, BackAndForwardShowThePlacesTheSidebarVisited)
     window.sidebar->showPlace({{shell.folder("photos/b/inner")}, {}, shell.photos});
     ASSERT_TRUE(waitUntil([&] { return !window.sidebar->isRestoring(); }));
     EXPECT_EQ(window.selectedNames(), QStringList({QStringLiteral("inner")}));
-    EXPECT_FALSE(window.frame->commandState({QStringLiteral("forward"), {}}).enabled);
+    EXPECT_FALSE(window.frame->commandState(CommandId::forward).enabled);
 
     // Up one level makes the parent the root and keeps the old root selected.
     ASSERT_TRUE(window.command("changeBaseUpOneLevel"));
@@ -156,8 +158,7 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_EQ(window.view->thumbnailSizeSlider()->value(), 144);
     EXPECT_EQ(window.view->folderDepthSlider()->value(), 2);
     EXPECT_FALSE(window.view->inspectorViewController()->isHidden());
-    EXPECT_TRUE(
-        window.frame->commandState({QStringLiteral("changeBrowserLayout"), int(BrowserLayout::topPreview)}).checked);
+    EXPECT_TRUE(window.frame->commandState(CommandId::changeBrowserLayout, int(BrowserLayout::topPreview)).checked);
 
     // Commands change the settings; changed settings show at once.
     window.command("showHideInspector");
@@ -213,13 +214,13 @@ TEST(MainWindow, FlagsGoToTheSharedStoreAndPaneErrorsReachTheUser)
 
     const PXFilePtr first = pane->files().constFirst();
     pane->selectFiles({first});
-    ASSERT_TRUE(pane->validateAction(QStringLiteral("flagItem")));
-    pane->flagItem();
+    ASSERT_TRUE(pane->actionHandler()->canChangeFlags());
+    pane->actionHandler()->flagItem();
     EXPECT_TRUE(flags.isFlagged(first));
-    pane->rejectItem();
+    pane->actionHandler()->rejectItem();
     EXPECT_TRUE(flags.isRejected(first));
     EXPECT_FALSE(flags.isFlagged(first));
-    pane->clearItemFlag();
+    pane->actionHandler()->clearItemFlag();
     EXPECT_FALSE(flags.isRejected(first));
 
     // A pane error opens a warning over the window; close it as soon as it shows.

@@ -110,9 +110,13 @@ TEST_F(ThumbnailBadInputTest, DamagedFilesGiveWhatDecodesOrACleanFailure)
     png.save(dir.filePath("png-named.jpg"), "PNG");
     EXPECT_EQ(thumbnail(dir.filePath("png-named.jpg")).image.size(), QSize(200, 50));
 
-    // The files that the corpus keeps broken on purpose.
+    // Damaged files kept in tests/data, and those that the corpus keeps broken on purpose.
+    QStringList broken;
+    for (const char *name : {"truncated-in-scan.jpg", "damaged-scan-hole.jpg", "exif-ifd-offset-out-of-range.jpg",
+                             "exif-entry-count-too-large.jpg"})
+        broken.append(TestImages::dataFile(QLatin1String(name)));
     const QString corpus = TestImages::corpusDir() + "/jpg";
-    QStringList broken = {corpus + "/corrupted.jpg"};
+    broken.append(corpus + "/corrupted.jpg");
     for (const QString &name : QDir(corpus + "/invalid").entryList(QDir::Files))
         broken.append(corpus + "/invalid/" + name);
     for (const QString &path : std::as_const(broken)) {

@@ -14,7 +14,8 @@
 #include <gtest/gtest.h>
 
 // Bad files through the whole road of the inspector: read the record, then print every list.
-// Each must give a record or a LoadingError; AddressSanitizer turns any stray read into a failure.
+// Each must give a record or a LoadingError; in the sanitizer builds (CMakePresets.json) any stray
+// read is a failure too.
 
 namespace {
 
@@ -138,11 +139,17 @@ TEST(ImagePropertiesBadInput, oddValuesStayOutOrReadAsText)
     EXPECT_EQ(odd.item->focalLength, 50.0) << "one bad value does not spoil the others";
 }
 
-TEST(ImagePropertiesBadInput, corpusFilesBrokenOnPurpose)
+TEST(ImagePropertiesBadInput, damagedAndCorpusFiles)
 {
+    // The checked-in damaged files always, the camera corpus when it is beside the checkout.
+    for (const char *name : {"truncated-in-scan.jpg", "damaged-scan-hole.jpg", "exif-ifd-offset-out-of-range.jpg",
+                             "exif-entry-count-too-large.jpg", "small-with-thumbnail.heic"}) {
+        const Outcome outcome = readAndShow(TestImages::dataFile(QLatin1String(name)));
+        EXPECT_TRUE(outcome.item) << name << ": " << qPrintable(outcome.reason);
+    }
     const QString corpus = TestImages::corpusDir();
     if (corpus.isEmpty())
-        GTEST_SKIP() << "camera corpus not found";
+        return;
     QDirIterator it(corpus, QDir::Files, QDirIterator::Subdirectories);
     int read = 0;
     while (it.hasNext()) {

@@ -1,4 +1,4 @@
-#include "ui/app/ThemeIcons.h"
+#include "ui/common/ThemeIcons.h"
 
 #include <QApplication>
 

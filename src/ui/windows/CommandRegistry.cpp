@@ -1,0 +1,263 @@
+#include "ui/windows/CommandRegistry.h"
+
+#include "ui/browser/ThumbnailsActionHandler.h"
+#include "ui/windows/MainWindowActionHandler.h"
+#include "ui/windows/MainWindowFrame.h"
+
+#include <QMetaEnum>
+
+// Titles are translated in the context "Commands" when they are shown.
+#define TITLE(text) QT_TRANSLATE_NOOP("Commands", text)
+
+namespace {
+CommandRegistry *installedRegistry = nullptr;
+}
+
+CommandRegistry::CommandRegistry()
+{
+    const QMetaEnum ids = QMetaEnum::fromType<CommandId>();
+    m_commands.resize(size_t(ids.keyCount()));
+    declareApplicationCommands();
+    declareFrameCommands();
+    declareWindowCommands();
+    declarePaneCommands();
+    // A command left out of the table, or declared twice, is a programming error.
+    for (int i = 0; i < ids.keyCount(); ++i) {
+        if (m_commands[size_t(i)].id() != CommandId(i) || m_commands[size_t(i)].identifier().isEmpty())
+            qFatal("The command %s is not declared in the command registry.", ids.valueToKey(i));
+    }
+}
+
+CommandRegistry &CommandRegistry::shared()
+{
+    if (installedRegistry)
+        return *installedRegistry;
+    static auto *own = new CommandRegistry;
+    return *own;
+}
+
+void CommandRegistry::setShared(CommandRegistry *registry)
+{
+    installedRegistry = registry;
+}
+
+const Command *CommandRegistry::find(const QString &identifier) const
+{
+    bool ok = false;
+    const int id = QMetaEnum::fromType<CommandId>().keyToValue(identifier.toLatin1().constData(), &ok);
+    return ok ? &m_commands[size_t(id)] : nullptr;
+}
+
+Command &CommandRegistry::bindApplicationCommand(CommandId id)
+{
+    Command &command = m_commands[size_t(id)];
+    if (command.owner() != CommandOwner::application || !command.isAvailable())
+        qFatal("%s is not an available application command.", qPrintable(command.identifier()));
+    return command;
+}
+
+Command &CommandRegistry::add(CommandId id, const char *title)
+{
+    Command &command = m_commands[size_t(id)];
+    if (!command.identifier().isEmpty())
+        qFatal("The command %s is declared twice.", qPrintable(command.identifier()));
+    command = Command(id, title);
+    return command;
+}
+
+void CommandRegistry::declareApplicationCommands()
+{
+    const CommandOwner app = CommandOwner::application;
+    add(CommandId::newMainWindow, TITLE("New Window")).key(QKeySequence::New).ownedBy(app);
+    add(CommandId::newMainWindowTab, TITLE("New Tab")).key(QKeySequence::AddTab).ownedBy(app);
+    add(CommandId::openAboutWindow, TITLE("About Pixcove")).ownedBy(app);
+    add(CommandId::goToSite, TITLE("Pixcove Website")).ownedBy(app);
+    add(CommandId::goToReleaseNotes, TITLE("Release Notes")).ownedBy(app);
+    add(CommandId::terminate, TITLE("Quit")).key(QKeySequence::Quit).ownedBy(app);
+    // Windows that do not exist yet.
+    add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
+    add(CommandId::openActivityWindow, TITLE("Activity")).unavailable();
+    add(CommandId::openQuickview, TITLE("Quick View")).key(Qt::CTRL | Qt::Key_Y).unavailable();
+    add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).unavailable();
+    add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
+    add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();
+    add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).unavailable();
+    add(CommandId::startSlideshowWithOpenImageWindows, TITLE("Slideshow With Open Image Windows")).unavailable();
+    add(CommandId::previousImageWindow, TITLE("Previous Image Window")).unavailable();
+    add(CommandId::nextImageWindow, TITLE("Next Image Window")).unavailable();
+    add(CommandId::checkForUpdates, TITLE("Check for Updates…")).unavailable();
+}
+
+void CommandRegistry::declareFrameCommands()
+{
+    using F = MainWindowFrame;
+    add(CommandId::performClose, TITLE("Close")).key(QKeySequence::Close).on(&F::performClose, &F::hasCurrentWindow);
+    add(CommandId::toggleFullScreen, TITLE("Full Screen"))
+        .key(QKeySequence::FullScreen)
+        .checkable()
+        .on(&F::toggleFullScreen, &F::toggleFullScreenState);
+    add(CommandId::selectNextTab, TITLE("Next Tab"))
+        .key(QKeySequence::NextChild)
+        .on(&F::selectNextTab, &F::hasSeveralTabs);
+    add(CommandId::selectPreviousTab, TITLE("Previous Tab"))
+        .key(QKeySequence::PreviousChild)
+        .on(&F::selectPreviousTab, &F::hasSeveralTabs);
+    add(CommandId::openWithApplication, TITLE("Open With")).on(&F::openWithApplication, &F::hasSelection);
+}
+
+void CommandRegistry::declareWindowCommands()
+{
+    using W = MainWindowActionHandler;
+    // Showing and hiding parts.
+    add(CommandId::showHideSidebar, TITLE("Show Sidebar"))
+        .key(Qt::CTRL | Qt::ALT | Qt::Key_B)
+        .checkable()
+        .on(&W::showHideSidebar, &W::showHideSidebarState);
+    add(CommandId::showHideInspector, TITLE("Show Inspector"))
+        .key(Qt::CTRL | Qt::Key_I)
+        .checkable()
+        .on(&W::showHideInspector, &W::showHideInspectorState);
+    add(CommandId::showHideFavorites, TITLE("Show Favorites"))
+        .checkable()
+        .on(&W::showHideFavorites, &W::showHideFavoritesState);
+    add(CommandId::changeBrowserLayout, TITLE("Layout"))
+        .checkable()
+        .on(&W::changeBrowserLayout, &W::changeBrowserLayoutState);
+    add(CommandId::toggleThumbnailInfo, TITLE("Show Thumbnail Information"))
+        .key(Qt::CTRL | Qt::Key_J)
+        .checkable()
+        .on(&W::toggleThumbnailInfo, &W::toggleThumbnailInfoState);
+    add(CommandId::showThumbInfo, TITLE("Thumbnail Information"))
+        .checkable()
+        .on(&W::showThumbInfo, &W::showThumbInfoState);
+    add(CommandId::inspectorDoubleClicked, TITLE("Open Inspector")).on(&W::inspectorDoubleClicked);
+
+    // Navigation.
+    add(CommandId::back, TITLE("Back")).key(QKeySequence::Back).on(&W::back, &W::canGoBack);
+    add(CommandId::forward, TITLE("Forward")).key(QKeySequence::Forward).on(&W::forward, &W::canGoForward);
+    add(CommandId::backForward, TITLE("Back or Forward")).on(&W::backForward, &W::canGoBackOrForward);
+    add(CommandId::changeBaseUpOneLevel, TITLE("Enclosing Folder"))
+        .key(Qt::ALT | Qt::Key_Up)
+        .on(&W::changeBaseUpOneLevel, &W::rootHasParent);
+    add(CommandId::changeSidebarSourceFromTree, TITLE("Make Selected Folder the Root"))
+        .key(Qt::ALT | Qt::Key_Down)
+        .on(&W::changeSidebarSourceFromTree, &W::hasFolderSelection);
+    add(CommandId::changeSidebarSource, TITLE("Go to Folder…"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_G)
+        .on(&W::changeSidebarSource);
+    add(CommandId::expandSelected, TITLE("Expand Selected Folders"))
+        .key(Qt::CTRL | Qt::Key_Right)
+        .on(&W::expandSelected, &W::hasFolderSelection);
+    add(CommandId::collapseSelected, TITLE("Collapse Selected Folders"))
+        .key(Qt::CTRL | Qt::Key_Left)
+        .on(&W::collapseSelected, &W::hasFolderSelection);
+
+    // The thumbnails' settings.
+    add(CommandId::changeThumbnailSize, TITLE("Thumbnail Size"))
+        .key(QKeySequence::ZoomIn, 1)
+        .key(QKeySequence::ZoomOut, -1)
+        .on(&W::changeThumbnailSize, &W::changeThumbnailSizeState);
+    add(CommandId::changeFolderDepth, TITLE("Subfolders"))
+        .checkable()
+        .on(&W::changeFolderDepth, &W::changeFolderDepthState);
+    add(CommandId::changeThumbnailFileSort, TITLE("Sort By"))
+        .checkable()
+        .on(&W::changeThumbnailFileSort, &W::changeThumbnailFileSortState);
+    add(CommandId::changeThumbnailReverseSort, TITLE("Reverse Order"))
+        .checkable()
+        .on(&W::changeThumbnailReverseSort, &W::changeThumbnailReverseSortState);
+    add(CommandId::changeThumbnailFolderSort, TITLE("Folder Order"))
+        .checkable()
+        .on(&W::changeThumbnailFolderSort, &W::changeThumbnailFolderSortState);
+    add(CommandId::changeThumbnailSubfolderGrouping, TITLE("Subfolder Grouping"))
+        .checkable()
+        .on(&W::changeThumbnailSubfolderGrouping, &W::changeThumbnailSubfolderGroupingState);
+    add(CommandId::changeThumbnailFileFilter, TITLE("Show"))
+        .checkable()
+        .on(&W::changeThumbnailFileFilter, &W::changeThumbnailFileFilterState);
+    add(CommandId::changeThumbnailHideFolders, TITLE("Hide Folders"))
+        .checkable()
+        .on(&W::changeThumbnailHideFolders, &W::changeThumbnailHideFoldersState);
+    add(CommandId::filterThumbnails, TITLE("Find")).key(QKeySequence::Find).on(&W::filterThumbnails);
+    add(CommandId::setThumbnailViewSearchCategory, TITLE("Search By"))
+        .checkable()
+        .on(&W::setThumbnailViewSearchCategory, &W::setThumbnailViewSearchCategoryState);
+    add(CommandId::thumbnailViewSearch, TITLE("Search")).on(&W::thumbnailViewSearch);
+
+    // The sidebar's settings.
+    add(CommandId::changeSidebarFileSort, TITLE("Sidebar Sort By"))
+        .checkable()
+        .on(&W::changeSidebarFileSort, &W::changeSidebarFileSortState);
+    add(CommandId::changeSidebarReverseSort, TITLE("Reverse Sidebar Order"))
+        .checkable()
+        .on(&W::changeSidebarReverseSort, &W::changeSidebarReverseSortState);
+    add(CommandId::changeSidebarFileFilter, TITLE("Sidebar Shows"))
+        .checkable()
+        .on(&W::changeSidebarFileFilter, &W::changeSidebarFileFilterState);
+    add(CommandId::changeSidebarInfo, TITLE("Sidebar Counts"))
+        .checkable()
+        .on(&W::changeSidebarInfo, &W::changeSidebarInfoState);
+
+    // The embedded viewer, which does not exist yet.
+    add(CommandId::scaleToFit, TITLE("Scale to Fit")).key(Qt::CTRL | Qt::Key_0).unavailable();
+    add(CommandId::fitToScreen, TITLE("Fit to Screen")).unavailable();
+    add(CommandId::zoomTo200Percent, TITLE("Zoom to 200%")).unavailable();
+    add(CommandId::zoomTo100Percent, TITLE("Zoom to 100%")).key(Qt::CTRL | Qt::Key_1).unavailable();
+    add(CommandId::zoomTo50Percent, TITLE("Zoom to 50%")).unavailable();
+    add(CommandId::zoomIn, TITLE("Zoom In")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus).unavailable();
+    add(CommandId::zoomOut, TITLE("Zoom Out")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus).unavailable();
+    add(CommandId::rotate180, TITLE("Rotate 180°")).unavailable();
+    add(CommandId::rotateClockwise, TITLE("Rotate Clockwise")).key(Qt::CTRL | Qt::Key_R).unavailable();
+    add(CommandId::rotateCounterclockwise, TITLE("Rotate Counterclockwise")).key(Qt::CTRL | Qt::Key_L).unavailable();
+}
+
+void CommandRegistry::declarePaneCommands()
+{
+    using P = ThumbnailsActionHandler;
+    add(CommandId::performOpen, TITLE("Open")).key(QKeySequence::Open).on(&P::performOpen, &P::hasSelection);
+    add(CommandId::openInApp, TITLE("Open in Default App"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_O)
+        .on(&P::openInApp, &P::hasSelection);
+    add(CommandId::openWithMenuAction, TITLE("Open With")).on(&P::openWithMenuAction);
+    add(CommandId::selectAll, TITLE("Select All")).key(QKeySequence::SelectAll).on(&P::selectAll, &P::hasFiles);
+    add(CommandId::deselectAll, TITLE("Deselect All"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_A)
+        .on(&P::deselectAll, &P::hasSelection);
+    add(CommandId::renameFile, TITLE("Edit Filename")).key(Qt::Key_F2).on(&P::renameFile, &P::canRename);
+    add(CommandId::makeAlias, TITLE("Make Alias")).on(&P::makeAlias, &P::canStartActivities);
+    add(CommandId::makeSymlink, TITLE("Make Symbolic Link")).on(&P::makeSymlink, &P::canStartActivities);
+    add(CommandId::duplicate, TITLE("Duplicate")).key(Qt::CTRL | Qt::Key_D).on(&P::duplicate, &P::canStartActivities);
+    add(CommandId::moveToTrash, TITLE("Move to Trash")).key(Qt::Key_Delete).on(&P::moveToTrash, &P::canStartActivities);
+    add(CommandId::revealInFileManager, TITLE("Show in File Manager"))
+        .key(Qt::CTRL | Qt::ALT | Qt::Key_R)
+        .on(&P::revealInFileManager, &P::hasSelection);
+    add(CommandId::newFolder, TITLE("New Folder"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_N)
+        .on(&P::newFolder, &P::canMakeFolder);
+    add(CommandId::flagItem, TITLE("Flag")).key(Qt::Key_P).on(&P::flagItem, &P::canChangeFlags);
+    add(CommandId::rejectItem, TITLE("Reject")).key(Qt::Key_X).on(&P::rejectItem, &P::canChangeFlags);
+    add(CommandId::clearItemFlag, TITLE("Clear Flag")).key(Qt::Key_U).on(&P::clearItemFlag, &P::canChangeFlags);
+    add(CommandId::selectFlagged, TITLE("Select Flagged")).on(&P::selectFlagged, &P::canSelectByFlag);
+    add(CommandId::selectRejected, TITLE("Select Rejected")).on(&P::selectRejected, &P::canSelectByFlag);
+    add(CommandId::nextImageInBrowser, TITLE("Next Image"))
+        .key(Qt::CTRL | Qt::Key_BracketRight)
+        .on(&P::nextImageInBrowser, &P::hasFiles);
+    add(CommandId::previousImageInBrowser, TITLE("Previous Image"))
+        .key(Qt::CTRL | Qt::Key_BracketLeft)
+        .on(&P::previousImageInBrowser, &P::hasFiles);
+    add(CommandId::scrollSelectionToVisible, TITLE("Show Selection"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_L)
+        .on(&P::scrollSelectionToVisible, &P::hasSelection);
+    // Activities, slideshows, colour labels and volumes, which the pane does not run yet.
+    add(CommandId::moveToMenuAction, TITLE("Move To")).unavailable();
+    add(CommandId::revealOriginal, TITLE("Reveal Original")).unavailable();
+    add(CommandId::ejectSelected, TITLE("Eject")).unavailable();
+    add(CommandId::changeFinderLabel, TITLE("Label:")).unavailable();
+    add(CommandId::startSlideshow, TITLE("Slideshow With Selected")).unavailable();
+    add(CommandId::startSlideshowWithSelected, TITLE("Slideshow With Selected"))
+        .key(Qt::CTRL | Qt::ALT | Qt::Key_S)
+        .unavailable();
+    add(CommandId::startSlideshowInFolder, TITLE("Slideshow With Contents")).unavailable();
+    add(CommandId::rotateClockwisePermanent, TITLE("Rotate Clockwise")).unavailable();
+    add(CommandId::rotateCounterclockwisePermanent, TITLE("Rotate Counterclockwise")).unavailable();
+}
