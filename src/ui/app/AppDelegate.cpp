@@ -11,7 +11,7 @@
 #include "ui/app/ServicesProvider.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
-#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/TabbedWindow.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -160,9 +160,9 @@ void AppDelegate::applicationShouldHandleReopen()
         m_mainWindowsManager->newMainWindow();
         return;
     }
-    if (MainWindowController *front = m_mainWindowsManager->frontMainWindow(); front && front->frame()) {
-        front->frame()->raise();
-        front->frame()->activateWindow();
+    if (MainWindowController *front = m_mainWindowsManager->frontMainWindow(); front && front->tabbedWindow()) {
+        front->tabbedWindow()->raise();
+        front->tabbedWindow()->activateWindow();
     }
 }
 

@@ -5,7 +5,7 @@
 #include "ui/app/AuxiliaryWindowsManager.h"
 #include "ui/app/WarningsManager.h"
 #include "ui/windows/MainWindowController.h"
-#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/TabbedWindow.h"
 
 #include <QApplication>
 
@@ -37,10 +37,10 @@ MainWindowController *MainWindowsManager::frontMainWindow() const
 {
     if (m_windowControllers.isEmpty())
         return nullptr;
-    if (auto *frame = qobject_cast<MainWindowFrame *>(QApplication::activeWindow()))
-        return frame->currentController();
-    // Without an active window (another application has the focus) the last raised frame counts.
-    MainWindowFrame *front = MainWindowFrame::lastActivated();
+    if (auto *window = qobject_cast<TabbedWindow *>(QApplication::activeWindow()))
+        return window->currentController();
+    // Without an active window (another application has the focus) the last raised tabbed window counts.
+    TabbedWindow *front = TabbedWindow::lastActivated();
     if (front && front->currentController())
         return front->currentController();
     return m_windowControllers.last();
@@ -60,16 +60,16 @@ MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, b
     m_windowControllers.append(controller);
     // A window opened while the front one is in full screen joins it: a new top-level window
     // would open behind the full-screen one.
-    if ((asTab || (front && front->isFullscreen())) && front && front->frame()) {
-        front->frame()->addController(controller);
+    if ((asTab || (front && front->isFullscreen())) && front && front->tabbedWindow()) {
+        front->tabbedWindow()->addController(controller);
     } else {
-        auto *frame = new MainWindowFrame;
-        frame->addController(controller);
-        if (front && front->frame())
-            frame->resize(front->frame()->size());
-        frame->show();
-        frame->raise();
-        frame->activateWindow();
+        auto *window = new TabbedWindow;
+        window->addController(controller);
+        if (front && front->tabbedWindow())
+            window->resize(front->tabbedWindow()->size());
+        window->show();
+        window->raise();
+        window->activateWindow();
     }
     Q_EMIT windowControllersChanged();
     return controller;
@@ -78,7 +78,7 @@ MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, b
 bool MainWindowsManager::hasVisibleWindows() const
 {
     for (MainWindowController *controller : m_windowControllers) {
-        if (controller->frame() && controller->frame()->isVisible() && !controller->frame()->isMinimized())
+        if (controller->tabbedWindow() && controller->tabbedWindow()->isVisible() && !controller->tabbedWindow()->isMinimized())
             return true;
     }
     return false;

@@ -11,11 +11,11 @@
 
 class AppSettings;
 class MainWindowController;
-class MainWindowFrame;
+class TabbedWindow;
 
 // Keeps the open main windows alive, in the order they were opened, and opens new ones: each gets
 // its own duplicate of the front window's settings, else of the first saved window settings, else
-// of the defaults. A new window joins the front window's frame as a tab when asked to. It is the
+// of the defaults. A new window joins the front window's tabbed window as a tab when asked to. It is the
 // windows' host: their warnings and selections go to the shared managers.
 class MainWindowsManager : public QObject, public WindowManager, public MainWindowHost
 {
@@ -28,7 +28,7 @@ public:
     static void setShared(MainWindowsManager *manager); // not owned; null goes back to the process's own
 
     const QList<MainWindowController *> &windowControllers() const { return m_windowControllers; }
-    // The main window whose frame is in front (the active one, else the most recently raised).
+    // The main window whose tabbed window is in front (the active one, else the most recently raised).
     MainWindowController *frontMainWindow() const;
     // Opens a main window showing `file` (a folder: that folder; a file: its folder), else the
     // template's place.

@@ -123,7 +123,7 @@ using CommandId = Commands::Id;
 
 // The object that runs a command: the tabbed top-level window, the content of its current tab,
 // that content's thumbnail pane, or the application.
-enum class CommandOwner { frame, window, pane, application };
+enum class CommandOwner { tabbedWindow, window, pane, application };
 
 // What a command takes besides the window it was sent from: nothing, a number (the value of a
 // choice, a step) or a text (a path, a search).

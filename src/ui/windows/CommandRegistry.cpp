@@ -2,7 +2,7 @@
 
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/windows/MainWindowActionHandler.h"
-#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/TabbedWindow.h"
 
 #include <QMetaEnum>
 
@@ -90,7 +90,7 @@ void CommandRegistry::declareApplicationCommands()
 
 void CommandRegistry::declareFrameCommands()
 {
-    using F = MainWindowFrame;
+    using F = TabbedWindow;
     add(CommandId::performClose, TITLE("Close")).key(QKeySequence::Close).on(&F::performClose, &F::hasCurrentWindow);
     add(CommandId::toggleFullScreen, TITLE("Full Screen"))
         .key(QKeySequence::FullScreen)

@@ -2,7 +2,7 @@
 
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
-#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/TabbedWindow.h"
 #include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/WindowManager.h"
 
@@ -25,17 +25,17 @@ MainWindowController::~MainWindowController()
 
 bool MainWindowController::isCurrentlyKey() const
 {
-    return m_frame && m_frame->isActiveWindow() && m_frame->currentController() == this;
+    return m_tabbedWindow && m_tabbedWindow->isActiveWindow() && m_tabbedWindow->currentController() == this;
 }
 
 bool MainWindowController::isShown() const
 {
-    return m_frame && m_frame->isVisible();
+    return m_tabbedWindow && m_tabbedWindow->isVisible();
 }
 
 bool MainWindowController::isFullscreen() const
 {
-    return m_frame && m_frame->isFullScreen();
+    return m_tabbedWindow && m_tabbedWindow->isFullScreen();
 }
 
 QString MainWindowController::title() const

@@ -6,13 +6,13 @@
 #include <QObject>
 #include <QPointer>
 
-class MainWindowFrame;
+class TabbedWindow;
 class MainWindowHost;
 class MainWindowViewController;
 class WindowManager;
 
 // One main window: its own window settings (a duplicate made for it), the view controller that
-// lays out sidebar, browser and inspector, and the frame (top-level window) whose tab it is.
+// lays out sidebar, browser and inspector, and the tabbed window (top-level window) whose tab it is.
 //
 // Closing writes the window's layout into its settings, tells the manager that created it, and
 // makes these settings the only saved window settings, so that the window closed last is the one
@@ -29,8 +29,8 @@ public:
 
     const WindowSettingsPtr &windowSettings() const { return m_windowSettings; }
     MainWindowViewController *mainViewController() const;
-    MainWindowFrame *frame() const { return m_frame; }
-    void setFrame(MainWindowFrame *frame) { m_frame = frame; }
+    TabbedWindow *tabbedWindow() const { return m_tabbedWindow; }
+    void setTabbedWindow(TabbedWindow *window) { m_tabbedWindow = window; }
 
     bool isCurrentlyKey() const;
     bool isShown() const;
@@ -49,8 +49,8 @@ Q_SIGNALS:
 
 private:
     WindowSettingsPtr m_windowSettings;
-    QPointer<MainWindowViewController> m_mainViewController; // a child of its frame while it has one
+    QPointer<MainWindowViewController> m_mainViewController; // a child of its tabbed window while it has one
     WindowManager *m_delegate;
-    QPointer<MainWindowFrame> m_frame;
+    QPointer<TabbedWindow> m_tabbedWindow;
     bool m_closed = false;
 };

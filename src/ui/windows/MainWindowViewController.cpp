@@ -393,7 +393,7 @@ QObject *MainWindowViewController::ownerObject(CommandOwner owner) const
     switch (owner) {
     case CommandOwner::window: return m_actionHandler;
     case CommandOwner::pane: return thumbnailsViewController()->actionHandler();
-    case CommandOwner::frame:
+    case CommandOwner::tabbedWindow:
     case CommandOwner::application: break;
     }
     return nullptr;

@@ -6,7 +6,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
-#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/TabbedWindow.h"
 #include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/ValidatingToolbar.h"
 
@@ -182,18 +182,18 @@ TEST(AppShell, FolderDepthWarningStaysAwayOnceDismissedTicked)
         return ticked;
     });
     MainWindowController *window = shell.windows->newMainWindow(shell.photos);
-    MainWindowFrame *frame = window->frame();
+    TabbedWindow *tabbedWindow = window->tabbedWindow();
 
-    EXPECT_TRUE(frame->performCommand(CommandId::changeFolderDepth, 1));
+    EXPECT_TRUE(tabbedWindow->performCommand(CommandId::changeFolderDepth, 1));
     EXPECT_EQ(shown, 1);
     EXPECT_EQ(window->windowSettings()->thumbnailsFolderSearchDepth(), 1);
-    frame->performCommand(CommandId::changeFolderDepth, 0); // lowering never warns
-    frame->performCommand(CommandId::changeFolderDepth, 2); // unticked before: warns again
+    tabbedWindow->performCommand(CommandId::changeFolderDepth, 0); // lowering never warns
+    tabbedWindow->performCommand(CommandId::changeFolderDepth, 2); // unticked before: warns again
     EXPECT_EQ(shown, 2);
     ticked = true;
-    frame->performCommand(CommandId::changeFolderDepth, 3);
+    tabbedWindow->performCommand(CommandId::changeFolderDepth, 3);
     EXPECT_TRUE(shell.settings()->alertsAndWarnings().testFlag(AlertsAndWarning::folderDepthWarning));
-    frame->performCommand(CommandId::changeFolderDepth, 4);
+    tabbedWindow->performCommand(CommandId::changeFolderDepth, 4);
     EXPECT_EQ(shown, 3);
 }
 
@@ -256,12 +256,12 @@ TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
     shell.dir.write(QStringLiteral("photos/one.txt"), "x");
     MainWindowController *window = shell.windows->newMainWindow(shell.photos);
     ASSERT_TRUE(waitUntil([&] { return window->mainViewController()->navigationHistory().currentItem().has_value(); }));
-    MainWindowFrame *frame = window->frame();
-    frame->validateActions();
+    TabbedWindow *tabbedWindow = window->tabbedWindow();
+    tabbedWindow->validateActions();
 
     // Every item of the menu bar, the toolbar and the pane's context menus stands for a command.
     QList<CommandAction *> menuBarItems;
-    for (QAction *action : frame->menuBar()->actions())
+    for (QAction *action : tabbedWindow->menuBar()->actions())
         collectCommandItems(action->menu(), menuBarItems);
     EXPECT_GT(menuBarItems.size(), 100);
     QList<CommandAction *> toolbarItems;
@@ -340,12 +340,12 @@ TEST(AppShell, HidingOnDeactivationFollowsTheSetting)
     ShellFixture shell;
     Delegate app;
     MainWindowController *window = shell.windows->newMainWindow(shell.photos);
-    ASSERT_TRUE(window->frame()->isVisible());
+    ASSERT_TRUE(window->tabbedWindow()->isVisible());
     app.delegate.applicationDidResignActive();
-    EXPECT_TRUE(window->frame()->isVisible());
+    EXPECT_TRUE(window->tabbedWindow()->isVisible());
     shell.settings()->setHideOnDeactivate(true);
     app.delegate.applicationDidResignActive();
-    EXPECT_FALSE(window->frame()->isVisible());
+    EXPECT_FALSE(window->tabbedWindow()->isVisible());
     EXPECT_FALSE(shell.windows->hasVisibleWindows());
     // Starting again brings a window back: a new one, since none is visible.
     app.delegate.applicationShouldHandleReopen();

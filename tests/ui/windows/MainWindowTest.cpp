@@ -7,7 +7,7 @@
 #include "ui/sidebar/PathBar.h"
 #include "ui/sidebar/SidebarViewController.h"
 #include "ui/windows/CommandRegistry.h"
-#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/TabbedWindow.h"
 #include "ui/windows/MainWindowViewController.h"
 
 #include "core/model/PXFile.h"
@@ -33,20 +33,20 @@ struct OpenWindow
     MainWindowController *controller;
     MainWindowViewController *view;
     SidebarViewController *sidebar;
-    MainWindowFrame *frame;
+    TabbedWindow *tabbedWindow;
 
     explicit OpenWindow(MainWindowController *window)
         : controller(window)
         , view(window->mainViewController())
         , sidebar(view->sidebarViewController())
-        , frame(window->frame())
+        , tabbedWindow(window->tabbedWindow())
     {
         EXPECT_TRUE(waitUntil([this] { return !sidebar->isRestoring(); }));
     }
 
     bool command(const char *name, const QVariant &argument = {}) const
     {
-        return frame->performCommand(CommandRegistry::shared().find(QLatin1String(name))->id(), argument);
+        return tabbedWindow->performCommand(CommandRegistry::shared().find(QLatin1String(name))->id(), argument);
     }
     void select(const QList<PXFilePtr> &folders) const
     {
@@ -95,7 +95,7 @@ TEST(MainWindow, BackAndForwardShowThePlacesTheSidebarVisited)
     ASSERT_TRUE(window.command("forward"));
     ASSERT_TRUE(waitUntil([&] { return !window.sidebar->isRestoring(); }));
     EXPECT_EQ(window.selectedNames(), QStringList({QStringLiteral("b"), QStringLiteral("c")}));
-    EXPECT_FALSE(window.frame->commandState(CommandId::forward).enabled);
+    EXPECT_FALSE(window.tabbedWindow->commandState(CommandId::forward).enabled);
 
     // A place deeper than what is listed: the folders on the way are listed to reach it.
     window.command("back");
@@ -103,7 +103,7 @@ TEST(MainWindow, BackAndForwardShowThePlacesTheSidebarVisited)
     window.sidebar->showPlace({{shell.folder("photos/b/inner")}, {}, shell.photos});
     ASSERT_TRUE(waitUntil([&] { return !window.sidebar->isRestoring(); }));
     EXPECT_EQ(window.selectedNames(), QStringList({QStringLiteral("inner")}));
-    EXPECT_FALSE(window.frame->commandState(CommandId::forward).enabled);
+    EXPECT_FALSE(window.tabbedWindow->commandState(CommandId::forward).enabled);
 
     // Up one level makes the parent the root and keeps the old root selected.
     ASSERT_TRUE(window.command("changeBaseUpOneLevel"));
@@ -152,13 +152,13 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     OpenWindow window(shell.windows->newMainWindow());
     const WindowSettingsPtr settings = window.controller->windowSettings();
     EXPECT_NE(settings, saved); // a duplicate: two windows never share one object
-    window.frame->resize(1200, 700);
+    window.tabbedWindow->resize(1200, 700);
     window.view->resize(1200, 700);
     EXPECT_EQ(window.selectedNames(), QStringList({QStringLiteral("c")}));
     EXPECT_EQ(window.view->thumbnailSizeSlider()->value(), 144);
     EXPECT_EQ(window.view->folderDepthSlider()->value(), 2);
     EXPECT_FALSE(window.view->inspectorViewController()->isHidden());
-    EXPECT_TRUE(window.frame->commandState(CommandId::changeBrowserLayout, int(BrowserLayout::topPreview)).checked);
+    EXPECT_TRUE(window.tabbedWindow->commandState(CommandId::changeBrowserLayout, int(BrowserLayout::topPreview)).checked);
 
     // Commands change the settings; changed settings show at once.
     window.command("showHideInspector");
@@ -171,16 +171,16 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     settings->setSidebarCollapsed(true);
     EXPECT_TRUE(window.view->sidebarViewController()->isHidden());
     window.command("changeThumbnailFileSort", int(FileSortType::exifDate));
-    window.frame->validateActions();
+    window.tabbedWindow->validateActions();
     EXPECT_TRUE(
-        window.frame->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::exifDate))->isChecked());
-    EXPECT_FALSE(window.frame->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::name))->isChecked());
+        window.tabbedWindow->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::exifDate))->isChecked());
+    EXPECT_FALSE(window.tabbedWindow->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::name))->isChecked());
     // Commands that are not available yet are shown disabled.
-    EXPECT_FALSE(window.frame->action(QStringLiteral("zoomIn"))->isEnabled());
+    EXPECT_FALSE(window.tabbedWindow->action(QStringLiteral("zoomIn"))->isEnabled());
 
     // A second window starts as a copy of the front one and goes its own way.
     OpenWindow second(shell.windows->newMainWindow({}, true));
-    EXPECT_EQ(second.frame, window.frame);
+    EXPECT_EQ(second.tabbedWindow, window.tabbedWindow);
     EXPECT_EQ(second.controller->windowSettings()->thumbnailSize(), 96);
     second.command("changeThumbnailSize", -1);
     EXPECT_EQ(settings->thumbnailSize(), 96);
@@ -199,7 +199,7 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_EQ(reread->thumbnailSize(), 96);
     EXPECT_EQ(reread->thumbnailsFileSort(), FileSortType::exifDate);
     EXPECT_TRUE(reread->sidebarCollapsed());
-    EXPECT_EQ(second.frame->controllers().size(), 1);
+    EXPECT_EQ(second.tabbedWindow->controllers().size(), 1);
 }
 
 TEST(MainWindow, FlagsGoToTheSharedStoreAndPaneErrorsReachTheUser)

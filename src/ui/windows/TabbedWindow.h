@@ -19,17 +19,17 @@ class QTimer;
 // this window, the current tab's content or its thumbnail pane, or the application; their
 // enabled and checked states are validated when a menu opens and whenever the current window says
 // its commands changed.
-class MainWindowFrame : public QMainWindow
+class TabbedWindow : public QMainWindow
 {
     Q_OBJECT
 public:
-    static constexpr CommandOwner commandOwner = CommandOwner::frame;
+    static constexpr CommandOwner commandOwner = CommandOwner::tabbedWindow;
 
-    explicit MainWindowFrame(QWidget *parent = nullptr);
-    ~MainWindowFrame() override;
+    explicit TabbedWindow(QWidget *parent = nullptr);
+    ~TabbedWindow() override;
 
-    // The frame that was active last (null when none is open).
-    static MainWindowFrame *lastActivated();
+    // The tabbed window that was active last (null when none is open).
+    static TabbedWindow *lastActivated();
 
     void addController(MainWindowController *controller);
     MainWindowController *currentController() const;

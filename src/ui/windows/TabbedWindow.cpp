@@ -1,4 +1,4 @@
-#include "ui/windows/MainWindowFrame.h"
+#include "ui/windows/TabbedWindow.h"
 
 #include "core/app/Log.h"
 #include "core/fs/Applications.h"
@@ -23,7 +23,7 @@
 #include <QVBoxLayout>
 
 namespace {
-QPointer<MainWindowFrame> lastActiveFrame;
+QPointer<TabbedWindow> lastActiveTabbedWindow;
 }
 
 // The resources of a static library are registered by name, outside any namespace.
@@ -32,7 +32,7 @@ static void initResources()
     Q_INIT_RESOURCE(pixcove_ui);
 }
 
-MainWindowFrame::MainWindowFrame(QWidget *parent)
+TabbedWindow::TabbedWindow(QWidget *parent)
     : QMainWindow(parent)
     , m_registry(CommandRegistry::shared())
     , m_tabBar(new QTabBar(this))
@@ -79,26 +79,26 @@ MainWindowFrame::MainWindowFrame(QWidget *parent)
     // 0 ms: a burst of state changes (a selection made by dragging) costs one validation.
     m_validateTimer->setSingleShot(true);
     m_validateTimer->setInterval(0);
-    connect(m_validateTimer, &QTimer::timeout, this, &MainWindowFrame::validateActions);
+    connect(m_validateTimer, &QTimer::timeout, this, &TabbedWindow::validateActions);
 
-    connect(m_tabBar, &QTabBar::currentChanged, this, &MainWindowFrame::showCurrent);
+    connect(m_tabBar, &QTabBar::currentChanged, this, &TabbedWindow::showCurrent);
     connect(m_tabBar, &QTabBar::tabCloseRequested, this, [this](int index) {
         if (MainWindowController *controller = m_controllers.value(index))
             controller->close();
     });
-    lastActiveFrame = this;
+    lastActiveTabbedWindow = this;
 }
 
-MainWindowFrame::~MainWindowFrame() = default;
+TabbedWindow::~TabbedWindow() = default;
 
-MainWindowFrame *MainWindowFrame::lastActivated()
+TabbedWindow *TabbedWindow::lastActivated()
 {
-    return lastActiveFrame;
+    return lastActiveTabbedWindow;
 }
 
-void MainWindowFrame::addController(MainWindowController *controller)
+void TabbedWindow::addController(MainWindowController *controller)
 {
-    controller->setFrame(this);
+    controller->setTabbedWindow(this);
     const int index = m_tabBar->currentIndex() + 1;
     m_controllers.insert(index, controller);
     m_stack->insertWidget(index, controller->mainViewController());
@@ -109,17 +109,17 @@ void MainWindowFrame::addController(MainWindowController *controller)
         updateTitle();
     });
     connect(controller, &MainWindowController::commandsChanged, m_validateTimer, qOverload<>(&QTimer::start));
-    connect(controller, &MainWindowController::closed, this, &MainWindowFrame::controllerClosed);
+    connect(controller, &MainWindowController::closed, this, &TabbedWindow::controllerClosed);
     m_tabBar->setCurrentIndex(index);
     showCurrent(index);
 }
 
-MainWindowController *MainWindowFrame::currentController() const
+MainWindowController *TabbedWindow::currentController() const
 {
     return m_controllers.value(m_tabBar->currentIndex());
 }
 
-void MainWindowFrame::showCurrent(int index)
+void TabbedWindow::showCurrent(int index)
 {
     if (MainWindowController *controller = m_controllers.value(index)) {
         m_stack->setCurrentWidget(controller->mainViewController());
@@ -129,13 +129,13 @@ void MainWindowFrame::showCurrent(int index)
     m_validateTimer->start();
 }
 
-void MainWindowFrame::updateTitle()
+void TabbedWindow::updateTitle()
 {
     const MainWindowController *controller = currentController();
     setWindowTitle(controller ? controller->title() : QStringLiteral("Pixcove"));
 }
 
-void MainWindowFrame::controllerClosed(MainWindowController *controller)
+void TabbedWindow::controllerClosed(MainWindowController *controller)
 {
     const int index = int(m_controllers.indexOf(controller));
     if (index < 0)
@@ -148,7 +148,7 @@ void MainWindowFrame::controllerClosed(MainWindowController *controller)
         close();
 }
 
-void MainWindowFrame::closeEvent(QCloseEvent *event)
+void TabbedWindow::closeEvent(QCloseEvent *event)
 {
     const QList<MainWindowController *> controllers = m_controllers;
     for (MainWindowController *controller : controllers)
@@ -156,19 +156,19 @@ void MainWindowFrame::closeEvent(QCloseEvent *event)
     event->accept();
 }
 
-void MainWindowFrame::changeEvent(QEvent *event)
+void TabbedWindow::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        lastActiveFrame = this;
+        lastActiveTabbedWindow = this;
     QMainWindow::changeEvent(event);
 }
 
-// The frame runs its own and the application's commands; the current tab runs the others.
-bool MainWindowFrame::performCommand(CommandId id, const QVariant &argument)
+// The tabbed window runs its own and the application's commands; the current tab runs the others.
+bool TabbedWindow::performCommand(CommandId id, const QVariant &argument)
 {
     const Command &command = m_registry.command(id);
     switch (command.owner()) {
-    case CommandOwner::frame: return command.perform(this, argument, this);
+    case CommandOwner::tabbedWindow: return command.perform(this, argument, this);
     case CommandOwner::application: return command.perform(m_registry.application(), argument, this);
     case CommandOwner::window:
     case CommandOwner::pane: break;
@@ -177,11 +177,11 @@ bool MainWindowFrame::performCommand(CommandId id, const QVariant &argument)
     return controller && controller->mainViewController()->performCommand(command, argument);
 }
 
-CommandState MainWindowFrame::commandState(CommandId id, const QVariant &argument) const
+CommandState TabbedWindow::commandState(CommandId id, const QVariant &argument) const
 {
     const Command &command = m_registry.command(id);
     switch (command.owner()) {
-    case CommandOwner::frame: return command.state(this, argument);
+    case CommandOwner::tabbedWindow: return command.state(this, argument);
     case CommandOwner::application: return command.state(m_registry.application(), argument);
     case CommandOwner::window:
     case CommandOwner::pane: break;
@@ -190,13 +190,13 @@ CommandState MainWindowFrame::commandState(CommandId id, const QVariant &argumen
     return controller ? controller->mainViewController()->commandState(command, argument) : CommandState{};
 }
 
-void MainWindowFrame::validateActions()
+void TabbedWindow::validateActions()
 {
     for (CommandAction *action : std::as_const(m_actions))
         action->applyState(commandState(action->commandId(), action->argument()));
 }
 
-QAction *MainWindowFrame::action(const QString &identifier, const QVariant &argument) const
+QAction *TabbedWindow::action(const QString &identifier, const QVariant &argument) const
 {
     const Command *command = m_registry.find(identifier);
     if (!command)
@@ -208,43 +208,43 @@ QAction *MainWindowFrame::action(const QString &identifier, const QVariant &argu
     return nullptr;
 }
 
-void MainWindowFrame::performClose()
+void TabbedWindow::performClose()
 {
     if (MainWindowController *controller = currentController())
         controller->close();
 }
 
-bool MainWindowFrame::hasCurrentWindow() const
+bool TabbedWindow::hasCurrentWindow() const
 {
     return currentController() != nullptr;
 }
 
-void MainWindowFrame::toggleFullScreen()
+void TabbedWindow::toggleFullScreen()
 {
     setWindowState(windowState() ^ Qt::WindowFullScreen);
 }
 
-CommandState MainWindowFrame::toggleFullScreenState() const
+CommandState TabbedWindow::toggleFullScreenState() const
 {
     return {true, isFullScreen()};
 }
 
-void MainWindowFrame::selectNextTab()
+void TabbedWindow::selectNextTab()
 {
     m_tabBar->setCurrentIndex((m_tabBar->currentIndex() + 1) % m_tabBar->count());
 }
 
-void MainWindowFrame::selectPreviousTab()
+void TabbedWindow::selectPreviousTab()
 {
     m_tabBar->setCurrentIndex((m_tabBar->currentIndex() - 1 + m_tabBar->count()) % m_tabBar->count());
 }
 
-bool MainWindowFrame::hasSeveralTabs() const
+bool TabbedWindow::hasSeveralTabs() const
 {
     return m_controllers.size() > 1;
 }
 
-void MainWindowFrame::openWithApplication(const QString &applicationPath)
+void TabbedWindow::openWithApplication(const QString &applicationPath)
 {
     QStringList paths;
     for (const PXFilePtr &file : currentController()->mainViewController()->selectedFiles())
@@ -254,14 +254,14 @@ void MainWindowFrame::openWithApplication(const QString &applicationPath)
         logError(QStringLiteral("Cannot open with %1: %2").arg(applicationPath, error));
 }
 
-bool MainWindowFrame::hasSelection() const
+bool TabbedWindow::hasSelection() const
 {
     const MainWindowController *controller = currentController();
     return controller && !controller->mainViewController()->selectedFiles().isEmpty();
 }
 
 // Favourite applications that are gone are left out until they come back.
-void MainWindowFrame::rebuildOpenWithMenu(QMenu *menu)
+void TabbedWindow::rebuildOpenWithMenu(QMenu *menu)
 {
     menu->clear();
     const QList<FileBookmark> &apps = SettingsManager::shared().settings()->favoriteApps();
@@ -281,7 +281,7 @@ void MainWindowFrame::rebuildOpenWithMenu(QMenu *menu)
 }
 
 // Moving files is an activity; the folders are listed so the menu shows its shape already.
-void MainWindowFrame::rebuildMoveToMenu(QMenu *menu)
+void TabbedWindow::rebuildMoveToMenu(QMenu *menu)
 {
     menu->clear();
     const Command &moveTo = m_registry.command(CommandId::moveToMenuAction);
