@@ -4,7 +4,7 @@
 
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
-#include "core/rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXBatchOutlineModel.h"
 #include "core/rename/PXFileRenameItem.h"
 #include "core/rename/PXFileRenamer.h"
 #include "core/rename/PXRenamePresets.h"

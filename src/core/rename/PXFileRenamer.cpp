@@ -6,7 +6,7 @@
 #include "core/fs/operations/ZQFileController.h"
 #include "core/fs/operations/ZQFileOperationHandler.h"
 #include "core/model/PXFile.h"
-#include "core/rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXBatchOutlineModel.h"
 #include "core/rename/PXFileRenamerQuestions.h"
 #include "core/rename/PXRenamePresets.h"
 
@@ -65,7 +65,7 @@ PXFileRenamer::PXFileRenamer(PXRenamePresets *presets, ZQFileController *fileCon
         m_ownPresets = std::make_unique<PXRenamePresets>();
         m_presets = m_ownPresets.get();
     }
-    m_outline = std::make_unique<PXBatchOutlineViewController>(
+    m_outline = std::make_unique<PXBatchOutlineModel>(
         [this](const PXFilePtr &file, bool container) -> PXBatchItemPtr { return makeItem(file, container); });
     applySortDescriptors();
 

@@ -17,7 +17,7 @@
 #include <memory>
 #include <optional>
 
-class PXBatchOutlineViewController;
+class PXBatchOutlineModel;
 class PXFileRenamerQuestions;
 class PXRenamePresets;
 class ZQFileController;
@@ -67,7 +67,7 @@ public:
     void addFilesToRename(const QList<PXFilePtr> &files);
     void removeFiles(const QList<PXBatchItemPtr> &items);
     QList<PXFileRenameItemPtr> rootItems() const;
-    PXBatchOutlineViewController &outline() { return *m_outline; }
+    PXBatchOutlineModel &outline() { return *m_outline; }
     // Every shown item in display order, as of the last update.
     QList<PXFileRenameItemPtr> arrangedItems() const;
 
@@ -155,7 +155,7 @@ private:
     PXRenamePresets *m_presets = nullptr;
     ZQFileController *m_fileController = nullptr;
     PXFileRenamerQuestions *m_questions = nullptr;
-    std::unique_ptr<PXBatchOutlineViewController> m_outline;
+    std::unique_ptr<PXBatchOutlineModel> m_outline;
 
     PXRenameRules m_renameRules;
     QList<PXFileRenameItemPtr> m_rootItemList;

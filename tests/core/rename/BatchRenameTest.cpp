@@ -1,5 +1,5 @@
 #include "core/fs/operations/ZQFileController.h"
-#include "core/rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXBatchOutlineModel.h"
 #include "core/rename/PXFileRenamer.h"
 #include "core/rename/PXFileRenamerQuestions.h"
 #include "core/rename/PXRenamePresets.h"
@@ -151,7 +151,7 @@ TEST(BatchModel, FilesInsideListedFoldersGetContainersForTheFoldersBetween)
     const auto item = [&](const QString &path, bool container = false) -> PXBatchItemPtr {
         return std::make_shared<PXFileRenameItem>(PXFile::fileForPath(path), container);
     };
-    PXBatchOutlineViewController outline([](const PXFilePtr &file, bool container) -> PXBatchItemPtr {
+    PXBatchOutlineModel outline([](const PXFilePtr &file, bool container) -> PXBatchItemPtr {
         return std::make_shared<PXFileRenameItem>(file, container);
     });
     outline.setSortDescriptors(sortDescriptorsForSortType(FileSortType::name, FolderSortType::mixed, true,

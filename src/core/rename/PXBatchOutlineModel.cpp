@@ -1,17 +1,17 @@
-#include "core/rename/PXBatchOutlineViewController.h"
+#include "core/rename/PXBatchOutlineModel.h"
 
 #include "core/model/PXFile.h"
 
 #include <QSet>
 
-PXBatchOutlineViewController::PXBatchOutlineViewController(ItemFactory itemClass, QObject *parent)
+PXBatchOutlineModel::PXBatchOutlineModel(ItemFactory itemClass, QObject *parent)
     : QObject(parent)
     , m_itemClass(std::move(itemClass))
 { }
 
-PXBatchOutlineViewController::~PXBatchOutlineViewController() = default;
+PXBatchOutlineModel::~PXBatchOutlineModel() = default;
 
-void PXBatchOutlineViewController::setItems(const QList<PXBatchItemPtr> &items)
+void PXBatchOutlineModel::setItems(const QList<PXBatchItemPtr> &items)
 {
     m_items.clear();
     m_itemsById.clear();
@@ -19,7 +19,7 @@ void PXBatchOutlineViewController::setItems(const QList<PXBatchItemPtr> &items)
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::addItems(const QList<PXBatchItemPtr> &items)
+void PXBatchOutlineModel::addItems(const QList<PXBatchItemPtr> &items)
 {
     for (const PXBatchItemPtr &item : items) {
         const QString identifier = item->identifier();
@@ -31,7 +31,7 @@ void PXBatchOutlineViewController::addItems(const QList<PXBatchItemPtr> &items)
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::removeItems(const QList<PXBatchItemPtr> &items, bool removeChildren)
+void PXBatchOutlineModel::removeItems(const QList<PXBatchItemPtr> &items, bool removeChildren)
 {
     QSet<PXBatchItem *> removed;
     QStringList removedFolders;
@@ -59,7 +59,7 @@ void PXBatchOutlineViewController::removeItems(const QList<PXBatchItemPtr> &item
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::reindexItem(const PXBatchItemPtr &item, const QString &previousIdentifier)
+void PXBatchOutlineModel::reindexItem(const PXBatchItemPtr &item, const QString &previousIdentifier)
 {
     if (m_itemsById.value(previousIdentifier) == item)
         m_itemsById.remove(previousIdentifier);
@@ -67,42 +67,42 @@ void PXBatchOutlineViewController::reindexItem(const PXBatchItemPtr &item, const
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::setFilterPredicate(const std::optional<FilePredicate> &predicate)
+void PXBatchOutlineModel::setFilterPredicate(const std::optional<FilePredicate> &predicate)
 {
     m_filterPredicate = predicate;
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::setSortDescriptors(const QList<SortDescriptor> &descriptors)
+void PXBatchOutlineModel::setSortDescriptors(const QList<SortDescriptor> &descriptors)
 {
     m_sortDescriptors = descriptors;
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::setFlattenedItemsSortDescriptors(const QList<SortDescriptor> &descriptors)
+void PXBatchOutlineModel::setFlattenedItemsSortDescriptors(const QList<SortDescriptor> &descriptors)
 {
     m_flattenedItemsSortDescriptors = descriptors;
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::setSortFlattenedItemsSeparately(bool separately)
+void PXBatchOutlineModel::setSortFlattenedItemsSeparately(bool separately)
 {
     m_sortFlattenedItemsSeparately = separately;
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::setShowAsFlatList(bool flat)
+void PXBatchOutlineModel::setShowAsFlatList(bool flat)
 {
     m_showAsFlatList = flat;
     setNeedsUpdate();
 }
 
-void PXBatchOutlineViewController::setNeedsUpdate()
+void PXBatchOutlineModel::setNeedsUpdate()
 {
     m_needsUpdate = true;
 }
 
-void PXBatchOutlineViewController::commitChanges()
+void PXBatchOutlineModel::commitChanges()
 {
     if (!m_needsUpdate)
         return;
@@ -113,14 +113,14 @@ void PXBatchOutlineViewController::commitChanges()
     Q_EMIT updated();
 }
 
-bool PXBatchOutlineViewController::passesFilter(const PXBatchItemPtr &item) const
+bool PXBatchOutlineModel::passesFilter(const PXBatchItemPtr &item) const
 {
     if (!m_filterPredicate || item->isContainer() || !item->representedObject())
         return true;
     return (*m_filterPredicate)(*item->representedObject());
 }
 
-bool PXBatchOutlineViewController::liesInsideListedFolder(const QString &folderPath, QHash<QString, bool> &known) const
+bool PXBatchOutlineModel::liesInsideListedFolder(const QString &folderPath, QHash<QString, bool> &known) const
 {
     QStringList walked;
     bool inside = false;
@@ -145,7 +145,7 @@ bool PXBatchOutlineViewController::liesInsideListedFolder(const QString &folderP
     return inside;
 }
 
-void PXBatchOutlineViewController::recursiveCreateContainerForItem(const PXBatchItemPtr &item,
+void PXBatchOutlineModel::recursiveCreateContainerForItem(const PXBatchItemPtr &item,
                                                                    QHash<QString, PXBatchItemPtr> &tree)
 {
     const QString folderPath = item->parentIdentifier();
@@ -163,7 +163,7 @@ void PXBatchOutlineViewController::recursiveCreateContainerForItem(const PXBatch
     container->addChild(item);
 }
 
-void PXBatchOutlineViewController::buildTreeFromItems()
+void PXBatchOutlineModel::buildTreeFromItems()
 {
     for (const PXBatchItemPtr &item : std::as_const(m_items))
         item->clearChildren();
@@ -209,7 +209,7 @@ void PXBatchOutlineViewController::buildTreeFromItems()
     }
 }
 
-void PXBatchOutlineViewController::sortList(QList<PXBatchItemPtr> &list, const QList<SortDescriptor> &descriptors) const
+void PXBatchOutlineModel::sortList(QList<PXBatchItemPtr> &list, const QList<SortDescriptor> &descriptors) const
 {
     if (descriptors.isEmpty() || list.size() < 2)
         return;
@@ -217,7 +217,7 @@ void PXBatchOutlineViewController::sortList(QList<PXBatchItemPtr> &list, const Q
                               [](const PXBatchItemPtr &item) -> const PXFile & { return *item->representedObject(); });
 }
 
-void PXBatchOutlineViewController::resortData()
+void PXBatchOutlineModel::resortData()
 {
     for (const PXBatchItemPtr &root : std::as_const(m_rootItems))
         root->updateSortDescriptors(m_sortDescriptors);
@@ -227,7 +227,7 @@ void PXBatchOutlineViewController::resortData()
         sortList(m_flatItems, m_sortFlattenedItemsSeparately ? m_flattenedItemsSortDescriptors : m_sortDescriptors);
 }
 
-void PXBatchOutlineViewController::appendInDisplayOrder(const PXBatchItemPtr &item, QList<PXBatchItemPtr> &into) const
+void PXBatchOutlineModel::appendInDisplayOrder(const PXBatchItemPtr &item, QList<PXBatchItemPtr> &into) const
 {
     into.append(item);
     if (item->isLeaf())
@@ -236,7 +236,7 @@ void PXBatchOutlineViewController::appendInDisplayOrder(const PXBatchItemPtr &it
         appendInDisplayOrder(child, into);
 }
 
-void PXBatchOutlineViewController::recalculateIndexes()
+void PXBatchOutlineModel::recalculateIndexes()
 {
     const QList<PXBatchItemPtr> everything = allItems();
     for (const PXBatchItemPtr &item : everything)
@@ -259,7 +259,7 @@ void PXBatchOutlineViewController::recalculateIndexes()
     }
 }
 
-QList<PXBatchItemPtr> PXBatchOutlineViewController::allItems() const
+QList<PXBatchItemPtr> PXBatchOutlineModel::allItems() const
 {
     QList<PXBatchItemPtr> all = m_rootItems;
     for (const PXBatchItemPtr &root : m_rootItems)

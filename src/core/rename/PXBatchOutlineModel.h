@@ -18,7 +18,7 @@
 // folder is not listed but lies inside a listed folder gets container items for the folders in
 // between; any other item is a root. Changes are collected and applied by commitChanges, which
 // rebuilds, sorts and renumbers once and emits `updated`. Lives on the GUI thread.
-class PXBatchOutlineViewController : public QObject
+class PXBatchOutlineModel : public QObject
 {
     Q_OBJECT
 
@@ -26,8 +26,8 @@ public:
     // Makes the items of the batch's own class (file rename items) for folders it creates.
     using ItemFactory = std::function<PXBatchItemPtr(const PXFilePtr &file, bool isContainer)>;
 
-    explicit PXBatchOutlineViewController(ItemFactory itemClass, QObject *parent = nullptr);
-    ~PXBatchOutlineViewController() override;
+    explicit PXBatchOutlineModel(ItemFactory itemClass, QObject *parent = nullptr);
+    ~PXBatchOutlineModel() override;
 
     void setItems(const QList<PXBatchItemPtr> &items);
     void addItems(const QList<PXBatchItemPtr> &items);
