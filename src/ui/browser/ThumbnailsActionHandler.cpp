@@ -3,6 +3,8 @@
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/thumbnails/ThumbnailItem.h"
+#include "ui/browser/FileDropPerformer.h"
+#include "ui/browser/FileDropValidator.h"
 #include "ui/browser/FileOpener.h"
 #include "ui/browser/ThumbnailsViewController.h"
 
@@ -81,6 +83,20 @@ void ThumbnailsActionHandler::openFilesWith(const PXFilePtr &application, const 
         logError(tr("Cannot start %1").arg(application->path()));
         Q_EMIT errorOccurred(tr("The application could not be started"), application->displayName());
     }
+}
+
+void ThumbnailsActionHandler::placeDroppedFiles(FileDropOperation operation, const QList<PXFilePtr> &sources,
+                                                const PXFilePtr &destination)
+{
+    if (operation == FileDropOperation::open) {
+        openFilesWith(destination, sources);
+        return;
+    }
+    QPointer<ThumbnailsActionHandler> self(this);
+    FileDropPerformer::perform(operation, sources, destination, m_pane, [self](const QStringList &errors) {
+        if (self && !errors.isEmpty())
+            Q_EMIT self->errorOccurred(tr("Some items could not be placed"), errors.join(QLatin1Char('\n')));
+    });
 }
 
 void ThumbnailsActionHandler::openWithMenuAction(const QString &applicationPath)

@@ -10,6 +10,7 @@
 
 class QMenu;
 class ThumbnailsViewController;
+enum class FileDropOperation;
 enum class FileFlag;
 
 // The commands of a thumbnail pane and whether each can run now: opening, selecting, renaming in
@@ -35,6 +36,9 @@ public:
     QMenu *makeContextMenu(int index);
     // Starts `application` on `files`; a failure is reported through errorOccurred.
     void openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files);
+    // Moves, copies or links `sources` into the folder `destination`, or opens them with the
+    // application `destination`; failures are reported through errorOccurred.
+    void placeDroppedFiles(FileDropOperation operation, const QList<PXFilePtr> &sources, const PXFilePtr &destination);
 
     void performOpen();
     void openInApp();

@@ -7,7 +7,6 @@
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "core/thumbnails/ThumbnailVisibilityUpdater.h"
-#include "ui/browser/FileDropPerformer.h"
 #include "ui/browser/InlineRenameOperation.h"
 #include "ui/browser/RenamedFileFollower.h"
 #include "ui/browser/ThumbnailGridDataSource.h"
@@ -16,7 +15,6 @@
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsStatusText.h"
 
-#include <QDir>
 #include <QEvent>
 #include <QFileInfo>
 #include <QLabel>
@@ -347,12 +345,8 @@ void ThumbnailsViewController::publish()
         m_grid->setSelectedIndexes({next}, next);
         m_autoselectedFile = fileAt(next);
     }
-    if (m_newFile && m_indexByFile.contains(m_newFile.get())) {
-        const int index = m_indexByFile.value(m_newFile.get());
-        m_newFile.reset();
-        m_grid->setSelectedIndexes({index}, index);
-        m_grid->editName(index);
-    }
+    if (m_newFile)
+        editNameWhenShown(m_newFile);
     updateVisibility();
     updateStatus();
     restoreStateIfSettled();
@@ -472,14 +466,7 @@ bool ThumbnailsViewController::acceptDrop(const QList<QUrl> &urls, int index, in
     for (const QUrl &url : urls)
         sources.append(PXFile::fileForPath(url.toLocalFile()));
     m_dropValidator.reset();
-    if (operation == FileDropOperation::open) {
-        m_actionHandler->openFilesWith(destination, sources);
-        return true;
-    }
-    FileDropPerformer::perform(operation, sources, destination, this, [this](const QStringList &errors) {
-        if (!errors.isEmpty())
-            Q_EMIT errorOccurred(tr("Some items could not be placed"), errors.join(QLatin1Char('\n')));
-    });
+    m_actionHandler->placeDroppedFiles(operation, sources, destination);
     return true;
 }
 
