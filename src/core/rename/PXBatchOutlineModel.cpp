@@ -146,7 +146,7 @@ bool PXBatchOutlineModel::liesInsideListedFolder(const QString &folderPath, QHas
 }
 
 void PXBatchOutlineModel::recursiveCreateContainerForItem(const PXBatchItemPtr &item,
-                                                                   QHash<QString, PXBatchItemPtr> &tree)
+                                                          QHash<QString, PXBatchItemPtr> &tree)
 {
     const QString folderPath = item->parentIdentifier();
     PXBatchItemPtr container = tree.value(folderPath);

@@ -78,7 +78,8 @@ MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, b
 bool MainWindowsManager::hasVisibleWindows() const
 {
     for (MainWindowController *controller : m_windowControllers) {
-        if (controller->tabbedWindow() && controller->tabbedWindow()->isVisible() && !controller->tabbedWindow()->isMinimized())
+        if (controller->tabbedWindow() && controller->tabbedWindow()->isVisible()
+            && !controller->tabbedWindow()->isMinimized())
             return true;
     }
     return false;

@@ -149,9 +149,11 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     sort->addSeparator();
     b.add(sort, C::changeThumbnailReverseSort);
     sort->addSeparator();
-    b.choice(sort, C::changeThumbnailFolderSort, range<FolderSortType>(valueSetCount<FolderSortType>()), folderSortTypeTitle);
+    b.choice(sort, C::changeThumbnailFolderSort, range<FolderSortType>(valueSetCount<FolderSortType>()),
+             folderSortTypeTitle);
     QMenu *filter = view->addMenu(tr("Show"));
-    b.choice(filter, C::changeThumbnailFileFilter, range<FileFilterType>(valueSetCount<FileFilterType>()), fileFilterTypeTitle);
+    b.choice(filter, C::changeThumbnailFileFilter, range<FileFilterType>(valueSetCount<FileFilterType>()),
+             fileFilterTypeTitle);
     filter->addSeparator();
     b.add(filter, C::changeThumbnailHideFolders);
     QMenu *subfolders = view->addMenu(tr("Subfolders"));
@@ -166,14 +168,16 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     view->addSeparator();
     QMenu *sidebar = view->addMenu(tr("Sidebar"));
     QMenu *sidebarSort = sidebar->addMenu(tr("Sort By"));
-    b.choice(sidebarSort, C::changeSidebarFileSort, range<FileSortType>(valueSetCount<FileSortType>()), fileSortTypeTitle);
+    b.choice(sidebarSort, C::changeSidebarFileSort, range<FileSortType>(valueSetCount<FileSortType>()),
+             fileSortTypeTitle);
     sidebarSort->addSeparator();
     b.add(sidebarSort, C::changeSidebarReverseSort, {}, tr("Reverse Order"));
     QMenu *sidebarFilter = sidebar->addMenu(tr("Show"));
     b.choice(sidebarFilter, C::changeSidebarFileFilter, range<FileFilterType>(valueSetCount<FileFilterType>()),
              fileFilterTypeTitle);
     QMenu *sidebarInfo = sidebar->addMenu(tr("Counts"));
-    b.choice(sidebarInfo, C::changeSidebarInfo, range<SidebarInfoOptions>(valueSetCount<SidebarInfoOptions>()), sidebarInfoTitle);
+    b.choice(sidebarInfo, C::changeSidebarInfo, range<SidebarInfoOptions>(valueSetCount<SidebarInfoOptions>()),
+             sidebarInfoTitle);
     view->addSeparator();
     b.add(view, C::scaleToFit);
     b.add(view, C::fitToScreen);

@@ -2,8 +2,8 @@
 
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
-#include "ui/windows/TabbedWindow.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/TabbedWindow.h"
 #include "ui/windows/WindowManager.h"
 
 MainWindowController::MainWindowController(WindowSettingsPtr settings, WindowManager *delegate, MainWindowHost *host,

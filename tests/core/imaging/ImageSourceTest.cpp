@@ -321,7 +321,8 @@ TEST(ImageSource, heifSizeComesFromLibheifAndMetadataFromItsItems)
 {
     // Its thumbnail is no image of its own.
     QString error;
-    const auto small = ImageSource::create(TestImages::dataFile(QStringLiteral("small-with-thumbnail.heic")), {}, &error);
+    const auto small =
+        ImageSource::create(TestImages::dataFile(QStringLiteral("small-with-thumbnail.heic")), {}, &error);
     ASSERT_TRUE(small) << qPrintable(error);
     EXPECT_EQ(small->imageCount(), 1);
     EXPECT_EQ(value(small->propertiesAtIndex(0), Key::PixelWidth).toInt(), 120);

@@ -7,8 +7,8 @@
 #include "ui/sidebar/PathBar.h"
 #include "ui/sidebar/SidebarViewController.h"
 #include "ui/windows/CommandRegistry.h"
-#include "ui/windows/TabbedWindow.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/TabbedWindow.h"
 
 #include "core/model/PXFile.h"
 #include "ui/ShellFixture.h"
@@ -158,7 +158,8 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_EQ(window.view->thumbnailSizeSlider()->value(), 144);
     EXPECT_EQ(window.view->folderDepthSlider()->value(), 2);
     EXPECT_FALSE(window.view->inspectorViewController()->isHidden());
-    EXPECT_TRUE(window.tabbedWindow->commandState(CommandId::changeBrowserLayout, int(BrowserLayout::topPreview)).checked);
+    EXPECT_TRUE(
+        window.tabbedWindow->commandState(CommandId::changeBrowserLayout, int(BrowserLayout::topPreview)).checked);
 
     // Commands change the settings; changed settings show at once.
     window.command("showHideInspector");
@@ -172,9 +173,10 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_TRUE(window.view->sidebarViewController()->isHidden());
     window.command("changeThumbnailFileSort", int(FileSortType::exifDate));
     window.tabbedWindow->validateActions();
-    EXPECT_TRUE(
-        window.tabbedWindow->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::exifDate))->isChecked());
-    EXPECT_FALSE(window.tabbedWindow->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::name))->isChecked());
+    EXPECT_TRUE(window.tabbedWindow->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::exifDate))
+                    ->isChecked());
+    EXPECT_FALSE(
+        window.tabbedWindow->action(QStringLiteral("changeThumbnailFileSort"), int(FileSortType::name))->isChecked());
     // Commands that are not available yet are shown disabled.
     EXPECT_FALSE(window.tabbedWindow->action(QStringLiteral("zoomIn"))->isEnabled());
 
