@@ -4,9 +4,18 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <filesystem>
+
 TestDir::TestDir()
 {
     m_dir.setAutoRemove(true);
+}
+
+TestDir::~TestDir()
+{
+    // QTemporaryDir cannot name files whose names are not UTF-8, and then leaves the folder behind.
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(QFile::encodeName(m_dir.path()).toStdString()), ignored);
 }
 
 QString TestDir::write(const QString &relative, const QByteArray &bytes, const QDateTime &modified)

@@ -6,11 +6,12 @@
 #include <QTemporaryDir>
 
 // A temporary folder that writes files with chosen bytes and modification times, removed
-// with the fixture.
+// with the fixture, names that are not UTF-8 included.
 class TestDir
 {
 public:
     TestDir();
+    ~TestDir();
 
     QString path() const { return m_dir.path(); }
     QString filePath(const QString &relative) const { return m_dir.filePath(relative); }
