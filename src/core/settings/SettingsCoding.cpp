@@ -504,22 +504,10 @@ QString noFormReason(QMetaType type)
     return QStringLiteral("the settings file has no form for values of type %1").arg(QLatin1String(type.name()));
 }
 
-// The properties of `settings` that the settings file holds.
-QList<QMetaProperty> storedProperties(const ObservableSettings &settings)
-{
-    const QMetaObject *type = settings.metaObject();
-    QList<QMetaProperty> properties;
-    for (int i = ObservableSettings::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i) {
-        if (type->property(i).isStored())
-            properties.append(type->property(i));
-    }
-    return properties;
-}
-
 void writeProperties(const ObservableSettings &settings, SettingsWriter &writer)
 {
     const QHash<int, PropertyForm> &forms = propertyForms();
-    for (const QMetaProperty &property : storedProperties(settings)) {
+    for (const QMetaProperty &property : SettingsCoding::storedProperties(settings)) {
         const QString key = QString::fromLatin1(property.name());
         const QMetaType type = property.metaType();
         const QVariant value = property.read(&settings);
@@ -536,6 +524,17 @@ void writeProperties(const ObservableSettings &settings, SettingsWriter &writer)
 
 namespace SettingsCoding {
 
+QList<QMetaProperty> storedProperties(const ObservableSettings &settings)
+{
+    const QMetaObject *type = settings.metaObject();
+    QList<QMetaProperty> properties;
+    for (int i = ObservableSettings::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i) {
+        if (type->property(i).isStored())
+            properties.append(type->property(i));
+    }
+    return properties;
+}
+
 std::optional<QJsonObject> toJson(const ObservableSettings &settings, QString *error, const QString &keyPath)
 {
     SettingsWriter writer(keyPath);
@@ -550,7 +549,7 @@ std::optional<QJsonObject> toJson(const ObservableSettings &settings, QString *e
 void readProperties(ObservableSettings &settings, SettingsReader &reader, const ValueCheck &check)
 {
     const QHash<int, PropertyForm> &forms = propertyForms();
-    for (const QMetaProperty &property : storedProperties(settings)) {
+    for (const QMetaProperty &property : SettingsCoding::storedProperties(settings)) {
         const QString key = QString::fromLatin1(property.name());
         const QMetaType type = property.metaType();
         QVariant value = property.read(&settings);

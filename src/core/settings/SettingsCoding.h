@@ -10,6 +10,7 @@
 #include <QJsonObject>
 #include <QList>
 #include <QMetaEnum>
+#include <QMetaProperty>
 #include <QMetaType>
 #include <QString>
 #include <QVariantMap>
@@ -205,6 +206,9 @@ private:
 };
 
 namespace SettingsCoding {
+
+// The properties of `settings` that the settings file holds, in declaration order.
+QList<QMetaProperty> storedProperties(const ObservableSettings &settings);
 
 // The settings objects as JSON objects: the properties that the subclasses of ObservableSettings
 // declare, in their order, except the unsaved ones; each under its name, in the form of its type.

@@ -15,17 +15,6 @@
 
 namespace {
 
-QList<QMetaProperty> storedProperties(const QObject &settings)
-{
-    const QMetaObject *type = settings.metaObject();
-    QList<QMetaProperty> properties;
-    for (int i = ObservableSettings::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i) {
-        if (type->property(i).isStored())
-            properties.append(type->property(i));
-    }
-    return properties;
-}
-
 // The meta-enum of a value set, found from its type as a property holds it.
 QMetaEnum valueSetOf(QMetaType type)
 {
@@ -96,7 +85,7 @@ std::string text(const QJsonValue &value)
 QStringList changeEverySetting(ObservableSettings &settings, const TestDir &dir)
 {
     QStringList keys;
-    for (const QMetaProperty &property : storedProperties(settings)) {
+    for (const QMetaProperty &property : SettingsCoding::storedProperties(settings)) {
         SCOPED_TRACE(property.name());
         // The file always holds the version of the build that writes it.
         if (qstrcmp(property.name(), "settingsVersion") == 0)
@@ -174,7 +163,7 @@ TEST(SettingsProperties, AValueOfTheWrongKindNamesItsKeyWhereverItIs)
     const SlideshowSettings slideshow;
     for (const ObservableSettings *settings :
          std::initializer_list<const ObservableSettings *>{&app, &window, &slideshow}) {
-        for (const QMetaProperty &property : storedProperties(*settings)) {
+        for (const QMetaProperty &property : SettingsCoding::storedProperties(*settings)) {
             SCOPED_TRACE(property.name());
             const QString key = QString::fromLatin1(property.name());
             const bool isBool = property.metaType() == QMetaType::fromType<bool>();

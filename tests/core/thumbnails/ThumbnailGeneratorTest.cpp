@@ -1,4 +1,5 @@
 #include "support/CameraJpegs.h"
+#include "support/HeldThumbnailer.h"
 #include "support/TestDir.h"
 
 #include "core/model/PXFile.h"
@@ -13,31 +14,6 @@ namespace {
 
 using Priority = ThumbnailGenerator::Priority;
 using RequestPtr = ThumbnailGenerator::RequestPtr;
-
-// Holds every rendering until the test finishes it, recording the order of the files asked for.
-class HeldThumbnailer : public SystemThumbnailer
-{
-public:
-    HeldThumbnailer()
-        : SystemThumbnailer(ThumbnailCache(QStringLiteral("/nonexistent")))
-    { }
-
-    void generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler) override
-    {
-        started.append(QFileInfo(QFile::decodeName(request->nativePath())).fileName());
-        handlers.append(handler);
-    }
-
-    void finish(qsizetype index, QSize size = QSize(800, 600))
-    {
-        QImage image(size, QImage::Format_RGB32);
-        image.fill(Qt::white);
-        handlers.at(index)({image, std::nullopt, ThumbnailSource::rendered});
-    }
-
-    QStringList started;
-    QList<Handler> handlers;
-};
 
 struct Delivery
 {

@@ -1,3 +1,4 @@
+#include "support/HeldThumbnailer.h"
 #include "support/TestDir.h"
 
 #include "core/app/Dispatch.h"
@@ -15,31 +16,6 @@
 namespace {
 
 using Priority = ThumbnailGenerator::Priority;
-
-// Holds every rendering until the test finishes it, recording the files asked for in order.
-class HeldThumbnailer : public SystemThumbnailer
-{
-public:
-    HeldThumbnailer()
-        : SystemThumbnailer(ThumbnailCache(QStringLiteral("/nonexistent")))
-    { }
-
-    void generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler) override
-    {
-        started.append(QFileInfo(QFile::decodeName(request->nativePath())).fileName());
-        handlers.append(handler);
-    }
-
-    void finish(qsizetype index)
-    {
-        QImage image(64, 48, QImage::Format_RGB32);
-        image.fill(Qt::gray);
-        handlers.at(index)({image, std::nullopt, ThumbnailSource::rendered});
-    }
-
-    QStringList started;
-    QList<Handler> handlers;
-};
 
 QString nameOf(int i)
 {
