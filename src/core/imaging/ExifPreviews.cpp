@@ -13,7 +13,10 @@ Preview best(const QByteArray &nativePath, int neededPixels, QString *error)
         Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(std::string(nativePath.constData()));
         if (!image.get())
             throw Exiv2::Error(Exiv2::kerFileContainsUnknownImageType);
-        image->readMetadata();
+        {
+            const auto lock = ExifReader::lockXmpParsing();
+            image->readMetadata();
+        }
         Exiv2::PreviewManager manager(*image);
         const Exiv2::PreviewPropertiesList list = manager.getPreviewProperties(); // smallest first
         if (list.empty()) {

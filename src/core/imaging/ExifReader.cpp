@@ -426,8 +426,12 @@ void logExiv2(int, const char *message)
     logDebug(QStringLiteral("Exiv2: ") + QString::fromUtf8(message).trimmed());
 }
 
-// The XMP toolkit keeps global state; Exiv2 takes this lock around every call into it.
-std::mutex s_xmpToolkitMutex;
+// The XMP toolkit keeps global state, its table of namespaces among it. Exiv2 takes this lock
+// only while it registers namespaces, yet parsing a packet registers the packet's own: two
+// threads parsing XMP at once fail now and then ("Schema namespace URI and prefix mismatch") and
+// lose the file's XMP. So the readers also hold it while Exiv2 parses anything that may carry
+// XMP; recursive, because Exiv2 takes it again inside.
+std::recursive_mutex s_xmpToolkitMutex;
 
 void lockXmpToolkit(void *, bool lock)
 {
@@ -454,15 +458,24 @@ bool guarded(ReadAll readAll, QString *error)
     return false;
 }
 
+// Whether a JPEG's metadata segments hold an XMP packet (standard or extended).
+bool holdsXmp(const QByteArray &jpegMetadata)
+{
+    return jpegMetadata.contains("http://ns.adobe.com/xap/1.0/") || jpegMetadata.contains("http://ns.adobe.com/xmp/");
+}
+
 template<typename Open>
-bool read(Open open, ImageMetadata *metadata, QString *error)
+bool read(Open open, bool mayHoldXmp, ImageMetadata *metadata, QString *error)
 {
     return guarded(
         [&] {
             Exiv2::Image::AutoPtr image = open();
             if (!image.get())
                 throw Exiv2::Error(Exiv2::kerFileContainsUnknownImageType);
-            image->readMetadata();
+            {
+                const auto lock = mayHoldXmp ? ExifReader::lockXmpParsing() : std::unique_lock<std::recursive_mutex>();
+                image->readMetadata();
+            }
             readExif(image->exifData(), metadata);
             readIptc(image->iptcData(), metadata);
             readXmp(image->xmpData(), metadata);
@@ -493,10 +506,15 @@ void initialize()
     });
 }
 
+std::unique_lock<std::recursive_mutex> lockXmpParsing()
+{
+    return std::unique_lock(s_xmpToolkitMutex);
+}
+
 bool readFile(const QByteArray &nativePath, ImageMetadata *metadata, QString *error)
 {
     const std::string path(nativePath.constData(), size_t(nativePath.size()));
-    return read([&] { return Exiv2::ImageFactory::open(path); }, metadata, error);
+    return read([&] { return Exiv2::ImageFactory::open(path); }, true, metadata, error);
 }
 
 bool readBuffer(const QByteArray &bytes, ImageMetadata *metadata, QString *error)
@@ -506,7 +524,7 @@ bool readBuffer(const QByteArray &bytes, ImageMetadata *metadata, QString *error
             return Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(bytes.constData()),
                                              long(bytes.size()));
         },
-        metadata, error);
+        holdsXmp(bytes), metadata, error);
 }
 
 bool readBlocks(const QByteArray &exif, const QByteArray &xmpPacket, ImageMetadata *metadata, QString *error)
@@ -521,6 +539,7 @@ bool readBlocks(const QByteArray &exif, const QByteArray &xmpPacket, ImageMetada
             }
             if (!xmpPacket.isEmpty()) {
                 Exiv2::XmpData xmpData;
+                const auto lock = lockXmpParsing();
                 if (Exiv2::XmpParser::decode(xmpData, xmpPacket.toStdString()) == 0)
                     readXmp(xmpData, metadata);
             }

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <mutex>
 #include <optional>
 
 // The metadata of a file, already shaped into the property groups ("{Exif}", "{GPS}", ...).
@@ -37,6 +38,9 @@ namespace ExifReader {
 // Prepares Exiv2 for use from several threads (XMP toolkit lock, log routing, ISO media
 // support). Called by the readers; code that uses Exiv2 directly calls it first.
 void initialize();
+
+// Held while Exiv2 parses anything that may carry XMP: its XMP toolkit parses one packet at a time.
+std::unique_lock<std::recursive_mutex> lockXmpParsing();
 
 bool readFile(const QByteArray &nativePath, ImageMetadata *metadata, QString *error);
 // `bytes` must hold the whole metadata of the file, e.g. a JPEG up to its first scan.

@@ -43,6 +43,21 @@ QString corpusFile(const QString &relative)
     return dir.isEmpty() ? QString() : dir + QLatin1Char('/') + relative;
 }
 
+// Puts an XMP packet into the JPEG at `path`, in an APP1 segment right after its start marker.
+void insertXmpPacket(const QString &path, const QByteArray &packet)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QByteArray bytes = file.readAll();
+    file.close();
+    const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/", 29) + packet;
+    const int length = int(payload.size()) + 2;
+    const QByteArray segment = QByteArray("\xFF\xE1", 2) + char(length >> 8) + char(length & 0xFF) + payload;
+    bytes.insert(2, segment);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
 #define SKIP_WITHOUT_CORPUS()                                                                                          \
     do {                                                                                                               \
         if (TestImages::corpusDir().isEmpty())                                                                         \
@@ -399,13 +414,27 @@ TEST(ImageSource, readsFromSeveralThreadsAtOnce)
 {
     // XMP and IPTC exercise the XMP toolkit's lock, camera files Exiv2's maker-note tables.
     TestDir dir;
-    TestImages::JpegOptions tagged;
-    tagged.make = QStringLiteral("Canon");
-    tagged.latitude = 48.5;
-    tagged.keywords = {QStringLiteral("Zürich")};
-    tagged.extra.insert(QStringLiteral("Xmp.xmp.Rating"), QStringLiteral("4"));
-    QStringList files = {
-        TestImages::writeJpeg(dir.filePath(QStringLiteral("tagged.jpg")), {64, 48}, tagged),
+    QStringList files;
+    // Packets that name the XMP namespace by its old prefix, as older writers do (Exiv2 registers
+    // it anew on every read), with a rating that shows in the properties, so that a packet lost to
+    // a race is seen.
+    for (int i = 1; i <= 4; ++i) {
+        TestImages::JpegOptions tagged;
+        tagged.make = QStringLiteral("Canon");
+        tagged.keywords = {QStringLiteral("Zürich")};
+        const QString path =
+            TestImages::writeJpeg(dir.filePath(QStringLiteral("tagged-%1.jpg").arg(i)), {64, 48}, tagged);
+        insertXmpPacket(path,
+                        R"(<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF )"
+                        R"(xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">)"
+                        R"(<rdf:Description rdf:about="" xmlns:xap="http://ns.adobe.com/xap/1.0/" )"
+                        R"(xmlns:lab)"
+                            + QByteArray::number(i) + R"(="http://example.com/lab/)" + QByteArray::number(i)
+                            + R"(/" xap:Rating=")" + QByteArray::number(i) + R"(" lab)" + QByteArray::number(i)
+                            + R"(:Batch="7"/></rdf:RDF></x:xmpmeta>)");
+        files.append(path);
+    }
+    files += {
         TestImages::dataFile(QStringLiteral("orientation-6.jpg")),
         TestImages::dataFile(QStringLiteral("small-with-thumbnail.heic")),
         TestImages::dataFile(QStringLiteral("exif-entry-count-too-large.jpg")),
