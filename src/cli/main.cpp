@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -27,6 +28,11 @@ constexpr char usage[] = "pixcove-cli COMMAND [OPTIONS]\n"
 
 int main(int argc, char **argv)
 {
+    // Before the application object: a version query costs no more than loading the program.
+    if (argc >= 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::puts("pixcove-cli " PIXCOVE_VERSION);
+        return Cli::exitOk;
+    }
     QCoreApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("tallowmere"));
     QCoreApplication::setApplicationName(QStringLiteral("Pixcove3"));
