@@ -10,6 +10,8 @@
 #include <QStandardPaths>
 #include <QStringTokenizer>
 
+#include <iterator>
+
 namespace {
 
 constexpr Translator tr("TypeIdentifiers");
@@ -120,6 +122,87 @@ QString familyOfMediaType(const QString &mimeName)
     return {};
 }
 
+// The last few extensions this thread looked up and their types: the per-extension cache
+// without its lock and without making a string of the extension. Entries never go stale, as
+// the cache they come from only grows.
+class RecentExtensions
+{
+public:
+    const QString *find(QStringView extension) const
+    {
+        for (const Entry &entry : m_entries) {
+            if (!entry.extension.isNull() && entry.extension == extension)
+                return &entry.type;
+        }
+        return nullptr;
+    }
+
+    void add(const QString &extension, const QString &type)
+    {
+        m_entries[m_next] = {extension, type};
+        m_next = (m_next + 1) % std::size(m_entries);
+    }
+
+private:
+    struct Entry
+    {
+        QString extension;
+        QString type;
+    };
+    // Eight: a camera folder mixes ".JPG", ".jpg", ".CR3", ".MOV" and their sidecars.
+    Entry m_entries[8];
+    size_t m_next = 0;
+};
+
+RecentExtensions &recentExtensions()
+{
+    thread_local RecentExtensions recent;
+    return recent;
+}
+
+// The last few answers of conformsTo on this thread, by the texts' storage: a listing asks the
+// same few questions ("is public.jpeg an image?") for every file, with the same strings.
+class RecentConformance
+{
+public:
+    const bool *find(const QString &type, const QString &parent) const
+    {
+        for (const Entry &entry : m_entries) {
+            if (sameText(entry.type, type) && sameText(entry.parent, parent))
+                return &entry.answer;
+        }
+        return nullptr;
+    }
+
+    void add(const QString &type, const QString &parent, bool answer)
+    {
+        m_entries[m_next] = {type, parent, answer};
+        m_next = (m_next + 1) % std::size(m_entries);
+    }
+
+private:
+    // The same characters in the same place: the same text, without reading it.
+    static bool sameText(const QString &a, const QString &b)
+    {
+        return a.constData() == b.constData() && a.size() == b.size() && !a.isEmpty();
+    }
+
+    struct Entry
+    {
+        QString type;
+        QString parent;
+        bool answer = false;
+    };
+    Entry m_entries[8];
+    size_t m_next = 0;
+};
+
+RecentConformance &recentConformance()
+{
+    thread_local RecentConformance recent;
+    return recent;
+}
+
 class Table
 {
 public:
@@ -151,22 +234,40 @@ public:
     QString forFileName(const QString &fileName)
     {
         const qsizetype dot = fileName.lastIndexOf(QLatin1Char('.'));
-        QString key = dot > 0 ? fileName.mid(dot + 1) : QString();
+        QStringView key = dot > 0 ? QStringView(fileName).mid(dot + 1) : QStringView();
         if (!key.isEmpty() && endsInCompoundSuffix(fileName, dot))
-            key.clear();
+            key = QStringView();
         if (!key.isEmpty()) {
+            // A folder's names share a few extensions: most lookups end here, without a lock.
+            RecentExtensions &recent = recentExtensions();
+            if (const QString *type = recent.find(key))
+                return *type;
+            const QString extension = key.toString();
             QReadLocker locker(&m_lock);
-            if (const auto it = m_typeForExtension.constFind(key); it != m_typeForExtension.cend())
+            if (const auto it = m_typeForExtension.constFind(extension); it != m_typeForExtension.cend()) {
+                recent.add(extension, *it);
                 return *it;
+            }
         }
         QMimeDatabase db;
         const QMimeType mime = db.mimeTypeForFile(fileName, QMimeDatabase::MatchExtension);
         const QString type = forMime(mime.name());
-        if (!key.isEmpty() && (mime.isDefault() || claimsExtension(mime, key))) {
+        if (!key.isEmpty() && (mime.isDefault() || claimsExtension(mime, key.toString()))) {
             QWriteLocker locker(&m_lock);
-            m_typeForExtension.insert(key, type);
+            m_typeForExtension.insert(key.toString(), type);
         }
         return type;
+    }
+
+    // Whether `parent` is in the chain of `type`, without copying the chain once it is known.
+    bool chainContains(const QString &type, const QString &parent)
+    {
+        {
+            QReadLocker locker(&m_lock);
+            if (const auto it = m_chains.constFind(type); it != m_chains.cend())
+                return it->contains(parent);
+        }
+        return chain(type).contains(parent);
     }
 
     QStringList chain(const QString &type)
@@ -353,7 +454,12 @@ bool conformsTo(const QString &type, const QString &parent)
         return false;
     if (type == parent)
         return true;
-    return Table::shared().chain(type).contains(parent);
+    RecentConformance &recent = recentConformance();
+    if (const bool *answer = recent.find(type, parent))
+        return *answer;
+    const bool answer = Table::shared().chainContains(type, parent);
+    recent.add(type, parent, answer);
+    return answer;
 }
 
 QStringList conformanceChain(const QString &type)
