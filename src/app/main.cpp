@@ -1,5 +1,4 @@
-#include "core/imaging/ImageSource.h"
-#include "ui/app/ApplicationMain.h"
+#include "app/ProgramModule.h"
 
 #include <cstdio>
 #include <cstring>
@@ -12,6 +11,5 @@ int main(int argc, char **argv)
         std::puts("pixcove " PIXCOVE_VERSION);
         return 0;
     }
-    ImageSource::install();
-    return runPixcove(argc, argv);
+    return ProgramModule::run("pixcove", "pixcove_main", PIXCOVE_MODULE_INSTALLED, PIXCOVE_MODULE_BUILD, argc, argv, 1);
 }

@@ -9,7 +9,6 @@
 #include <QCoreApplication>
 
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
@@ -26,13 +25,9 @@ constexpr char usage[] = "pixcove-cli COMMAND [OPTIONS]\n"
 
 } // namespace
 
-int main(int argc, char **argv)
+// The tool proper, loaded and run by the `pixcove-cli` launcher (main.cpp).
+extern "C" __attribute__((visibility("default"))) int pixcove_cli_main(int argc, char **argv)
 {
-    // Before the application object: a version query costs no more than loading the program.
-    if (argc >= 2 && std::strcmp(argv[1], "--version") == 0) {
-        std::puts("pixcove-cli " PIXCOVE_VERSION);
-        return Cli::exitOk;
-    }
     QCoreApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("tallowmere"));
     QCoreApplication::setApplicationName(QStringLiteral("Pixcove3"));
