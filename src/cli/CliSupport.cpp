@@ -1,6 +1,7 @@
 #include "cli/CliSupport.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace Cli {
 
@@ -19,6 +20,13 @@ int usageError(const QString &message, const char *usage)
     printError(message);
     std::fprintf(stderr, "usage: %s\n", usage);
     return exitUsage;
+}
+
+void exitWithoutCleanup(int status)
+{
+    std::fflush(stdout);
+    std::fflush(stderr);
+    std::_Exit(status);
 }
 
 std::optional<int> intOption(const QStringList &args, qsizetype &index, int min, int max, QString *error)

@@ -222,5 +222,6 @@ int runLsCommand(const QStringList &args)
         for (const FileModelPtr &node : collection.flatRepresentation())
             out.line(node->file()->nativePath());
     }
-    return status;
+    out.flush();
+    Cli::exitWithoutCleanup(status);
 }

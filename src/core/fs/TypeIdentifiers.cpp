@@ -2,10 +2,15 @@
 
 #include "core/app/Translate.h"
 
+#include <QFile>
 #include <QHash>
 #include <QMimeDatabase>
 #include <QReadWriteLock>
 #include <QSet>
+#include <QStandardPaths>
+#include <QStringTokenizer>
+
+#include <iterator>
 
 namespace {
 
@@ -117,6 +122,87 @@ QString familyOfMediaType(const QString &mimeName)
     return {};
 }
 
+// The last few extensions this thread looked up and their types: the per-extension cache
+// without its lock and without making a string of the extension. Entries never go stale, as
+// the cache they come from only grows.
+class RecentExtensions
+{
+public:
+    const QString *find(QStringView extension) const
+    {
+        for (const Entry &entry : m_entries) {
+            if (!entry.extension.isNull() && entry.extension == extension)
+                return &entry.type;
+        }
+        return nullptr;
+    }
+
+    void add(const QString &extension, const QString &type)
+    {
+        m_entries[m_next] = {extension, type};
+        m_next = (m_next + 1) % std::size(m_entries);
+    }
+
+private:
+    struct Entry
+    {
+        QString extension;
+        QString type;
+    };
+    // Eight: a camera folder mixes ".JPG", ".jpg", ".CR3", ".MOV" and their sidecars.
+    Entry m_entries[8];
+    size_t m_next = 0;
+};
+
+RecentExtensions &recentExtensions()
+{
+    thread_local RecentExtensions recent;
+    return recent;
+}
+
+// The last few answers of conformsTo on this thread, by the texts' storage: a listing asks the
+// same few questions ("is public.jpeg an image?") for every file, with the same strings.
+class RecentConformance
+{
+public:
+    const bool *find(const QString &type, const QString &parent) const
+    {
+        for (const Entry &entry : m_entries) {
+            if (sameText(entry.type, type) && sameText(entry.parent, parent))
+                return &entry.answer;
+        }
+        return nullptr;
+    }
+
+    void add(const QString &type, const QString &parent, bool answer)
+    {
+        m_entries[m_next] = {type, parent, answer};
+        m_next = (m_next + 1) % std::size(m_entries);
+    }
+
+private:
+    // The same characters in the same place: the same text, without reading it.
+    static bool sameText(const QString &a, const QString &b)
+    {
+        return a.constData() == b.constData() && a.size() == b.size() && !a.isEmpty();
+    }
+
+    struct Entry
+    {
+        QString type;
+        QString parent;
+        bool answer = false;
+    };
+    Entry m_entries[8];
+    size_t m_next = 0;
+};
+
+RecentConformance &recentConformance()
+{
+    thread_local RecentConformance recent;
+    return recent;
+}
+
 class Table
 {
 public:
@@ -148,22 +234,40 @@ public:
     QString forFileName(const QString &fileName)
     {
         const qsizetype dot = fileName.lastIndexOf(QLatin1Char('.'));
-        QString key = dot > 0 ? fileName.mid(dot + 1) : QString();
+        QStringView key = dot > 0 ? QStringView(fileName).mid(dot + 1) : QStringView();
         if (!key.isEmpty() && endsInCompoundSuffix(fileName, dot))
-            key.clear();
+            key = QStringView();
         if (!key.isEmpty()) {
+            // A folder's names share a few extensions: most lookups end here, without a lock.
+            RecentExtensions &recent = recentExtensions();
+            if (const QString *type = recent.find(key))
+                return *type;
+            const QString extension = key.toString();
             QReadLocker locker(&m_lock);
-            if (const auto it = m_typeForExtension.constFind(key); it != m_typeForExtension.cend())
+            if (const auto it = m_typeForExtension.constFind(extension); it != m_typeForExtension.cend()) {
+                recent.add(extension, *it);
                 return *it;
+            }
         }
         QMimeDatabase db;
         const QMimeType mime = db.mimeTypeForFile(fileName, QMimeDatabase::MatchExtension);
         const QString type = forMime(mime.name());
-        if (!key.isEmpty() && (mime.isDefault() || claimsExtension(mime, key))) {
+        if (!key.isEmpty() && (mime.isDefault() || claimsExtension(mime, key.toString()))) {
             QWriteLocker locker(&m_lock);
-            m_typeForExtension.insert(key, type);
+            m_typeForExtension.insert(key.toString(), type);
         }
         return type;
+    }
+
+    // Whether `parent` is in the chain of `type`, without copying the chain once it is known.
+    bool chainContains(const QString &type, const QString &parent)
+    {
+        {
+            QReadLocker locker(&m_lock);
+            if (const auto it = m_chains.constFind(type); it != m_chains.cend())
+                return it->contains(parent);
+        }
+        return chain(type).contains(parent);
     }
 
     QStringList chain(const QString &type)
@@ -196,6 +300,61 @@ private:
         return false;
     }
 
+    // A glob that names a suffix of two or three parts and nothing else ("*.tar.gz").
+    static bool isCompoundSuffixGlob(QStringView glob)
+    {
+        if (!glob.startsWith(QLatin1String("*.")))
+            return false;
+        const QStringView suffix = glob.mid(2);
+        return suffix.contains(QLatin1Char('.')) && !suffix.contains(QLatin1Char('*'))
+            && !suffix.contains(QLatin1Char('[')) && !suffix.contains(QLatin1Char('?'));
+    }
+
+    // The compound suffixes of the "globs2" files that update-mime-database writes beside the
+    // database Qt reads ("weight:type:glob[:flags]" lines). Reading them costs a fraction of a
+    // millisecond; asking Qt for every type's globs makes it parse each type's XML file, some
+    // 50 ms that every start would pay. Empty when there is no such file.
+    static QSet<QString> compoundSuffixesFromGlobFiles()
+    {
+        QSet<QString> suffixes;
+        const QStringList folders = QStandardPaths::locateAll(QStandardPaths::GenericDataLocation,
+                                                              QStringLiteral("mime"), QStandardPaths::LocateDirectory);
+        for (const QString &folder : folders) {
+            QFile file(folder + QLatin1String("/globs2"));
+            if (!file.open(QIODevice::ReadOnly))
+                continue;
+            const QString text = QString::fromUtf8(file.readAll());
+            for (const QStringView line : QStringTokenizer(text, QLatin1Char('\n'))) {
+                if (line.startsWith(QLatin1Char('#')))
+                    continue;
+                const qsizetype typeStart = line.indexOf(QLatin1Char(':'));
+                const qsizetype globStart = typeStart < 0 ? -1 : line.indexOf(QLatin1Char(':'), typeStart + 1);
+                if (globStart < 0)
+                    continue;
+                const qsizetype globEnd = line.indexOf(QLatin1Char(':'), globStart + 1);
+                const QStringView glob =
+                    line.mid(globStart + 1, globEnd < 0 ? line.size() - globStart - 1 : globEnd - globStart - 1);
+                if (isCompoundSuffixGlob(glob))
+                    suffixes.insert(glob.mid(2).toString().toLower());
+            }
+        }
+        return suffixes;
+    }
+
+    // The same from every type's globs: the slow way, for a database without glob files.
+    static QSet<QString> compoundSuffixesFromDatabase()
+    {
+        QSet<QString> suffixes;
+        QMimeDatabase db;
+        for (const QMimeType &mime : db.allMimeTypes()) {
+            for (const QString &glob : mime.globPatterns()) {
+                if (isCompoundSuffixGlob(glob))
+                    suffixes.insert(glob.mid(2).toLower());
+            }
+        }
+        return suffixes;
+    }
+
     bool endsInCompoundSuffix(const QString &fileName, qsizetype lastDot) const
     {
         qsizetype dot = lastDot;
@@ -211,18 +370,9 @@ private:
 
     Table()
     {
-        // Suffixes of two or three parts that some type claims ("tar.gz", "pkg.tar.zst").
-        QMimeDatabase db;
-        for (const QMimeType &mime : db.allMimeTypes()) {
-            for (const QString &glob : mime.globPatterns()) {
-                if (!glob.startsWith(QLatin1String("*.")))
-                    continue;
-                const QString suffix = glob.mid(2);
-                if (suffix.contains(QLatin1Char('.')) && !suffix.contains(QLatin1Char('*'))
-                    && !suffix.contains(QLatin1Char('[')) && !suffix.contains(QLatin1Char('?')))
-                    m_compoundSuffixes.insert(suffix.toLower());
-            }
-        }
+        m_compoundSuffixes = compoundSuffixesFromGlobFiles();
+        if (m_compoundSuffixes.isEmpty())
+            m_compoundSuffixes = compoundSuffixesFromDatabase();
         for (const KnownType &known : knownTypes) {
             const QString identifier = QString::fromLatin1(known.identifier);
             m_parents.insert(identifier,
@@ -304,7 +454,12 @@ bool conformsTo(const QString &type, const QString &parent)
         return false;
     if (type == parent)
         return true;
-    return Table::shared().chain(type).contains(parent);
+    RecentConformance &recent = recentConformance();
+    if (const bool *answer = recent.find(type, parent))
+        return *answer;
+    const bool answer = Table::shared().chainContains(type, parent);
+    recent.add(type, parent, answer);
+    return answer;
 }
 
 QStringList conformanceChain(const QString &type)
@@ -315,6 +470,17 @@ QStringList conformanceChain(const QString &type)
 QString preferredMimeType(const QString &type)
 {
     return Table::shared().mimeFor(type);
+}
+
+QStringList namedTypesConformingTo(const QString &parent)
+{
+    QStringList types;
+    for (const KnownType &known : knownTypes) {
+        const QString identifier = QString::fromLatin1(known.identifier);
+        if (conformsTo(identifier, parent))
+            types.append(identifier);
+    }
+    return types;
 }
 
 QString description(const QString &type)

@@ -21,6 +21,8 @@ bool conformsTo(const QString &type, const QString &parent);
 QStringList conformanceChain(const QString &type);
 // The MIME type a type identifier came from (for default-application lookups); empty if none.
 QString preferredMimeType(const QString &type);
+// The types of the table (those with a name of their own) that conform to `parent`, in table order.
+QStringList namedTypesConformingTo(const QString &parent);
 // A short localised description ("JPEG image", "Folder") for the kind column and sort.
 QString description(const QString &type);
 

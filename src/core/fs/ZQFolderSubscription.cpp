@@ -56,6 +56,26 @@ private:
     int &m_depth;
 };
 
+// A path with its hash worked out once: the index of a folder of 100 000 entries grows step by
+// step while the listing arrives, and every step would otherwise read and hash every path again.
+struct PathKey
+{
+    explicit PathKey(const QByteArray &nativePath)
+        : path(nativePath)
+        , hash(qHash(nativePath))
+    { }
+
+    bool operator==(const PathKey &other) const { return hash == other.hash && path == other.path; }
+
+    QByteArray path;
+    size_t hash;
+};
+
+size_t qHash(const PathKey &key, size_t seed)
+{
+    return key.hash ^ seed;
+}
+
 QHash<QByteArray, std::weak_ptr<ZQFolderSubscription>> &subscriptionsByPath()
 {
     static QHash<QByteArray, std::weak_ptr<ZQFolderSubscription>> subscriptions;
@@ -79,7 +99,7 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
 
     // The known entries, in no particular order, and where each stands in the list.
     QList<ZQFilePtr> files;
-    QHash<QByteArray, qsizetype> indexOfPath;
+    QHash<PathKey, qsizetype> indexOfPath;
 
     bool watching = false;
     bool folderGone = false;
@@ -101,15 +121,17 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
 
     bool isListing() const { return loader || rescanner; }
 
-    void addFile(const ZQFilePtr &file)
+    void addFile(const ZQFilePtr &file) { addFile(file, PathKey(file->nativePath())); }
+
+    void addFile(const ZQFilePtr &file, PathKey &&key)
     {
-        indexOfPath.insert(file->nativePath(), files.size());
+        indexOfPath.insert(std::move(key), files.size());
         files.append(file);
     }
 
     void removeFile(const QByteArray &path)
     {
-        const auto it = indexOfPath.constFind(path);
+        const auto it = indexOfPath.constFind(PathKey(path));
         if (it == indexOfPath.cend())
             return;
         const qsizetype index = *it;
@@ -117,7 +139,7 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
         const qsizetype last = files.size() - 1;
         if (index != last) {
             files[index] = std::move(files[last]);
-            indexOfPath[files[index]->nativePath()] = index;
+            indexOfPath[PathKey(files[index]->nativePath())] = index;
         }
         files.removeLast();
     }
@@ -165,8 +187,8 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
 
     void flush()
     {
-        const QList<ZQFileEvent> events =
-            coalescer.take([this](const QByteArray &path) { return path == folderPath || indexOfPath.contains(path); });
+        const QList<ZQFileEvent> events = coalescer.take(
+            [this](const QByteArray &path) { return path == folderPath || indexOfPath.contains(PathKey(path)); });
         bool rescan = false;
         for (const ZQFileEvent &event : events) {
             if (event.type == ZQFileEventType::rescanNeeded) {
@@ -222,9 +244,10 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
         fresh.reserve(listed.size());
         for (const ZQFilePtr &file : listed) {
             const QByteArray &path = file->nativePath();
-            if (indexOfPath.contains(path) || !changedDuringListing.value(path, true))
+            PathKey key(path);
+            if (indexOfPath.contains(key) || !changedDuringListing.value(path, true))
                 continue;
-            addFile(file);
+            addFile(file, std::move(key));
             fresh.append(file);
         }
         return fresh;
@@ -297,7 +320,7 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
             for (const ZQFilePtr &file : std::as_const(rescanned)) {
                 const QByteArray &path = file->nativePath();
                 listedPaths.insert(path);
-                if (indexOfPath.contains(path) || changedDuringListing.contains(path))
+                if (indexOfPath.contains(PathKey(path)) || changedDuringListing.contains(path))
                     continue;
                 addFile(file);
                 differences.append(ZQFileEvent{ZQFileEventType::created, path});

@@ -105,6 +105,7 @@ ZQStandardFile::ZQStandardFile(const QByteArray &nativePath, ZQEntryKind kind)
     const qsizetype slash = m_path.lastIndexOf(QLatin1Char('/'));
     m_name = m_path.mid(slash + 1);
     m_displayName = m_name.isEmpty() ? QStringLiteral("/") : m_name;
+    m_isInvisible = m_name.startsWith(QLatin1Char('.'));
 }
 
 ZQStandardFile::~ZQStandardFile() = default;

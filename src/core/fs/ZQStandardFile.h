@@ -52,7 +52,7 @@ public:
     const QString &displayName() const { return m_displayName; }
     QString parentPath() const; // empty for "/"
     ZQFilePtr parentItem() const; // null for "/"
-    bool isInvisible() const { return m_name.startsWith(QLatin1Char('.')); }
+    bool isInvisible() const { return m_isInvisible; }
 
     // Symbolic links followed; the path itself when it is not a link or the link is broken.
     QString resolvedPath() const;
@@ -102,6 +102,7 @@ private:
     QString m_name;
     QString m_displayName;
     std::atomic<ZQEntryKind> m_kind; // from the directory entry; unknown once an event says it may differ
+    bool m_isInvisible; // the name starts with a dot; kept beside the kind, as filters ask it of every file
 
     mutable std::unique_ptr<StatInfo> m_stat;
     mutable QString m_typeIdentifier;

@@ -219,6 +219,9 @@ void FileCollectionModel::reload()
 void FileCollectionModel::relist()
 {
     m_reloadTimer->stop();
+    // A re-sort asked for before the listing would publish half of it: the end of the loading
+    // rebuilds instead.
+    m_resortTimer->stop();
     delete m_loadContext; // drops every connection of the previous listing
     m_loadContext = new QObject(this);
     for (const FileModelPtr &node : std::as_const(m_rootItems))
@@ -286,6 +289,8 @@ void FileCollectionModel::addChildren(const FileModelPtr &node, const QList<ZQFi
     const int remaining = node->currentAutoloadDepth.value_or(0);
     if (!fromEvent)
         m_needsFullRebuild = true;
+    if (files.size() > 1)
+        node->reserveChildren(files.size());
     for (const ZQFilePtr &entry : files) {
         const PXFilePtr file = PXFile::from(entry);
         FileModelPtr child = node->childForFile(file);
@@ -500,12 +505,21 @@ QList<FileModelPtr> arrangeFolder(const FileModelPtr &folder, const QList<FileMo
                                   const FilePredicate &predicate, const QList<SortDescriptor> &descriptors)
 {
     const QList<FileModelPtr> children = folder->allChildrenList();
+    QList<FileModelPtr> arranged;
+    arranged.reserve(children.size());
+    if (previous.isEmpty()) {
+        // The folder's first arrangement: nothing to keep the place of.
+        for (const FileModelPtr &child : children) {
+            if (predicate(*child->file()))
+                arranged.append(child);
+        }
+        sortItems<FileModelPtr>(arranged, descriptors, fileOf);
+        return arranged;
+    }
     QSet<const FileModel *> present;
     present.reserve(children.size());
     for (const FileModelPtr &child : children)
         present.insert(child.get());
-    QList<FileModelPtr> arranged;
-    arranged.reserve(children.size());
     QSet<const FileModel *> placed;
     for (const FileModelPtr &child : previous) {
         if (present.contains(child.get()) && predicate(*child->file())) {

@@ -4,10 +4,13 @@
 #include "core/model/PXFile.h"
 
 #include <QTimer>
+#include <QtConcurrent/QtConcurrentMap>
 
 namespace {
 // A load shorter than this never shows as long loading, so quick folders do not flash a spinner.
 constexpr int longLoadingDelayMs = 300;
+// Below this many children, counting on one thread costs less than handing out the work.
+constexpr qsizetype parallelCountMinimum = 2000;
 } // namespace
 
 FileModelPtr FileModel::create(PXFilePtr file, const FileModelPtr &parent)
@@ -50,6 +53,14 @@ FileModelPtr FileModel::childForFile(const PXFilePtr &file)
     return child;
 }
 
+void FileModel::reserveChildren(qsizetype count)
+{
+    QMutexLocker locker(&m_content.recursiveLock);
+    if (!m_content.allChildren)
+        m_content.allChildren.emplace();
+    m_content.allChildren->reserve(m_content.allChildren->size() + count);
+}
+
 FileModelPtr FileModel::removeChildForFile(const PXFile *file)
 {
     QMutexLocker locker(&m_content.recursiveLock);
@@ -85,6 +96,13 @@ bool FileModel::hasChild(const FileModel *child) const
 
 FileModel::ChildCounts FileModel::countChildren(const QList<FileModelPtr> &children)
 {
+    // Whether a file is an image needs its type: for a large folder, found on every core first.
+    if (children.size() > parallelCountMinimum) {
+        QtConcurrent::blockingMap(children.cbegin(), children.cend(), [](const FileModelPtr &child) {
+            if (child->isLeaf())
+                child->file()->isImage();
+        });
+    }
     ChildCounts counts;
     for (const FileModelPtr &child : children)
         countChild(counts, *child, 1);

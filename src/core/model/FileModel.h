@@ -68,6 +68,8 @@ public:
 
     // The child for `file`, made (and kept) on first request.
     FileModelPtr childForFile(const PXFilePtr &file);
+    // Makes room for `count` more children at once, rather than growing step by step.
+    void reserveChildren(qsizetype count);
     // Drops the child for `file`; answers it, or null when there was none.
     FileModelPtr removeChildForFile(const PXFile *file);
     QList<FileModelPtr> allChildrenList() const;

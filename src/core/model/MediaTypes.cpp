@@ -2,20 +2,13 @@
 
 #include "core/fs/TypeIdentifiers.h"
 
-#include <QMimeDatabase>
-
 namespace MediaTypes {
 
 const QStringList &audiovisualTypes()
 {
     static const QStringList types = [] {
-        QStringList list;
-        const QMimeDatabase db;
-        for (const QMimeType &mime : db.allMimeTypes()) {
-            if (mime.name().startsWith(QLatin1String("video/")))
-                list.append(TypeIdentifiers::forMimeType(mime.name()));
-        }
-        list << QStringLiteral("public.video") << QStringLiteral("public.movie");
+        QStringList list = {QStringLiteral("public.movie"), QStringLiteral("public.video")};
+        list += TypeIdentifiers::namedTypesConformingTo(QStringLiteral("public.movie"));
         list.removeDuplicates();
         return list;
     }();

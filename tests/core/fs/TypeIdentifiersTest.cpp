@@ -1,6 +1,10 @@
 #include "core/fs/TypeIdentifiers.h"
 
+#include <QMimeDatabase>
+
 #include <gtest/gtest.h>
+
+#include <utility>
 
 using namespace TypeIdentifiers;
 
@@ -65,4 +69,62 @@ TEST(TypeIdentifiers, FoldersAndNamesThatShareAnExtension)
     EXPECT_NE(tarball, gzip);
     EXPECT_EQ(gzip, QStringLiteral("org.gnu.gnu-zip-archive"));
     EXPECT_EQ(forFileName(QStringLiteral("other.tar.gz"), false), tarball);
+}
+
+// Every suffix of the MIME database gets the type the database gives for that very name, however
+// the caches by extension were filled before: the last part alone first ("first.gz" before
+// "x.tar.gz"), upper case, more dots, and every name a second time.
+TEST(TypeIdentifiers, SuffixesGetTheTypesOfTheWholeDatabase)
+{
+    const QMimeDatabase db;
+    QStringList suffixes;
+    for (const QMimeType &mime : db.allMimeTypes()) {
+        for (const QString &glob : mime.globPatterns()) {
+            const QString suffix = glob.mid(2);
+            if (glob.startsWith(QLatin1String("*.")) && !suffix.contains(QLatin1Char('*'))
+                && !suffix.contains(QLatin1Char('[')) && !suffix.contains(QLatin1Char('?')))
+                suffixes.append(suffix);
+        }
+    }
+    ASSERT_GT(suffixes.size(), 500);
+    ASSERT_TRUE(suffixes.contains(QStringLiteral("tar.gz")));
+    for (int pass = 0; pass < 2; ++pass) {
+        for (const QString &suffix : std::as_const(suffixes)) {
+            forFileName(QStringLiteral("first.") + suffix.section(QLatin1Char('.'), -1), false);
+            for (const QString &name : {QStringLiteral("x.") + suffix, QStringLiteral("X.") + suffix.toUpper(),
+                                        QStringLiteral("2023.05.01 party.") + suffix}) {
+                const QString expected = forMimeType(db.mimeTypeForFile(name, QMimeDatabase::MatchExtension).name());
+                EXPECT_EQ(forFileName(name, false), expected) << qPrintable(name);
+            }
+        }
+    }
+
+    // The types the program tells apart, by the suffixes cameras and people write.
+    const std::pair<const char *, const char *> named[] = {
+        {"a.JPG", "public.jpeg"},
+        {"a.heic", "public.heif"}, // image/heic is an alias of image/heif here
+        {"a.HEIF", "public.heif"},
+        {"a.avif", "public.avif"},
+        {"a.webp", "org.webmproject.webp"},
+        {"a.tif", "public.tiff"},
+        {"a.CR2", "com.canon.cr2-raw-image"},
+        {"a.CR3", "com.canon.cr3-raw-image"},
+        {"a.NEF", "com.nikon.raw-image"},
+        {"a.dng", "com.adobe.raw-image"},
+        {"a.ARW", "com.sony.arw-raw-image"},
+        {"a.RAF", "com.fuji.raw-image"},
+        {"a.ORF", "com.olympus.raw-image"},
+        {"a.RW2", "com.panasonic.rw2-raw-image"},
+        {"a.MOV", "com.apple.quicktime-movie"},
+        {"a.mp4", "public.mpeg-4"},
+        {"a.mkv", "org.matroska.mkv"},
+        {"a.avi", "public.avi"},
+        {"a.webm", "org.webmproject.webm"},
+        {"a.MTS", "public.mpeg-2-transport-stream"},
+        {"a.desktop", "org.freedesktop.desktop-entry"},
+        {"a.AppImage", "com.appimage.appimage"},
+    };
+    for (const auto &[name, type] : named)
+        EXPECT_EQ(forFileName(QString::fromLatin1(name), false), QString::fromLatin1(type)) << name;
+    EXPECT_EQ(forFileName(QStringLiteral("DCIM"), true), QStringLiteral("public.folder"));
 }

@@ -3,7 +3,12 @@
 
 #include "support/TestDir.h"
 
+#include "core/model/TextHelpers.h"
+
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
 
 namespace {
 
@@ -90,6 +95,53 @@ TEST(FileSorting, FoldersStayFirstAndEqualKeysFallBackToNames)
     QStringList expected = all;
     expected.sort();
     EXPECT_EQ(shuffled, expected);
+}
+
+// The fast name sort (a collation key per name, compared by its first bytes and then whole)
+// against the collator itself, on names as cameras and people write them: unpadded and padded
+// numbers, spaces, mixed case, copies "photo (N)", diacritics, full-width digits and long names
+// that share more than the compared first bytes.
+TEST(FileSorting, HundredThousandNamesSortInTheCollatorsOrder)
+{
+    const auto nameFor = [](int i) {
+        const QString n = QString::number(i / 10 + 1);
+        const QString padded = QStringLiteral("%1").arg(i / 10 % 1000, 5, 10, QLatin1Char('0'));
+        switch (i % 10) {
+        case 0: return QStringLiteral("IMG_") + n + QStringLiteral(".jpg");
+        case 1: return QStringLiteral("img_") + n + QStringLiteral(".JPG");
+        case 2: return QStringLiteral("DSC_") + padded + QStringLiteral("_") + n + QStringLiteral(".JPG");
+        case 3: return QStringLiteral("photo (") + n + QStringLiteral(").jpeg");
+        case 4: return QStringLiteral("Photo ") + n + QStringLiteral(".JPG");
+        case 5: return QStringLiteral("résumé ") + n + QStringLiteral(".txt");
+        case 6: return QStringLiteral("resume ") + n + QStringLiteral(".txt");
+        case 7: return QStringLiteral("Holiday in Brittany 2023 - day ") + n + QStringLiteral(" - IMG_") + padded;
+        case 8: return QStringLiteral("\uFF11") + n + QStringLiteral(" scan.png");
+        default: return n;
+        }
+    };
+    QStringList names;
+    for (int i = 0; i < 100000; ++i)
+        names << nameFor(i);
+    std::shuffle(names.begin(), names.end(), std::mt19937(20240601));
+    QList<PXFilePtr> files;
+    for (const QString &name : std::as_const(names))
+        files << PXFile::fileForPath(QStringLiteral("/nonexistent-sort-test/") + name);
+
+    for (const bool ascending : {true, false}) {
+        QList<PXFilePtr> sorted = files;
+        sortFiles(sorted, sortDescriptorsForSortType(FileSortType::name, FolderSortType::mixed, ascending));
+        ASSERT_EQ(sorted.size(), files.size());
+        qsizetype misplaced = 0;
+        QString example;
+        for (qsizetype i = 0; i + 1 < sorted.size(); ++i) {
+            const int order = finderStyleCompare(sorted[i]->name(), sorted[i + 1]->name());
+            if (ascending ? order < 0 : order > 0)
+                continue;
+            if (misplaced++ == 0)
+                example = sorted[i]->name() + QStringLiteral(" | ") + sorted[i + 1]->name();
+        }
+        EXPECT_EQ(misplaced, 0) << (ascending ? "ascending" : "descending") << ", first: " << qPrintable(example);
+    }
 }
 
 TEST(FileSorting, FilterPredicatesHideInvisibleFilesAndFolders)

@@ -1,0 +1,43 @@
+#include "core/model/DisplayFormats.h"
+
+#include <unicode/timezone.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+
+// EXIF dates are read without ICU's parser where that is safe; they must give the very instants
+// ICU's lenient parser gives (reached here through an equivalent pattern), in a zone with summer
+// time, on the days the clock changes and for text that is not quite well formed.
+TEST(DisplayFormats, ExifDatesAreTheInstantsIcuParses)
+{
+    const std::unique_ptr<icu::TimeZone> previous(icu::TimeZone::createDefault());
+    const std::unique_ptr<icu::TimeZone> paris(icu::TimeZone::createTimeZone("Europe/Paris"));
+    icu::TimeZone::setDefault(*paris);
+
+    const QString exif = QStringLiteral("yyyy:MM:dd HH:mm:ss");
+    const QString viaIcu = QStringLiteral("y:M:d H:m:s");
+    QStringList texts = {QStringLiteral("2023:03:26 02:30:00"),   QStringLiteral("2023:03:26 03:30:00"),
+                         QStringLiteral("2023:10:29 02:30:00"),   QStringLiteral("2023:10:29 01:59:59"),
+                         QStringLiteral(" 2008:11:01 21:15:07 "), QStringLiteral("2008:13:01 10:00:00"),
+                         QStringLiteral("2008:02:30 10:00:00"),   QStringLiteral("2008:11:1 21:15:07"),
+                         QStringLiteral("1850:06:01 12:00:00"),   QStringLiteral("2008-11-01 21:15:07")};
+    // Every 37 hours and 13 minutes over thirty years: every hour of the day, both offsets.
+    const QDateTime start(QDate(2000, 1, 1), QTime(0, 0), Qt::UTC);
+    for (qint64 step = 0; step < 30 * 365 * 24 / 37; ++step)
+        texts << start.addSecs(step * (37 * 3600 + 13 * 60 + 7)).toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+    // A thread of its own: ICU parsers made earlier on this thread keep the zone they were made in.
+    std::thread([&] {
+        for (const QString &text : std::as_const(texts)) {
+            const QDateTime fast = parsedDate(text, exif);
+            const QDateTime reference = parsedDate(text, viaIcu);
+            EXPECT_EQ(fast.isValid(), reference.isValid()) << qPrintable(text);
+            EXPECT_EQ(fast.toMSecsSinceEpoch(), reference.toMSecsSinceEpoch()) << qPrintable(text);
+        }
+        EXPECT_EQ(parsedDate(QStringLiteral("2023:07:14 12:00:00"), exif).toUTC(),
+                  QDateTime(QDate(2023, 7, 14), QTime(10, 0), Qt::UTC));
+    }).join();
+
+    icu::TimeZone::setDefault(*previous);
+}
