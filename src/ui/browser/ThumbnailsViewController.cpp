@@ -46,6 +46,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_grid);
+    m_loadingLabel->setObjectName(QStringLiteral("loadingNotice"));
     m_loadingLabel->setAlignment(Qt::AlignCenter);
     m_loadingLabel->setWordWrap(true);
     m_loadingLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -87,6 +88,8 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
         restoreStateIfSettled();
     });
     connect(m_collection, &FileCollectionModel::itemCountChanged, this, &ThumbnailsViewController::updateStatus);
+    connect(m_collection, &FileCollectionModel::foundCountChanged, this, &ThumbnailsViewController::updateStatus);
+    connect(m_collection, &FileCollectionModel::longLoadingChanged, this, &ThumbnailsViewController::updateStatus);
     connect(m_collection, &FileCollectionModel::folderFailed, this, [this](const QString &path, const QString &reason) {
         logError(tr("Cannot list %1: %2").arg(path, reason));
         // Shown in place of the files; a folder that is gone altogether is the window's to leave.
@@ -506,13 +509,15 @@ void ThumbnailsViewController::updateStatus()
         input.sourceNames.append(source->displayName());
     input.includesSubfolders = m_windowSettings->thumbnailsFolderSearchDepth() > 0;
     input.loading = m_collection->isLoading();
-    input.foundCount = m_collection->itemCount();
+    input.foundCount = m_collection->foundCount();
     input.fileCount = int(m_allItemsFlat.size());
     input.selectedCount = int(m_selectedFiles.size());
     const QString text = thumbnailsStatusText(input);
     const bool empty = m_allItemsFlat.isEmpty() && !m_currentSources.isEmpty();
-    m_loadingLabel->setText(input.loading || m_failureText.isEmpty() ? tr("Loading Files...") : m_failureText);
-    m_loadingLabel->setVisible(empty && (input.loading || !m_failureText.isEmpty()));
+    // A folder that lists quickly shows its files without a notice flashing first.
+    const bool longLoading = input.loading && m_collection->isLongLoading();
+    m_loadingLabel->setText(longLoading || m_failureText.isEmpty() ? tr("Loading Files...") : m_failureText);
+    m_loadingLabel->setVisible(empty && (longLoading || (!input.loading && !m_failureText.isEmpty())));
     if (text == m_statusText)
         return;
     m_statusText = text;

@@ -1,5 +1,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 
+#include "core/app/Dispatch.h"
+#include "core/fs/ZQFolderLoadOperation.h"
 #include "core/model/FileCollectionModel.h"
 #include "core/model/PXFile.h"
 #include "core/settings/SettingsManager.h"
@@ -12,11 +14,14 @@
 #include <QAction>
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -50,6 +55,63 @@ QStringList menuTitles(QMenu *menu)
         titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
     return titles;
 }
+
+// Makes folder listings as slow as a test needs: the listing pool gets one thread, and each
+// hold() queues a task that keeps it busy until released, so the listings queued before a hold
+// run and those queued after it wait.
+class ListingPool
+{
+public:
+    ListingPool()
+        : m_pool(namedThreadPool(QString::fromLatin1(ZQFolderLoadOperation::poolName)))
+        , m_threads(m_pool->maxThreadCount())
+    {
+        m_pool->waitForDone();
+        m_pool->setMaxThreadCount(1);
+    }
+    ~ListingPool()
+    {
+        for (int i = 0; i < m_holds.size(); ++i)
+            release();
+        m_pool->waitForDone();
+        m_pool->setMaxThreadCount(m_threads);
+    }
+    void hold()
+    {
+        auto gate = std::make_shared<QSemaphore>();
+        m_holds.append(gate);
+        m_pool->start([gate] { gate->acquire(); });
+    }
+    // Lets the oldest hold go.
+    void release()
+    {
+        if (m_released < m_holds.size())
+            m_holds[m_released++]->release();
+    }
+
+private:
+    QThreadPool *m_pool;
+    int m_threads;
+    QList<std::shared_ptr<QSemaphore>> m_holds;
+    qsizetype m_released = 0;
+};
+
+// Counts the times `widget` is shown.
+class ShowCounter : public QObject
+{
+public:
+    explicit ShowCounter(QWidget *widget) { widget->installEventFilter(this); }
+    int shows = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show)
+            ++shows;
+        return false;
+    }
+};
+
 } // namespace
 
 TEST(ThumbnailsViewController, ReportsSelectionAndRestoresItPerSetOfSources)
@@ -306,4 +368,64 @@ TEST(ThumbnailsViewController, SelectsTheFollowingItemWhenTheSelectionIsDeletedO
     pane.thumbnailViewSearch(QStringLiteral("a"));
     ASSERT_TRUE(waitUntil([&] { return pane.files().size() == 1; }));
     EXPECT_TRUE(pane.selectedFiles().isEmpty());
+}
+
+TEST(ThumbnailsViewController, CountsFilesWhileLoadingAndShowsTheNoticeOnlyForASlowLoad)
+{
+    TestDir dir;
+    for (int i = 0; i < 40; ++i)
+        dir.write(QStringLiteral("before/%1.txt").arg(i), "x");
+    for (int i = 0; i < 12; ++i)
+        dir.write(QStringLiteral("slow/%1.txt").arg(i), "x");
+    for (int i = 0; i < 5; ++i)
+        dir.write(QStringLiteral("slow/sub/%1.txt").arg(i), "x");
+    for (const char *name : {"filtered/a.txt", "filtered/b.txt", "filtered/inner/c.txt"})
+        dir.write(QLatin1String(name), "x");
+
+    auto settings = std::make_shared<WindowSettings>();
+    settings->setThumbnailsFolderSearchDepth(1);
+    ThumbnailsViewController pane(settings);
+    pane.resize(500, 300);
+    pane.show();
+    auto *notice = pane.findChild<QLabel *>(QStringLiteral("loadingNotice"));
+    ASSERT_TRUE(notice);
+    ShowCounter noticeShows(notice);
+
+    // A folder that lists at once: its files come without a notice flashing first.
+    pane.setSources({PXFile::fileForPath(dir.filePath("before"))});
+    ASSERT_TRUE(settle(pane, 40));
+    EXPECT_EQ(noticeShows.shows, 0);
+    EXPECT_EQ(pane.statusText(), "before and its subfolders: 40 files");
+
+    ListingPool listings;
+    listings.hold();
+    pane.setSources({PXFile::fileForPath(dir.filePath("slow"))});
+    EXPECT_EQ(pane.statusText(), "Loading. 0 found...") << "not the count of the folder before";
+    EXPECT_FALSE(notice->isVisible());
+
+    // The folder itself is listed; its subfolder waits.
+    listings.hold();
+    listings.release();
+    ASSERT_TRUE(waitUntil([&] { return pane.statusText() == "Loading. 13 found..."; }))
+        << pane.statusText().toStdString();
+    ASSERT_TRUE(waitUntil([&] { return notice->isVisible(); }));
+    EXPECT_EQ(notice->text(), "Loading Files...");
+    EXPECT_TRUE(pane.files().isEmpty());
+
+    listings.release();
+    ASSERT_TRUE(settle(pane, 18));
+    EXPECT_EQ(pane.statusText(), "slow and its subfolders: 18 files");
+    EXPECT_FALSE(notice->isVisible());
+
+    // Only what the filter lets through is found: the count while loading leads to the count shown.
+    settings->setThumbnailsFileFilter(FileFilterType::visibleFolders);
+    ASSERT_TRUE(settle(pane, 1));
+    listings.hold();
+    pane.setSources({PXFile::fileForPath(dir.filePath("filtered"))});
+    listings.hold();
+    listings.release();
+    ASSERT_TRUE(waitUntil([&] { return pane.statusText() == "Loading. 1 found..."; }))
+        << pane.statusText().toStdString();
+    listings.release();
+    ASSERT_TRUE(settle(pane, 1));
 }
