@@ -145,6 +145,16 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
         m_grid->setClickToRename(!app->thumbnailsRenameOnlyOnEnter());
         connect(app, &AppSettings::thumbnailsRenameOnlyOnEnterChanged, this,
                 [this](bool onlyOnEnter) { m_grid->setClickToRename(!onlyOnEnter); });
+        // The connections end with the settings object, so `app` is alive whenever they fire.
+        const auto apply = [this, app] { applyAppearance(*app); };
+        connect(app, &AppSettings::thumbnailsHaveOutlineChanged, this, apply);
+        connect(app, &AppSettings::thumbnailOutlineColorChanged, this, apply);
+        connect(app, &AppSettings::thumbnailOutlineThicknessChanged, this, apply);
+        connect(app, &AppSettings::thumbnailsHaveShadowChanged, this, apply);
+        connect(app, &AppSettings::thumbnailTextColorChanged, this, apply);
+        connect(app, &AppSettings::thumbnailBackgroundColorChanged, this, apply);
+        connect(app, &AppSettings::thumbnailsAlignToBottomChanged, this, apply);
+        applyAppearance(*app);
     }
     applyCollectionSettings();
     updateItemSize();
@@ -168,6 +178,23 @@ bool ThumbnailsViewController::eventFilter(QObject *watched, QEvent *event)
         m_loadingLabel->setGeometry(m_grid->geometry());
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void ThumbnailsViewController::applyAppearance(const AppSettings &settings)
+{
+    ThumbnailGridAppearance appearance;
+    appearance.backgroundColor = settings.thumbnailBackgroundColor();
+    appearance.textColor = settings.thumbnailTextColor();
+    appearance.outline = settings.thumbnailsHaveOutline();
+    appearance.outlineColor = settings.thumbnailOutlineColor();
+    appearance.outlineThickness = settings.thumbnailOutlineThickness();
+    appearance.shadow = settings.thumbnailsHaveShadow();
+    appearance.alignToBottom = settings.thumbnailsAlignToBottom();
+    m_grid->setAppearance(appearance);
+    // The notice over the empty grid is written on the grid's background.
+    QPalette palette = m_loadingLabel->palette();
+    palette.setColor(QPalette::WindowText, appearance.textColor);
+    m_loadingLabel->setPalette(palette);
 }
 
 void ThumbnailsViewController::applyCollectionSettings()

@@ -4,6 +4,7 @@
 #include "core/fs/ZQFolderLoadOperation.h"
 #include "core/model/FileCollectionModel.h"
 #include "core/model/PXFile.h"
+#include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
@@ -112,6 +113,28 @@ protected:
     }
 };
 
+// An own settings manager made the shared one for the test's lifetime.
+struct SharedSettings
+{
+    TestDir dir;
+    SettingsManager manager{dir.filePath(QStringLiteral("settings.json"))};
+    SharedSettings() { SettingsManager::setShared(&manager); }
+    ~SharedSettings() { SettingsManager::setShared(nullptr); }
+    AppSettings &app() { return *manager.settings(); }
+};
+
+// The bounding box of the pixels of exactly `color` in `image`, within `area`.
+QRect boxOf(const QImage &image, QColor color, const QRect &area)
+{
+    QRect box;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (image.pixelColor(x, y) == color)
+                box |= QRect(x, y, 1, 1);
+        }
+    }
+    return box;
+}
 } // namespace
 
 TEST(ThumbnailsViewController, ReportsSelectionAndRestoresItPerSetOfSources)
@@ -428,4 +451,58 @@ TEST(ThumbnailsViewController, CountsFilesWhileLoadingAndShowsTheNoticeOnlyForAS
         << pane.statusText().toStdString();
     listings.release();
     ASSERT_TRUE(settle(pane, 1));
+}
+
+TEST(ThumbnailsViewController, PaintsWithTheStoredAppearanceAndRepaintsWhenItChanges)
+{
+    SharedSettings shared;
+    AppSettings &app = shared.app();
+    const QColor background(0, 96, 0);
+    const QColor outline(255, 0, 0);
+    app.setThumbnailBackgroundColor(background);
+    app.setThumbnailOutlineColor(outline);
+    app.setThumbnailOutlineThickness(3);
+    app.setThumbnailTextColor(QColor(0, 0, 255));
+
+    TestDir dir;
+    TestImages::writeJpeg(dir.filePath("wide.jpg"), QSize(200, 100));
+    auto settings = std::make_shared<WindowSettings>();
+    ThumbnailsViewController pane(settings);
+    pane.resize(500, 400);
+    pane.show();
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 1));
+    ASSERT_TRUE(waitUntil([&] { return !pane.itemAt(0)->thumbnail().isNull(); }, 20000));
+
+    ThumbnailGridView *grid = pane.gridView();
+    const QRect cell = grid->visualRect(0);
+    const auto shot = [&] { return grid->viewport()->grab().toImage(); };
+    QImage image = shot();
+    EXPECT_EQ(image.pixelColor(2, 2), background);
+    const QRect bottomAligned = boxOf(image, outline, cell);
+    ASSERT_FALSE(bottomAligned.isEmpty()) << "no outline drawn";
+    EXPECT_GT(bottomAligned.width(), 3 * bottomAligned.height() / 2) << "the outline frames the wide picture";
+    // The name under the picture is written in the text colour.
+    bool blueText = false;
+    for (int y = bottomAligned.bottom() + 8; y < cell.bottom() && !blueText; ++y) {
+        for (int x = cell.left(); x < cell.right() && !blueText; ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            blueText = pixel.blue() > 180 && pixel.red() < 60 && pixel.green() < 80;
+        }
+    }
+    EXPECT_TRUE(blueText);
+    // The shadow darkens the background just under the frame.
+    const QPoint underFrame(bottomAligned.center().x(), bottomAligned.bottom() + 2);
+    EXPECT_LT(image.pixelColor(underFrame).green(), background.green() - 10);
+
+    app.setThumbnailsHaveShadow(false);
+    EXPECT_EQ(shot().pixelColor(underFrame), background);
+
+    app.setThumbnailsAlignToBottom(false);
+    const QRect centred = boxOf(shot(), outline, cell);
+    EXPECT_EQ(centred.size(), bottomAligned.size());
+    EXPECT_LT(centred.bottom(), bottomAligned.bottom() - 20) << "a wide picture stands on its square's bottom";
+
+    app.setThumbnailsHaveOutline(false);
+    EXPECT_TRUE(boxOf(shot(), outline, cell).isEmpty());
 }
