@@ -4,6 +4,8 @@
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
 
+#include <sys/stat.h>
+
 #include <cmath>
 #include <limits>
 
@@ -146,13 +148,29 @@ ImagePropertiesItem::ImagePropertiesItem(PXFilePtr file)
     , m_lastPropertyLoadDate(distantPast())
 { }
 
-ImagePropertiesItem::ImagePropertiesItem(PXFilePtr file, const QVariantMap &properties, const QDateTime &loadDate)
+ImagePropertiesItem::ImagePropertiesItem(PXFilePtr file, const QVariantMap &properties, const QDateTime &loadDate,
+                                         const ImageFileStamp &stamp)
     : m_file(std::move(file))
     , m_hasMetadata(true)
     , m_originalProperties(properties)
     , m_lastPropertyLoadDate(loadDate.isValid() ? loadDate : distantPast())
+    , m_sourceStamp(stamp)
 {
     readProperties(properties);
+}
+
+ImageFileStamp ImageFileStamp::of(const QByteArray &nativePath)
+{
+    struct stat info
+    { };
+    if (nativePath.isEmpty() || ::stat(nativePath.constData(), &info) != 0)
+        return {};
+    return {qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + qint64(info.st_mtim.tv_nsec)};
+}
+
+bool ImagePropertiesItem::isCurrent() const
+{
+    return m_sourceStamp.isValid() && m_file && ImageFileStamp::of(m_file->resolvedNativePath()) == m_sourceStamp;
 }
 
 QDateTime ImagePropertiesItem::distantPast()
@@ -174,6 +192,8 @@ ImagePropertiesItemPtr ImagePropertiesItem::load(const PXFilePtr &file, LoadingE
     if (!file || file->nativePath().isEmpty())
         return fail(LoadingError::noURLForFile, tr("the file has no location"));
 
+    // Taken before the read: a write that lands during it leaves the record older than the file.
+    const ImageFileStamp stamp = ImageFileStamp::of(file->resolvedNativePath());
     QString sourceError;
     const auto source = ImageSource::create(file->resolvedNativePath(), file->resolvedTypeIdentifier(), &sourceError);
     if (!source) {
@@ -191,7 +211,7 @@ ImagePropertiesItemPtr ImagePropertiesItem::load(const PXFilePtr &file, LoadingE
     // The file's own image facts (dimensions, megapixels) come from the same dictionary, so that
     // showing them later does not read the file again on the GUI thread.
     file->cacheImageProperties(properties);
-    return std::make_shared<const ImagePropertiesItem>(file, properties, loadDate);
+    return std::make_shared<const ImagePropertiesItem>(file, properties, loadDate, stamp);
 }
 
 void ImagePropertiesItem::readProperties(const QVariantMap &properties)

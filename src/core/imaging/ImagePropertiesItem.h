@@ -28,6 +28,19 @@ struct ImagePropertiesError
     QString reason;
 };
 
+// The size and modification time of a file's bytes, as a read found them: a record read from
+// other bytes no longer describes the file.
+struct ImageFileStamp
+{
+    qint64 size = -1; // -1: unknown
+    qint64 modifiedNs = 0; // nanoseconds since 1970
+
+    bool isValid() const { return size >= 0; }
+    bool operator==(const ImageFileStamp &other) const = default;
+    // The stamp of the file (after links) at `nativePath` now; invalid when it cannot be asked.
+    static ImageFileStamp of(const QByteArray &nativePath);
+};
+
 // The position of a record as the map shows it.
 struct GPSInfo
 {
@@ -54,9 +67,10 @@ class ImagePropertiesItem
 public:
     // A record that reads nothing: for files whose metadata is not shown (not images).
     explicit ImagePropertiesItem(PXFilePtr file);
-    // A record filled from `properties` (the dictionary of image 0), read at `loadDate`; an
-    // invalid date stands for "never read".
-    ImagePropertiesItem(PXFilePtr file, const QVariantMap &properties, const QDateTime &loadDate);
+    // A record filled from `properties` (the dictionary of image 0), read at `loadDate` from the
+    // bytes of `stamp`; an invalid date stands for "never read".
+    ImagePropertiesItem(PXFilePtr file, const QVariantMap &properties, const QDateTime &loadDate,
+                        const ImageFileStamp &stamp = {});
 
     // Reads the file's properties. Answers null and sets `error` (and `reason`, a sentence for
     // the user) when the file has no location or cannot be opened as an image; a file that
@@ -71,6 +85,10 @@ public:
     bool hasMetadata() const { return m_hasMetadata; }
     const QVariantMap &originalProperties() const { return m_originalProperties; }
     const QDateTime &lastPropertyLoadDate() const { return m_lastPropertyLoadDate; }
+    const ImageFileStamp &sourceStamp() const { return m_sourceStamp; }
+    // Whether the file still has the size and modification time it was read with (asks the file
+    // system: not on the GUI thread). False for a record whose source is unknown.
+    bool isCurrent() const;
 
     // Signed latitude and longitude: negative in the south and west, (0, 0) without a position.
     std::pair<double, double> signedCoordinate() const;
@@ -180,4 +198,5 @@ private:
     bool m_hasMetadata = false;
     QVariantMap m_originalProperties;
     QDateTime m_lastPropertyLoadDate;
+    ImageFileStamp m_sourceStamp;
 };

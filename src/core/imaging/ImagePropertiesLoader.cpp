@@ -1,6 +1,7 @@
 #include "core/imaging/ImagePropertiesLoader.h"
 
 #include "core/app/Dispatch.h"
+#include "core/imaging/ImagePropertiesManager.h"
 
 #include <QPointer>
 #include <QThreadPool>
@@ -24,6 +25,16 @@ ImagePropertiesLoader::~ImagePropertiesLoader()
 {
     if (m_batch)
         m_batch->cancelled = true;
+}
+
+void ImagePropertiesLoader::setCache(ImagePropertiesManager *cache)
+{
+    m_cache = cache;
+}
+
+ImagePropertiesManager *ImagePropertiesLoader::cache() const
+{
+    return m_cache;
 }
 
 void ImagePropertiesLoader::load(const QList<PXFilePtr> &files, Completion completion)
@@ -51,18 +62,31 @@ void ImagePropertiesLoader::load(const QList<PXFilePtr> &files, Completion compl
 
     batch->remaining = files.size();
     for (const PXFilePtr &file : files) {
-        m_pool->start([self, batch, file] {
+        ImagePropertiesItemPtr cached = m_cache ? m_cache->item(file) : nullptr;
+        m_pool->start([self, cache = m_cache, batch, file, cached] {
             std::optional<ImagePropertiesError> failure;
             ImagePropertiesItemPtr item;
             if (!batch->cancelled) {
-                LoadingError error = LoadingError::cannotLoadData;
-                QString reason;
-                item = ImagePropertiesItem::load(file, &error, &reason);
-                if (!item)
-                    failure = ImagePropertiesError{file, error, reason};
+                // Asking the file system whether the bytes changed costs a stat, not a read.
+                if (cached && cached->isCurrent()) {
+                    item = cached;
+                } else {
+                    LoadingError error = LoadingError::cannotLoadData;
+                    QString reason;
+                    item = ImagePropertiesItem::load(file, &error, &reason);
+                    if (!item)
+                        failure = ImagePropertiesError{file, error, reason};
+                }
             }
             const bool last = --batch->remaining == 0;
-            postToGui([self, batch, item, failure, last] {
+            postToGui([self, cache, batch, file, cached, item, failure, last] {
+                // What a replaced load read is still worth keeping for the next selection.
+                if (cache && item != cached) {
+                    if (item)
+                        cache->insert(item);
+                    else if (failure)
+                        cache->remove(file);
+                }
                 if (!self || batch->cancelled)
                     return;
                 if (item)

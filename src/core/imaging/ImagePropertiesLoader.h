@@ -4,11 +4,13 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 #include <atomic>
 #include <functional>
 #include <memory>
 
+class ImagePropertiesManager;
 class QThreadPool;
 
 // How a load ended: every record and every failure, or cancelled.
@@ -25,6 +27,10 @@ struct ImagePropertiesCompletionState
 // `results` is in completion order, not request order), and the completion runs once, after the
 // last of them. A new load or cancel() silences the one before: a cancelled load never calls
 // its completion. Used on the GUI thread only; a loader destroyed mid-load delivers nothing.
+//
+// With a cache, a file whose record is held there and whose size and modification time are
+// still those the record was read from is not read again: the held record is handed back.
+// Fresh records go into the cache; a file that can no longer be read leaves it.
 class ImagePropertiesLoader : public QObject
 {
     Q_OBJECT
@@ -40,6 +46,10 @@ public:
     void load(const QList<PXFilePtr> &files, Completion completion);
     void cancel();
 
+    // Where records are taken from and put; none by default.
+    void setCache(ImagePropertiesManager *cache);
+    ImagePropertiesManager *cache() const;
+
     QThreadPool *pool() const { return m_pool; }
     bool isLoading() const { return m_isLoading; }
     const QList<ImagePropertiesItemPtr> &results() const { return m_results; }
@@ -50,6 +60,7 @@ private:
     void finishBatch(const std::shared_ptr<Batch> &batch);
 
     QThreadPool *m_pool;
+    QPointer<ImagePropertiesManager> m_cache;
     Completion m_completion;
     QList<ImagePropertiesItemPtr> m_results;
     QList<ImagePropertiesError> m_errors;

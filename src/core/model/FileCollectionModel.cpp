@@ -224,20 +224,30 @@ void FileCollectionModel::relist()
     m_resortTimer->stop();
     delete m_loadContext; // drops every connection of the previous listing
     m_loadContext = new QObject(this);
-    for (const FileModelPtr &node : std::as_const(m_rootItems))
+    for (const FileModelPtr &node : std::as_const(m_rootItems)) {
+        node->setDelegate(nullptr, nullptr);
         node->setLoading(false);
+    }
     m_loadingNodes.clear();
+    m_loadingUnderRoot.clear();
     m_rootItems.clear();
     m_changedChildren.clear();
     m_foldersChanged = true;
     m_needsFullRebuild = true;
+    ++m_listing;
+    if (m_foundCount != 0) {
+        m_foundCount = 0;
+        Q_EMIT foundCountChanged(0);
+    }
     for (const PXFilePtr &root : std::as_const(m_collectionRoots)) {
         FileModelPtr node = FileModel::create(root);
+        node->setDelegate(this, this);
         m_rootItems.append(node);
         startLoading(node, m_folderDepth);
     }
     m_needsRebuild = true;
     updateIsLoading();
+    updateLongLoading();
     if (m_loadingNodes.isEmpty())
         setNeedsResort();
 }
@@ -279,8 +289,15 @@ void FileCollectionModel::startLoading(const FileModelPtr &node, int remainingDe
             Q_EMIT folderFailed(node->file()->path(), subscription->errorString());
         return;
     }
-    m_loadingNodes.insert(node.get());
-    node->setLoading(true);
+    // A root's own state spans its subfolders' listings: it is the one the notice follows.
+    FileModelPtr root = node;
+    while (FileModelPtr parent = root->parent())
+        root = parent;
+    m_loadingNodes.insert(node.get(), root.get());
+    if (node != root)
+        node->setLoading(true);
+    if (m_loadingUnderRoot[root.get()]++ == 0)
+        root->setLoading(true);
     subscription->load();
 }
 
@@ -291,8 +308,13 @@ void FileCollectionModel::addChildren(const FileModelPtr &node, const QList<ZQFi
         m_needsFullRebuild = true;
     if (files.size() > 1)
         node->reserveChildren(files.size());
+    QList<PXFilePtr> found;
+    if (!fromEvent)
+        found.reserve(files.size());
     for (const ZQFilePtr &entry : files) {
         const PXFilePtr file = PXFile::from(entry);
+        if (!fromEvent)
+            found.append(file);
         FileModelPtr child = node->childForFile(file);
         if (fromEvent)
             noteChildChanged(node.get(), child);
@@ -302,6 +324,28 @@ void FileCollectionModel::addChildren(const FileModelPtr &node, const QList<ZQFi
             startLoading(child, remaining - 1);
     }
     m_needsRebuild = true;
+    if (!found.isEmpty())
+        countFound(node, std::move(found));
+}
+
+void FileCollectionModel::countFound(const FileModelPtr &folder, QList<PXFilePtr> files)
+{
+    if (folder->depth() == 0 && !m_includeTopLevelItems)
+        return;
+    // On the utility queue, ahead of the rebuild that follows the listing: the filter fills the
+    // records' kind flags there, which the rebuild then finds ready.
+    const QPointer<FileCollectionModel> guard(this);
+    m_utilityQueue.start([guard, listing = m_listing, predicate = m_fileFilterPredicate, files = std::move(files)] {
+        const int count = int(std::count_if(files.cbegin(), files.cend(),
+                                            [&predicate](const PXFilePtr &file) { return predicate(*file); }));
+        // The destructor waits for this queue, so the model outlives the job.
+        postTo(guard.data(), [guard, listing, count] {
+            if (!guard || guard->m_listing != listing || count == 0)
+                return;
+            guard->m_foundCount += count;
+            Q_EMIT guard->foundCountChanged(guard->m_foundCount);
+        });
+    });
 }
 
 void FileCollectionModel::noteChildChanged(const FileModel *folder, const FileModelPtr &child)
@@ -311,13 +355,14 @@ void FileCollectionModel::noteChildChanged(const FileModel *folder, const FileMo
 
 void FileCollectionModel::loadingEnded(const FileModelPtr &node)
 {
-    node->setLoading(false);
+    if (node->depth() > 0)
+        node->setLoading(false);
     if (node->directorySubscription && !node->directorySubscription->errorString().isEmpty()) {
         logError(QStringLiteral("Cannot read folder %1: %2")
                      .arg(node->file()->path(), node->directorySubscription->errorString()));
         Q_EMIT folderFailed(node->file()->path(), node->directorySubscription->errorString());
     }
-    m_loadingNodes.remove(node.get());
+    loadingStopped(node.get());
     updateIsLoading();
     if (m_loadingNodes.isEmpty()) {
         m_loadingCheckTimer->stop();
@@ -358,7 +403,7 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
             file->changedKeysForEvent(event);
             if (const FileModelPtr gone = node->removeChildForFile(file.get())) {
                 if (gone->directorySubscription) {
-                    m_loadingNodes.remove(gone.get());
+                    loadingStopped(gone.get());
                     gone->directorySubscription.reset();
                     m_foldersChanged = true;
                     m_needsFullRebuild = true;
@@ -393,6 +438,34 @@ void FileCollectionModel::handleEvents(const FileModelPtr &node, const QList<ZQF
         updateIsLoading();
         scheduleRebuild();
     }
+}
+
+void FileCollectionModel::loadingStopped(FileModel *node)
+{
+    FileModel *root = m_loadingNodes.take(node);
+    if (!root)
+        return;
+    auto pending = m_loadingUnderRoot.find(root);
+    if (pending != m_loadingUnderRoot.end() && --*pending == 0) {
+        m_loadingUnderRoot.erase(pending);
+        root->setLoading(false);
+    }
+}
+
+void FileCollectionModel::fileModelLoadingStateChanged(FileModel &)
+{
+    updateLongLoading();
+}
+
+void FileCollectionModel::updateLongLoading()
+{
+    const bool longLoading = std::any_of(m_rootItems.cbegin(), m_rootItems.cend(), [](const FileModelPtr &root) {
+        return root->loadingState() == LoadingState::longLoading;
+    });
+    if (longLoading == m_isLongLoading)
+        return;
+    m_isLongLoading = longLoading;
+    Q_EMIT longLoadingChanged(longLoading);
 }
 
 void FileCollectionModel::updateIsLoading()

@@ -29,7 +29,12 @@ using ZQFilePtr = std::shared_ptr<ZQStandardFile>;
 // on the collection's own utility queue. File events update records in place and arm a 0.05 s
 // re-sort, so a burst of changes costs one re-sort. A change during a rebuild makes one more
 // rebuild follow, so what is published is never older than the last change.
-class FileCollectionModel : public QObject
+//
+// While the folders load, the files found so far are counted on the utility queue as their
+// batches arrive, so the status line can count up without a sort of everything found. A root
+// stays loading until its subfolders are listed too; a load that lasts past 0.3 s is long
+// loading, the only kind worth showing a "loading" notice for.
+class FileCollectionModel : public QObject, private FileModelDelegate
 {
     Q_OBJECT
 
@@ -51,6 +56,11 @@ public:
     const QList<FolderGroup> &folderGroups() const { return m_folderGroups; }
     const QList<FileModelPtr> &treeRepresentation() const { return m_treeRepresentation; }
     int itemCount() const { return m_itemCount; }
+    // Files found so far by the current listing that the filter lets through, ahead of their
+    // publication; 0 again whenever the folders are listed anew.
+    int foundCount() const { return m_foundCount; }
+    // Whether some root has been loading (itself or its subfolders) for 0.3 s or more.
+    bool isLongLoading() const { return m_isLongLoading; }
     // Whether the representations reflect the current roots and settings (loaded and rebuilt).
     bool isSettled() const;
 
@@ -97,6 +107,8 @@ Q_SIGNALS:
     void byFolderFlatRepresentationChanged();
     void treeRepresentationChanged();
     void itemCountChanged(int count);
+    void foundCountChanged(int count);
+    void longLoadingChanged(bool longLoading);
     // After every publication, when all representations are in step.
     void representationsPublished();
     void folderFailed(const QString &path, const QString &reason);
@@ -114,7 +126,15 @@ private:
     void noteChildChanged(const FileModel *folder, const FileModelPtr &child);
     void handleEvents(const FileModelPtr &node, const QList<ZQFileEvent> &events);
     void loadingEnded(const FileModelPtr &node);
+    // `node` no longer loads: its root stops loading once nothing under it does.
+    void loadingStopped(FileModel *node);
     void updateIsLoading();
+    // Counts those of `files` (found in `folder`) that would be shown, off the GUI thread.
+    void countFound(const FileModelPtr &folder, QList<PXFilePtr> files);
+    // FileModelDelegate: the roots tell their loading state.
+    void fileModelLoadingStateChanged(FileModel &model) override;
+    void updateLongLoading();
+    void fileModelChildrenChanged(FileModel &) override { }
     bool descendsInto(const PXFile &folder) const;
 
     // Asks for a rebuild that sorts every folder again (roots, filters or sort changed).
@@ -149,10 +169,14 @@ private:
     QList<FolderGroup> m_folderGroups;
     QList<FileModelPtr> m_treeRepresentation;
     int m_itemCount = 0;
+    int m_foundCount = 0;
+    bool m_isLongLoading = false;
 
     // Loading.
     QList<FileModelPtr> m_rootItems;
-    QSet<FileModel *> m_loadingNodes;
+    QHash<FileModel *, FileModel *> m_loadingNodes; // each folder being listed, with its root
+    QHash<FileModel *, int> m_loadingUnderRoot; // folders being listed, by root
+    quint64 m_listing = 0; // which listing the found files are counted for
     QObject *m_loadContext = nullptr; // connections of the current listing; replaced on re-list
 
     // Coalescing.

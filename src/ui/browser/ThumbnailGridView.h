@@ -7,6 +7,7 @@
 #include "ui/browser/ThumbnailRubberBand.h"
 
 #include <QAbstractScrollArea>
+#include <QColor>
 #include <QList>
 #include <QPixmap>
 #include <QStringList>
@@ -38,6 +39,21 @@ public:
     virtual bool gridAcceptDrop(const QMimeData *data, int index, int section, Qt::KeyboardModifiers modifiers) = 0;
 };
 
+// How the grid paints: the background, the text, and the frame, shadow and place of each
+// picture. Icons (files without a thumbnail) get neither frame nor shadow.
+struct ThumbnailGridAppearance
+{
+    QColor backgroundColor = QColor::fromRgbF(0.2f, 0.2f, 0.2f);
+    QColor textColor = Qt::white;
+    bool outline = true;
+    QColor outlineColor = Qt::white;
+    int outlineThickness = 2; // points, inside the picture's square
+    bool shadow = true;
+    bool alignToBottom = true; // pictures stand on the bottom of their square, else are centred
+
+    bool operator==(const ThumbnailGridAppearance &other) const = default;
+};
+
 // The thumbnail grid: a virtualised view of equally sized cells in sections (or one row), drawn
 // only where the viewport shows them, with selection by mouse, rubber band (ThumbnailRubberBand)
 // and keyboard, an in-place name editor (ThumbnailNameEditor), dragging files out and dropping
@@ -60,6 +76,8 @@ public:
     int lineHeight() const { return m_lineHeight; }
     // Whether a click on the name of the one selected item opens the name editor.
     void setClickToRename(bool on) { m_clickToRename = on; }
+    void setAppearance(const ThumbnailGridAppearance &appearance);
+    const ThumbnailGridAppearance &appearance() const { return m_appearance; }
 
     int count() const { return m_layout.itemCount(); }
     QList<int> selectedIndexes() const;
@@ -118,6 +136,7 @@ private:
     void updateScrollBars();
     void scheduleVisibilityCheck();
     void paintCell(QPainter &painter, int index, const QRect &rect);
+    void paintShadow(QPainter &painter, const QRect &frame);
     void setSelected(int index, bool selected);
     void updateRubberBand(QPoint viewportPos);
     QRect nameRect(int index) const; // viewport coordinates
@@ -126,6 +145,8 @@ private:
     ThumbnailGridLayout m_layout;
     int m_lineHeight = 16;
     bool m_clickToRename = true;
+    ThumbnailGridAppearance m_appearance;
+    QPixmap m_shadowTile; // made on first use for the current device pixel ratio
     ThumbnailGridSelection m_selection;
     int m_current = -1;
     int m_anchor = -1;

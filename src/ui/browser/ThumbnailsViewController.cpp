@@ -46,6 +46,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_grid);
+    m_loadingLabel->setObjectName(QStringLiteral("loadingNotice"));
     m_loadingLabel->setAlignment(Qt::AlignCenter);
     m_loadingLabel->setWordWrap(true);
     m_loadingLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -87,6 +88,8 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
         restoreStateIfSettled();
     });
     connect(m_collection, &FileCollectionModel::itemCountChanged, this, &ThumbnailsViewController::updateStatus);
+    connect(m_collection, &FileCollectionModel::foundCountChanged, this, &ThumbnailsViewController::updateStatus);
+    connect(m_collection, &FileCollectionModel::longLoadingChanged, this, &ThumbnailsViewController::updateStatus);
     connect(m_collection, &FileCollectionModel::folderFailed, this, [this](const QString &path, const QString &reason) {
         logError(tr("Cannot list %1: %2").arg(path, reason));
         // Shown in place of the files; a folder that is gone altogether is the window's to leave.
@@ -142,6 +145,16 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
         m_grid->setClickToRename(!app->thumbnailsRenameOnlyOnEnter());
         connect(app, &AppSettings::thumbnailsRenameOnlyOnEnterChanged, this,
                 [this](bool onlyOnEnter) { m_grid->setClickToRename(!onlyOnEnter); });
+        // The connections end with the settings object, so `app` is alive whenever they fire.
+        const auto apply = [this, app] { applyAppearance(*app); };
+        connect(app, &AppSettings::thumbnailsHaveOutlineChanged, this, apply);
+        connect(app, &AppSettings::thumbnailOutlineColorChanged, this, apply);
+        connect(app, &AppSettings::thumbnailOutlineThicknessChanged, this, apply);
+        connect(app, &AppSettings::thumbnailsHaveShadowChanged, this, apply);
+        connect(app, &AppSettings::thumbnailTextColorChanged, this, apply);
+        connect(app, &AppSettings::thumbnailBackgroundColorChanged, this, apply);
+        connect(app, &AppSettings::thumbnailsAlignToBottomChanged, this, apply);
+        applyAppearance(*app);
     }
     applyCollectionSettings();
     updateItemSize();
@@ -165,6 +178,23 @@ bool ThumbnailsViewController::eventFilter(QObject *watched, QEvent *event)
         m_loadingLabel->setGeometry(m_grid->geometry());
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void ThumbnailsViewController::applyAppearance(const AppSettings &settings)
+{
+    ThumbnailGridAppearance appearance;
+    appearance.backgroundColor = settings.thumbnailBackgroundColor();
+    appearance.textColor = settings.thumbnailTextColor();
+    appearance.outline = settings.thumbnailsHaveOutline();
+    appearance.outlineColor = settings.thumbnailOutlineColor();
+    appearance.outlineThickness = settings.thumbnailOutlineThickness();
+    appearance.shadow = settings.thumbnailsHaveShadow();
+    appearance.alignToBottom = settings.thumbnailsAlignToBottom();
+    m_grid->setAppearance(appearance);
+    // The notice over the empty grid is written on the grid's background.
+    QPalette palette = m_loadingLabel->palette();
+    palette.setColor(QPalette::WindowText, appearance.textColor);
+    m_loadingLabel->setPalette(palette);
 }
 
 void ThumbnailsViewController::applyCollectionSettings()
@@ -506,13 +536,15 @@ void ThumbnailsViewController::updateStatus()
         input.sourceNames.append(source->displayName());
     input.includesSubfolders = m_windowSettings->thumbnailsFolderSearchDepth() > 0;
     input.loading = m_collection->isLoading();
-    input.foundCount = m_collection->itemCount();
+    input.foundCount = m_collection->foundCount();
     input.fileCount = int(m_allItemsFlat.size());
     input.selectedCount = int(m_selectedFiles.size());
     const QString text = thumbnailsStatusText(input);
     const bool empty = m_allItemsFlat.isEmpty() && !m_currentSources.isEmpty();
-    m_loadingLabel->setText(input.loading || m_failureText.isEmpty() ? tr("Loading Files...") : m_failureText);
-    m_loadingLabel->setVisible(empty && (input.loading || !m_failureText.isEmpty()));
+    // A folder that lists quickly shows its files without a notice flashing first.
+    const bool longLoading = input.loading && m_collection->isLongLoading();
+    m_loadingLabel->setText(longLoading || m_failureText.isEmpty() ? tr("Loading Files...") : m_failureText);
+    m_loadingLabel->setVisible(empty && (longLoading || (!input.loading && !m_failureText.isEmpty())));
     if (text == m_statusText)
         return;
     m_statusText = text;

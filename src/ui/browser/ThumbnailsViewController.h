@@ -18,6 +18,7 @@
 #include <memory>
 #include <optional>
 
+class AppSettings;
 class FileCollectionModel;
 class QLabel;
 class QMenu;
@@ -100,6 +101,7 @@ protected:
 
 private:
     void applyCollectionSettings();
+    void applyAppearance(const AppSettings &settings);
     void publish();
     void updateItemSize();
     void updateVisibility();

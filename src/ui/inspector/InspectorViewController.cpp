@@ -2,6 +2,7 @@
 
 #include "core/app/Dispatch.h"
 #include "core/imaging/ImagePropertiesLoader.h"
+#include "core/imaging/ImagePropertiesManager.h"
 #include "core/model/PXFile.h"
 
 #include <QHeaderView>
@@ -34,6 +35,8 @@ InspectorViewController::InspectorViewController(WindowSettingsPtr settings, QWi
     m_stack->addWidget(m_placeholder);
     m_stack->addWidget(m_tabs);
     m_tabs->setDocumentMode(true);
+    // Going back to a file shown before costs no read while the file is unchanged.
+    m_loader->setCache(&ImagePropertiesManager::shared());
     for (InspectorTab tab : tabs) {
         auto *tree = new QTreeWidget;
         tree->setColumnCount(2);

@@ -5,6 +5,8 @@
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 
+#include <QFileInfo>
+#include <QMap>
 #include <QThreadPool>
 
 #include <gtest/gtest.h>
@@ -144,4 +146,63 @@ TEST(ImagePropertiesManager, keepsItsSubscriptionInStepWithItsRecords)
 
     manager.clear();
     EXPECT_EQ(subscribed(), QString());
+}
+
+namespace {
+void setModified(const QString &path, const QDateTime &time)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(time, QFileDevice::FileModificationTime));
+}
+} // namespace
+
+TEST(ImagePropertiesLoader, TakesUnchangedFilesFromTheCacheAndReadsChangedOnesAgain)
+{
+    Selection selection(3);
+    // A whole second, so that setting it again later gives the very same time.
+    const QDateTime wholeSecond(QDate(2021, 6, 1), QTime(12, 0), Qt::UTC);
+    const QString touched = selection.files[0]->path();
+    const QString rewritten = selection.files[1]->path();
+    setModified(rewritten, wholeSecond);
+    ImagePropertiesManager cache;
+    ImagePropertiesLoader loader;
+    loader.setCache(&cache);
+    // The records of a load, by file name.
+    const auto load = [&] {
+        std::optional<State> state;
+        loader.load(selection.files, [&](const State &finished) { state = finished; });
+        EXPECT_TRUE(waitUntil([&] { return state.has_value(); }, 20000));
+        QMap<QString, ImagePropertiesItemPtr> records;
+        if (state) {
+            for (const ImagePropertiesItemPtr &item : state->results)
+                records.insert(item->file()->name(), item);
+            EXPECT_EQ(state->errors.size(), 1);
+        }
+        return records;
+    };
+    const QMap<QString, ImagePropertiesItemPtr> first = load();
+    ASSERT_EQ(first.size(), 3);
+    EXPECT_EQ(cache.count(), 3) << "the broken file has no record to keep";
+
+    // The same selection again: the very same records, no file read.
+    const QMap<QString, ImagePropertiesItemPtr> again = load();
+    for (const QString &name : first.keys())
+        EXPECT_EQ(again.value(name).get(), first.value(name).get()) << name.toStdString();
+
+    // Changed before any change event can arrive: only the record's own stamp tells. 0.jpg gets
+    // a new modification time alone; 1.jpg new bytes of another size under its old time.
+    setModified(touched, QFileInfo(touched).lastModified().addSecs(-60));
+    TestImages::JpegOptions other;
+    other.model = QStringLiteral("Another Camera Entirely");
+    TestImages::writeJpeg(rewritten, QSize(32, 32), other);
+    setModified(rewritten, wholeSecond);
+
+    const QMap<QString, ImagePropertiesItemPtr> changed = load();
+    EXPECT_NE(changed.value("0.jpg").get(), first.value("0.jpg").get());
+    ASSERT_NE(changed.value("1.jpg").get(), first.value("1.jpg").get());
+    EXPECT_EQ(changed.value("1.jpg")->tiffHardwareModel, QStringLiteral("Another Camera Entirely"));
+    EXPECT_EQ(changed.value("2.jpg").get(), first.value("2.jpg").get());
+    EXPECT_EQ(cache.item(selection.files[1]).get(), changed.value("1.jpg").get())
+        << "the fresh record replaces the old";
 }

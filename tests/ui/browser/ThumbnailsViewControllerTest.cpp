@@ -1,7 +1,10 @@
 #include "ui/browser/ThumbnailsViewController.h"
 
+#include "core/app/Dispatch.h"
+#include "core/fs/ZQFolderLoadOperation.h"
 #include "core/model/FileCollectionModel.h"
 #include "core/model/PXFile.h"
+#include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
@@ -12,11 +15,14 @@
 #include <QAction>
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -49,6 +55,85 @@ QStringList menuTitles(QMenu *menu)
     for (QAction *action : menu->actions())
         titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
     return titles;
+}
+
+// Makes folder listings as slow as a test needs: the listing pool gets one thread, and each
+// hold() queues a task that keeps it busy until released, so the listings queued before a hold
+// run and those queued after it wait.
+class ListingPool
+{
+public:
+    ListingPool()
+        : m_pool(namedThreadPool(QString::fromLatin1(ZQFolderLoadOperation::poolName)))
+        , m_threads(m_pool->maxThreadCount())
+    {
+        m_pool->waitForDone();
+        m_pool->setMaxThreadCount(1);
+    }
+    ~ListingPool()
+    {
+        for (int i = 0; i < m_holds.size(); ++i)
+            release();
+        m_pool->waitForDone();
+        m_pool->setMaxThreadCount(m_threads);
+    }
+    void hold()
+    {
+        auto gate = std::make_shared<QSemaphore>();
+        m_holds.append(gate);
+        m_pool->start([gate] { gate->acquire(); });
+    }
+    // Lets the oldest hold go.
+    void release()
+    {
+        if (m_released < m_holds.size())
+            m_holds[m_released++]->release();
+    }
+
+private:
+    QThreadPool *m_pool;
+    int m_threads;
+    QList<std::shared_ptr<QSemaphore>> m_holds;
+    qsizetype m_released = 0;
+};
+
+// Counts the times `widget` is shown.
+class ShowCounter : public QObject
+{
+public:
+    explicit ShowCounter(QWidget *widget) { widget->installEventFilter(this); }
+    int shows = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show)
+            ++shows;
+        return false;
+    }
+};
+
+// An own settings manager made the shared one for the test's lifetime.
+struct SharedSettings
+{
+    TestDir dir;
+    SettingsManager manager{dir.filePath(QStringLiteral("settings.json"))};
+    SharedSettings() { SettingsManager::setShared(&manager); }
+    ~SharedSettings() { SettingsManager::setShared(nullptr); }
+    AppSettings &app() { return *manager.settings(); }
+};
+
+// The bounding box of the pixels of exactly `color` in `image`, within `area`.
+QRect boxOf(const QImage &image, QColor color, const QRect &area)
+{
+    QRect box;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (image.pixelColor(x, y) == color)
+                box |= QRect(x, y, 1, 1);
+        }
+    }
+    return box;
 }
 } // namespace
 
@@ -306,4 +391,118 @@ TEST(ThumbnailsViewController, SelectsTheFollowingItemWhenTheSelectionIsDeletedO
     pane.thumbnailViewSearch(QStringLiteral("a"));
     ASSERT_TRUE(waitUntil([&] { return pane.files().size() == 1; }));
     EXPECT_TRUE(pane.selectedFiles().isEmpty());
+}
+
+TEST(ThumbnailsViewController, CountsFilesWhileLoadingAndShowsTheNoticeOnlyForASlowLoad)
+{
+    TestDir dir;
+    for (int i = 0; i < 40; ++i)
+        dir.write(QStringLiteral("before/%1.txt").arg(i), "x");
+    for (int i = 0; i < 12; ++i)
+        dir.write(QStringLiteral("slow/%1.txt").arg(i), "x");
+    for (int i = 0; i < 5; ++i)
+        dir.write(QStringLiteral("slow/sub/%1.txt").arg(i), "x");
+    for (const char *name : {"filtered/a.txt", "filtered/b.txt", "filtered/inner/c.txt"})
+        dir.write(QLatin1String(name), "x");
+
+    auto settings = std::make_shared<WindowSettings>();
+    settings->setThumbnailsFolderSearchDepth(1);
+    ThumbnailsViewController pane(settings);
+    pane.resize(500, 300);
+    pane.show();
+    auto *notice = pane.findChild<QLabel *>(QStringLiteral("loadingNotice"));
+    ASSERT_TRUE(notice);
+    ShowCounter noticeShows(notice);
+
+    // A folder that lists at once: its files come without a notice flashing first.
+    pane.setSources({PXFile::fileForPath(dir.filePath("before"))});
+    ASSERT_TRUE(settle(pane, 40));
+    EXPECT_EQ(noticeShows.shows, 0);
+    EXPECT_EQ(pane.statusText(), "before and its subfolders: 40 files");
+
+    ListingPool listings;
+    listings.hold();
+    pane.setSources({PXFile::fileForPath(dir.filePath("slow"))});
+    EXPECT_EQ(pane.statusText(), "Loading. 0 found...") << "not the count of the folder before";
+    EXPECT_FALSE(notice->isVisible());
+
+    // The folder itself is listed; its subfolder waits.
+    listings.hold();
+    listings.release();
+    ASSERT_TRUE(waitUntil([&] { return pane.statusText() == "Loading. 13 found..."; }))
+        << pane.statusText().toStdString();
+    ASSERT_TRUE(waitUntil([&] { return notice->isVisible(); }));
+    EXPECT_EQ(notice->text(), "Loading Files...");
+    EXPECT_TRUE(pane.files().isEmpty());
+
+    listings.release();
+    ASSERT_TRUE(settle(pane, 18));
+    EXPECT_EQ(pane.statusText(), "slow and its subfolders: 18 files");
+    EXPECT_FALSE(notice->isVisible());
+
+    // Only what the filter lets through is found: the count while loading leads to the count shown.
+    settings->setThumbnailsFileFilter(FileFilterType::visibleFolders);
+    ASSERT_TRUE(settle(pane, 1));
+    listings.hold();
+    pane.setSources({PXFile::fileForPath(dir.filePath("filtered"))});
+    listings.hold();
+    listings.release();
+    ASSERT_TRUE(waitUntil([&] { return pane.statusText() == "Loading. 1 found..."; }))
+        << pane.statusText().toStdString();
+    listings.release();
+    ASSERT_TRUE(settle(pane, 1));
+}
+
+TEST(ThumbnailsViewController, PaintsWithTheStoredAppearanceAndRepaintsWhenItChanges)
+{
+    SharedSettings shared;
+    AppSettings &app = shared.app();
+    const QColor background(0, 96, 0);
+    const QColor outline(255, 0, 0);
+    app.setThumbnailBackgroundColor(background);
+    app.setThumbnailOutlineColor(outline);
+    app.setThumbnailOutlineThickness(3);
+    app.setThumbnailTextColor(QColor(0, 0, 255));
+
+    TestDir dir;
+    TestImages::writeJpeg(dir.filePath("wide.jpg"), QSize(200, 100));
+    auto settings = std::make_shared<WindowSettings>();
+    ThumbnailsViewController pane(settings);
+    pane.resize(500, 400);
+    pane.show();
+    pane.setSources({PXFile::fileForPath(dir.path())});
+    ASSERT_TRUE(settle(pane, 1));
+    ASSERT_TRUE(waitUntil([&] { return !pane.itemAt(0)->thumbnail().isNull(); }, 20000));
+
+    ThumbnailGridView *grid = pane.gridView();
+    const QRect cell = grid->visualRect(0);
+    const auto shot = [&] { return grid->viewport()->grab().toImage(); };
+    QImage image = shot();
+    EXPECT_EQ(image.pixelColor(2, 2), background);
+    const QRect bottomAligned = boxOf(image, outline, cell);
+    ASSERT_FALSE(bottomAligned.isEmpty()) << "no outline drawn";
+    EXPECT_GT(bottomAligned.width(), 3 * bottomAligned.height() / 2) << "the outline frames the wide picture";
+    // The name under the picture is written in the text colour.
+    bool blueText = false;
+    for (int y = bottomAligned.bottom() + 8; y < cell.bottom() && !blueText; ++y) {
+        for (int x = cell.left(); x < cell.right() && !blueText; ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            blueText = pixel.blue() > 180 && pixel.red() < 60 && pixel.green() < 80;
+        }
+    }
+    EXPECT_TRUE(blueText);
+    // The shadow darkens the background just under the frame.
+    const QPoint underFrame(bottomAligned.center().x(), bottomAligned.bottom() + 2);
+    EXPECT_LT(image.pixelColor(underFrame).green(), background.green() - 10);
+
+    app.setThumbnailsHaveShadow(false);
+    EXPECT_EQ(shot().pixelColor(underFrame), background);
+
+    app.setThumbnailsAlignToBottom(false);
+    const QRect centred = boxOf(shot(), outline, cell);
+    EXPECT_EQ(centred.size(), bottomAligned.size());
+    EXPECT_LT(centred.bottom(), bottomAligned.bottom() - 20) << "a wide picture stands on its square's bottom";
+
+    app.setThumbnailsHaveOutline(false);
+    EXPECT_TRUE(boxOf(shot(), outline, cell).isEmpty());
 }

@@ -1,4 +1,5 @@
 #include "ui/inspector/InspectorViewController.h"
+#include "core/imaging/ImagePropertiesManager.h"
 #include "core/model/PXFile.h"
 
 #include "support/TestDir.h"
@@ -71,4 +72,36 @@ TEST(InspectorViewController, ShowsTheLatestSelectionWithMixedValuesAndAMapLink)
     // The chosen tab is the window's setting.
     settings->setInspectorActiveTab(InspectorTab::gps);
     EXPECT_EQ(settings->inspectorActiveTab(), InspectorTab::gps);
+}
+
+TEST(InspectorViewController, ReselectingAFileTakesItsRecordFromTheSharedCache)
+{
+    TestDir dir;
+    TestImages::JpegOptions canon;
+    canon.model = "Canon EOS 5D";
+    const PXFilePtr first = PXFile::fileForPath(TestImages::writeJpeg(dir.filePath("a.jpg"), QSize(64, 48), canon));
+    const PXFilePtr second = PXFile::fileForPath(TestImages::writeJpeg(dir.filePath("b.jpg"), QSize(64, 48)));
+    ImagePropertiesManager &cache = ImagePropertiesManager::shared();
+
+    InspectorViewController inspector(std::make_shared<WindowSettings>());
+    inspector.setFiles({first});
+    ASSERT_TRUE(settle(inspector));
+    const ImagePropertiesItemPtr record = cache.item(first);
+    ASSERT_TRUE(record);
+    inspector.setFiles({second});
+    ASSERT_TRUE(settle(inspector));
+    inspector.setFiles({first});
+    ASSERT_TRUE(settle(inspector));
+    EXPECT_EQ(cache.item(first), record) << "an unchanged file is not read again";
+    EXPECT_TRUE(valueOf(inspector.rows(InspectorTab::tiff), "tiffHardwareModel").contains("5D"));
+
+    // Written with another camera: the next selection shows it.
+    TestImages::JpegOptions nikon;
+    nikon.model = "NIKON D70";
+    TestImages::writeJpeg(first->path(), QSize(64, 48), nikon);
+    inspector.setFiles({second});
+    inspector.setFiles({first});
+    ASSERT_TRUE(settle(inspector));
+    EXPECT_TRUE(valueOf(inspector.rows(InspectorTab::tiff), "tiffHardwareModel").contains("D70"));
+    EXPECT_NE(cache.item(first), record);
 }
