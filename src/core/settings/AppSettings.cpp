@@ -7,6 +7,7 @@ AppSettings::AppSettings(QObject *parent)
     : ObservableSettings(parent)
 {
     followSlideshowSettings();
+    followWindowSettings();
 }
 
 void AppSettings::followSlideshowSettings()
@@ -17,6 +18,20 @@ void AppSettings::followSlideshowSettings()
         connect(m_slideshowSettings.get(), &ObservableSettings::willChange, this, &ObservableSettings::willChange);
     m_slideshowChanged =
         connect(m_slideshowSettings.get(), &ObservableSettings::changed, this, &ObservableSettings::changed);
+}
+
+void AppSettings::followWindowSettings()
+{
+    for (const QMetaObject::Connection &connection : std::as_const(m_windowConnections))
+        disconnect(connection);
+    m_windowConnections.clear();
+    // An object listed twice is followed once.
+    for (const WindowSettingsPtr &window : std::as_const(m_windowSettings)) {
+        m_windowConnections.append(connect(window.get(), &ObservableSettings::willChange, this,
+                                           &ObservableSettings::willChange, Qt::UniqueConnection));
+        m_windowConnections.append(connect(window.get(), &ObservableSettings::changed, this,
+                                           &ObservableSettings::changed, Qt::UniqueConnection));
+    }
 }
 
 std::optional<QJsonObject> AppSettings::toJson(QString *error) const
@@ -58,6 +73,7 @@ void AppSettings::setWindowSettings(const QList<WindowSettingsPtr> &windowSettin
     QList<WindowSettingsPtr> windows = windowSettings;
     windows.removeAll(nullptr);
     update(m_windowSettings, windows, &AppSettings::windowSettingsChanged);
+    followWindowSettings();
 }
 
 void AppSettings::setSlideshowSettings(const SlideshowSettingsPtr &slideshowSettings)

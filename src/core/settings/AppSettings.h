@@ -20,10 +20,11 @@
 // preferences here and follows the change signals of the fields it cares about, so a change
 // made in the settings window takes effect at once everywhere. Main thread only.
 //
-// Changes inside the slideshow settings count as changes of this object (willChange() and
-// changed() pass them on) so that they are saved like any other field. The window settings in
-// `windowSettings` are saved snapshots: a window's own object is a duplicate, and the list is
-// replaced when a window closes, so their fields are not followed.
+// Changes inside the slideshow settings and inside each entry of `windowSettings` count as
+// changes of this object (willChange() and changed() pass them on), so that they are saved like
+// any other field. While main windows are open the list holds their own objects, so a window's
+// sort, layout or place reaches the settings file with the next save, not only when the window
+// closes.
 //
 // `selectedSettingsSection` lives for the run only; `isFirstLaunch` and `firstLaunchDate` are kept
 // for the application shell, which sets them.
@@ -113,7 +114,11 @@ public:
 private:
     // Passes on the changes inside the slideshow settings held now.
     void followSlideshowSettings();
+    // Passes on the changes inside the window settings listed now, and no longer those of
+    // entries that left the list.
+    void followWindowSettings();
 
     QMetaObject::Connection m_slideshowWillChange;
     QMetaObject::Connection m_slideshowChanged;
+    QList<QMetaObject::Connection> m_windowConnections;
 };

@@ -229,10 +229,25 @@ void AppDelegate::requestQuit()
     if (m_terminating)
         return;
     QWidget *front = QApplication::activeWindow();
-    if (!m_activitiesGate->shouldQuit(front)) {
+    const bool allowed = m_activitiesGate->shouldQuit(front);
+    // The question runs an event loop of its own, in which the system may have ended the program.
+    if (m_terminating)
+        return;
+    if (!allowed) {
         Q_EMIT shutdownStep(QStringLiteral("cancelled"));
         return;
     }
+    startShutdown();
+}
+
+void AppDelegate::terminateForSystem()
+{
+    if (!m_terminating)
+        startShutdown();
+}
+
+void AppDelegate::startShutdown()
+{
     m_terminating = true;
     Q_EMIT shutdownStep(QStringLiteral("activities"));
     const QPointer<AppDelegate> self(this);

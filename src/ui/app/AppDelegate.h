@@ -60,6 +60,9 @@ public:
 
     // Starts the orderly shutdown; the program stays as it was when the activities say no.
     void requestQuit();
+    // The system ends the program (a signal, the session's end): nobody is there to answer the
+    // activities' question, so it is not asked; the rest of the shutdown runs as for a quit.
+    void terminateForSystem();
     bool isTerminating() const { return m_terminating; }
 
     // Application commands; `window` is the window whose menu sent the command.
@@ -88,6 +91,7 @@ private:
     void setUpMenus();
     void openRenamer(const QList<PXFilePtr> &files);
     void startSlideshow(const QList<PXFilePtr> &files);
+    void startShutdown();
     void continueShutdown();
 
     SettingsManager *m_settingsManager;

@@ -6,6 +6,7 @@
 #include "ui/app/AppDelegate.h"
 #include "ui/app/InstanceChannel.h"
 #include "ui/app/ServicesProvider.h"
+#include "ui/app/TerminationWatcher.h"
 
 #include <QApplication>
 #include <QDir>
@@ -74,12 +75,13 @@ int runPixcove(int argc, char **argv)
     SettingsManager &settings = SettingsManager::shared();
     settings.setAlertPresenter(
         [](const QString &title, const QString &text) { QMessageBox::critical(nullptr, title, text); });
-    // The only save on the way out; closing windows does not write the file.
-    QObject::connect(&app, &QCoreApplication::aboutToQuit, &settings, [&settings] { settings.saveNow(); });
     // Closing the last window leaves Pixcove running: starting it again opens a window at once.
     QApplication::setQuitOnLastWindowClosed(false);
 
     AppDelegate delegate;
+    // Changes are saved a moment after they are made; these are the last saves, however the
+    // program ends: a quit, a signal, the session's end.
+    const TerminationWatcher termination(&settings, [&delegate] { delegate.terminateForSystem(); });
     QObject::connect(&channel, &InstanceChannel::requestReceived, &delegate, &AppDelegate::handleRequest);
     delegate.applicationWillFinishLaunching();
     logDebug(QStringLiteral("Start-up: settings and managers after %1 ms").arg(startup.elapsed()));

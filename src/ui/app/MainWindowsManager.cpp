@@ -58,6 +58,10 @@ MainWindowController *MainWindowsManager::newMainWindow(const PXFilePtr &file, b
 
     auto *controller = new MainWindowController(settings, this, this, file);
     m_windowControllers.append(controller);
+    // Closing a window makes its settings the only saved ones; the windows still open take the
+    // list back once it has closed.
+    connect(controller, &MainWindowController::closed, this, &MainWindowsManager::publishWindowSettings);
+    publishWindowSettings();
     // A window opened while the front one is in full screen joins it: a new top-level window
     // would open behind the full-screen one.
     if ((asTab || (front && front->isFullscreen())) && front && front->tabbedWindow()) {
@@ -96,6 +100,17 @@ void MainWindowsManager::windowControllerWillClose(QObject *controller)
 {
     if (m_windowControllers.removeIf([controller](MainWindowController *entry) { return entry == controller; }) > 0)
         Q_EMIT windowControllersChanged();
+}
+
+void MainWindowsManager::publishWindowSettings()
+{
+    if (m_windowControllers.isEmpty())
+        return;
+    QList<WindowSettingsPtr> open;
+    open.reserve(m_windowControllers.size());
+    for (auto controller = m_windowControllers.crbegin(); controller != m_windowControllers.crend(); ++controller)
+        open.append((*controller)->windowSettings());
+    m_settings->setWindowSettings(open);
 }
 
 void MainWindowsManager::folderDepthIncreased(QWidget *window)

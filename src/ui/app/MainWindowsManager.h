@@ -17,6 +17,11 @@ class TabbedWindow;
 // its own duplicate of the front window's settings, else of the first saved window settings, else
 // of the defaults. A new window joins the front window's tabbed window as a tab when asked to. It is the
 // windows' host: their warnings and selections go to the shared managers.
+//
+// The saved list of window settings follows the open windows, the most recently opened first, so
+// that every save holds each open window as it is and the first entry, which the next start opens
+// like, is the window a quit would close last. With no window open the list keeps the window
+// closed last.
 class MainWindowsManager : public QObject, public WindowManager, public MainWindowHost
 {
     Q_OBJECT
@@ -45,6 +50,8 @@ Q_SIGNALS:
     void windowControllersChanged();
 
 private:
+    void publishWindowSettings();
+
     AppSettings *m_settings;
     QList<MainWindowController *> m_windowControllers;
 };

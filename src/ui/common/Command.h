@@ -47,6 +47,8 @@ enum class Id : int {
     showHideSidebar,
     showHideInspector,
     showHideFavorites,
+    toggleToolbarShown,
+    runToolbarCustomizationPalette,
     changeBrowserLayout,
     toggleThumbnailInfo,
     showThumbInfo,

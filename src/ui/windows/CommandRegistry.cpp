@@ -120,6 +120,10 @@ void CommandRegistry::declareWindowCommands()
     add(CommandId::showHideFavorites, TITLE("Show Favorites"))
         .checkable()
         .on(&W::showHideFavorites, &W::showHideFavoritesState);
+    add(CommandId::toggleToolbarShown, TITLE("Show Toolbar"))
+        .checkable()
+        .on(&W::toggleToolbarShown, &W::toggleToolbarShownState);
+    add(CommandId::runToolbarCustomizationPalette, TITLE("Customize Toolbar…")).on(&W::runToolbarCustomizationPalette);
     add(CommandId::changeBrowserLayout, TITLE("Layout"))
         .checkable()
         .on(&W::changeBrowserLayout, &W::changeBrowserLayoutState);

@@ -190,6 +190,8 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     b.add(view, C::rotateClockwise);
     b.add(view, C::rotateCounterclockwise);
     view->addSeparator();
+    b.add(view, C::toggleToolbarShown);
+    b.add(view, C::runToolbarCustomizationPalette);
     b.add(view, C::toggleFullScreen);
 
     QMenu *go = menuBar->addMenu(tr("&Go"));

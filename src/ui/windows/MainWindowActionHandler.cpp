@@ -4,6 +4,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/sidebar/FolderTreeModel.h"
 #include "ui/sidebar/SidebarViewController.h"
+#include "ui/windows/MainToolbarBuilder.h"
 #include "ui/windows/MainWindowHost.h"
 #include "ui/windows/MainWindowViewController.h"
 
@@ -56,6 +57,21 @@ void MainWindowActionHandler::showHideFavorites()
 CommandState MainWindowActionHandler::showHideFavoritesState() const
 {
     return {!settings().sidebarCollapsed(), !settings().favoritesCollapsed()};
+}
+
+void MainWindowActionHandler::toggleToolbarShown()
+{
+    MainToolbarBuilder::toggleShown(m_window);
+}
+
+CommandState MainWindowActionHandler::toggleToolbarShownState() const
+{
+    return {true, MainToolbarBuilder::isShown(m_window)};
+}
+
+void MainWindowActionHandler::runToolbarCustomizationPalette()
+{
+    MainToolbarBuilder::runCustomizationPalette(m_window);
 }
 
 void MainWindowActionHandler::changeBrowserLayout(BrowserLayout layout)

@@ -35,6 +35,10 @@ public:
     CommandState showHideInspectorState() const;
     void showHideFavorites();
     CommandState showHideFavoritesState() const;
+    void toggleToolbarShown();
+    CommandState toggleToolbarShownState() const;
+    // Opens the toolbar's customization sheet.
+    void runToolbarCustomizationPalette();
     void changeBrowserLayout(BrowserLayout layout);
     CommandState changeBrowserLayoutState(BrowserLayout layout) const;
     void toggleThumbnailInfo();

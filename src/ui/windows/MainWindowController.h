@@ -16,7 +16,7 @@ class WindowManager;
 //
 // Closing writes the window's layout into its settings, tells the manager that created it, and
 // makes these settings the only saved window settings, so that the window closed last is the one
-// the next start opens like. The settings file itself is written when the program quits.
+// the next start opens like. The settings file is written with the next save.
 class MainWindowController : public QObject
 {
     Q_OBJECT

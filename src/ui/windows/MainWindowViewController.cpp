@@ -22,6 +22,7 @@
 #include "ui/windows/ValidatingToolbar.h"
 
 #include <QDesktopServices>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -31,6 +32,9 @@
 #include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -79,6 +83,7 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, M
     toolbarDivider->setFrameShape(QFrame::HLine);
     toolbarDivider->setFrameShadow(QFrame::Sunken);
     layout->addWidget(toolbarDivider);
+    m_toolbarDivider = toolbarDivider;
 
     m_primarySplitView = new QSplitter(Qt::Horizontal, this);
     m_primarySplitView->setChildrenCollapsible(false);
@@ -105,7 +110,15 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, M
     layout->addWidget(bottomDivider);
     layout->addWidget(buildBottomBar());
 
+    // The browser lays out its split when its layout changes; the positions are applied over it.
+    m_browserSplitView = m_browserViewController->findChild<QSplitter *>(QString(), Qt::FindDirectChildrenOnly);
+    if (m_browserSplitView) {
+        m_browserSplitView->installEventFilter(this);
+        connect(m_browserSplitView, &QSplitter::splitterMoved, this, &MainWindowViewController::browserSplitterMoved);
+    }
+
     MainToolbarBuilder::build(m_toolbar, this, CommandRegistry::shared());
+    m_toolbarDivider->setVisible(!m_toolbar->isHidden());
     applyPaneVisibility();
     applySplitSizes();
     observeSettings();
@@ -265,6 +278,25 @@ void MainWindowViewController::observeSettings()
         m_folderDepthSlider->setValue(depth);
     });
     connect(settings, &ObservableSettings::changed, this, &MainWindowViewController::commandsChanged);
+    // After the toolbar has arranged itself for the same change.
+    connect(settings, &WindowSettings::toolbarConfigurationChanged, m_toolbarDivider,
+            [this] { m_toolbarDivider->setVisible(!m_toolbar->isHidden()); });
+    // After the browser's own reaction to the same changes, which resizes the split.
+    for (auto changed :
+         {&WindowSettings::browserVerticalSplitPositionChanged, &WindowSettings::browserHorizontalSplitPositionChanged})
+        connect(settings, changed, this, &MainWindowViewController::applyBrowserSplitPosition);
+    connect(settings, &WindowSettings::browserLayoutChanged, this,
+            &MainWindowViewController::applyBrowserSplitPosition);
+    connect(settings, &WindowSettings::thumbnailSizeChanged, this,
+            &MainWindowViewController::applyBrowserSplitPosition);
+}
+
+bool MainWindowViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    // The splitter has its new geometry when the event arrives and lays out its panes after it.
+    if (watched == m_browserSplitView && event->type() == QEvent::Resize)
+        applyBrowserSplitPosition();
+    return QWidget::eventFilter(watched, event);
 }
 
 void MainWindowViewController::applyPaneVisibility()
@@ -280,6 +312,35 @@ void MainWindowViewController::applySplitSizes()
     const int sidebar = int(m_windowSettings->sidebarWidth());
     const int inspector = int(m_windowSettings->inspectorWidth());
     m_primarySplitView->setSizes({sidebar, qMax(200, total - sidebar - inspector), inspector});
+}
+
+void MainWindowViewController::applyBrowserSplitPosition()
+{
+    const BrowserLayout layout = m_windowSettings->browserLayout();
+    if (!m_browserSplitView || layout == BrowserLayout::noPreview || m_browserSplitView->count() != 2)
+        return;
+    const bool sideBySide = layout == BrowserLayout::rightPreview;
+    const auto extent = [sideBySide](QSize size) { return sideBySide ? size.width() : size.height(); };
+    const int total =
+        extent(m_browserSplitView->contentsRect().size()) - extent(m_browserSplitView->handle(1)->sizeHint());
+    if (total <= 0)
+        return; // not laid out yet
+    const double position = sideBySide ? m_windowSettings->browserVerticalSplitPosition()
+                                       : m_windowSettings->browserHorizontalSplitPosition();
+    // The splitter keeps each pane at least at its minimum size when the position does not fit.
+    const int leading = int(std::lround(std::clamp(position, 0.0, double(total))));
+    m_browserSplitView->setSizes({leading, total - leading});
+}
+
+// Only the user's drags come here; sizes set by the program do not move the divider this way.
+void MainWindowViewController::browserSplitterMoved()
+{
+    const double leading = m_browserSplitView->sizes().value(0);
+    switch (m_windowSettings->browserLayout()) {
+    case BrowserLayout::rightPreview: m_windowSettings->setBrowserVerticalSplitPosition(leading); break;
+    case BrowserLayout::topPreview: m_windowSettings->setBrowserHorizontalSplitPosition(leading); break;
+    case BrowserLayout::noPreview: break;
+    }
 }
 
 void MainWindowViewController::writeLayoutToSettings()

@@ -26,6 +26,11 @@ class ValidatingToolbar;
 // runs the commands of its content (its action handler's) and of its thumbnail pane, follows the
 // window settings so that a change from anywhere shows at once, and keeps the navigation history
 // from the sidebar's places.
+//
+// The browser's split keeps its leading pane (the grid beside the preview, the preview above the
+// grid) at the window's split position for that layout, in points, whenever the browser is laid
+// out or resized; the trailing pane takes the rest. A position that does not fit is shown
+// clamped and kept as it was; dragging the divider writes the new one.
 class MainWindowViewController : public QWidget
 {
     Q_OBJECT
@@ -45,6 +50,8 @@ public:
     const NavigationHistory &navigationHistory() const { return m_navigationHistory; }
     PathBar *pathBar() const { return m_pathBar; }
     ValidatingToolbar *toolbar() const { return m_toolbar; }
+    // The browser's split between the grid and the preview.
+    QSplitter *browserSplitView() const { return m_browserSplitView; }
     QSlider *folderDepthSlider() const { return m_folderDepthSlider; }
     QSlider *thumbnailSizeSlider() const { return m_thumbnailSizeSlider; }
     QLabel *statusBarText() const { return m_statusBarText; }
@@ -64,12 +71,17 @@ Q_SIGNALS:
     void titleChanged(const QString &title);
     void commandsChanged();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void connectFlagsAndErrors();
     QWidget *buildBottomBar();
     void observeSettings();
     void applyPaneVisibility();
     void applySplitSizes();
+    void applyBrowserSplitPosition();
+    void browserSplitterMoved();
     void sourcesChanged(const QList<PXFilePtr> &sources);
     void recordPlace();
     void thumbnailSelectionChanged(const QList<PXFilePtr> &files);
@@ -85,7 +97,9 @@ private:
     MainWindowActionHandler *m_actionHandler;
     NavigationHistory m_navigationHistory;
     ValidatingToolbar *m_toolbar = nullptr;
+    QWidget *m_toolbarDivider = nullptr;
     QSplitter *m_primarySplitView = nullptr;
+    QSplitter *m_browserSplitView = nullptr;
     SidebarViewController *m_sidebarViewController = nullptr;
     BrowserViewController *m_browserViewController = nullptr;
     InspectorViewController *m_inspectorViewController = nullptr;

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QSet>
 #include <QToolButton>
 
 ValidatingToolbar::ValidatingToolbar(QWidget *parent)
@@ -14,7 +15,7 @@ ValidatingToolbar::ValidatingToolbar(QWidget *parent)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void ValidatingToolbar::addButton(QAction *action)
+QToolButton *ValidatingToolbar::addButton(QAction *action)
 {
     auto *button = new QToolButton(this);
     button->setDefaultAction(action);
@@ -23,16 +24,34 @@ void ValidatingToolbar::addButton(QAction *action)
     button->setToolButtonStyle(action->icon().isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
     button->setFocusPolicy(Qt::TabFocus);
     m_layout->addWidget(button);
+    return button;
 }
 
-void ValidatingToolbar::addSeparator()
+QWidget *ValidatingToolbar::makeSeparator()
 {
     auto *line = new QFrame(this);
     line->setFrameShape(QFrame::VLine);
     line->setFrameShadow(QFrame::Sunken);
-    m_layout->addSpacing(4);
-    m_layout->addWidget(line);
-    m_layout->addSpacing(4);
+    // The line is drawn in the middle, with room on both sides.
+    line->setFixedWidth(9);
+    line->hide();
+    return line;
+}
+
+void ValidatingToolbar::arrange(const QList<Entry> &entries)
+{
+    while (QLayoutItem *item = m_layout->takeAt(0))
+        delete item; // the layout's record of a widget, not the widget
+    QSet<QWidget *> placed;
+    for (const Entry &entry : entries) {
+        m_layout->addWidget(entry.widget, entry.stretch);
+        placed.insert(entry.widget);
+    }
+    const QList<QWidget *> children = findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget *child : children) {
+        if (!child->isWindow()) // a menu opened from the toolbar is none of its items
+            child->setVisible(placed.contains(child));
+    }
 }
 
 void ValidatingToolbar::addWidget(QWidget *widget, int stretch)

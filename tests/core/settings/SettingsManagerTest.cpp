@@ -4,6 +4,7 @@
 #include "core/app/Log.h"
 #include "core/model/PXFile.h"
 #include "core/settings/SettingsCoding.h"
+#include "support/LogCapture.h"
 #include "support/TestDir.h"
 
 #include <QDir>
@@ -19,40 +20,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-
-// Collects the program's log lines (debug lines included) while it lives.
-class LogCapture
-{
-public:
-    LogCapture()
-        : m_wasDetailed(detailedLogging())
-    {
-        s_current = this;
-        setDetailedLogging(true);
-        m_previous = qInstallMessageHandler(&LogCapture::handle);
-    }
-    ~LogCapture()
-    {
-        qInstallMessageHandler(m_previous);
-        s_current = nullptr;
-        setDetailedLogging(m_wasDetailed);
-    }
-
-    QStringList lines;
-
-private:
-    static void handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
-    {
-        if (qstrcmp(context.category, "pixcove") == 0)
-            s_current->lines.append(message);
-        else if (s_current->m_previous)
-            s_current->m_previous(type, context, message);
-    }
-
-    static inline LogCapture *s_current = nullptr;
-    QtMessageHandler m_previous = nullptr;
-    bool m_wasDetailed;
-};
 
 class SettingsManagerTest : public ::testing::Test
 {
@@ -350,6 +317,34 @@ TEST_F(SettingsManagerTest, ABurstOfChangesIsWrittenOnceAtOnceAndOnceAtTheEndOfT
     EXPECT_LT(clock.elapsed(), interval.count());
     EXPECT_TRUE(savedObject().value("slideshowSettings").toObject().value("shuffle").toBool());
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"com.tallowmere.Pixcove3.json"});
+}
+
+TEST_F(SettingsManagerTest, ChangesInsideTheListedWindowSettingsAreSavedAndThoseOfReplacedOnesAreNot)
+{
+    writeSettings(R"({"windowSettings": [{"thumbnailSize": 120}]})");
+    SettingsManager manager(file);
+    ASSERT_EQ(manager.loadOutcome(), SettingsManager::LoadOutcome::loaded);
+    AppSettings *settings = manager.settings();
+    const WindowSettingsPtr loaded = settings->windowSettings().first();
+    QSignalSpy saved(&manager, &SettingsManager::saved);
+
+    // A window's change is written like any other, without the list being set again.
+    loaded->setThumbnailsFileSort(FileSortType::modificationDate);
+    ASSERT_TRUE(saved.wait());
+    const QJsonObject window = savedObject().value("windowSettings").toArray().at(0).toObject();
+    EXPECT_EQ(window.value("thumbnailsFileSort"), QJsonValue(int(FileSortType::modificationDate)));
+    EXPECT_EQ(window.value("thumbnailSize"), QJsonValue(120));
+
+    // An object listed twice tells once; one that left the list no longer tells.
+    const WindowSettingsPtr other = std::make_shared<WindowSettings>();
+    settings->setWindowSettings({other, other});
+    QSignalSpy changed(settings, &ObservableSettings::changed);
+    QSignalSpy willChange(settings, &ObservableSettings::willChange);
+    loaded->setThumbnailSize(300);
+    EXPECT_EQ(changed.count(), 0);
+    other->setThumbnailSize(300);
+    EXPECT_EQ(changed.count(), 1);
+    EXPECT_EQ(willChange.count(), 1);
 }
 
 TEST_F(SettingsManagerTest, SaveFailuresAreLoggedEachTimeAndAlertedOncePerRun)

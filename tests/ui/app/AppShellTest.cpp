@@ -2,6 +2,7 @@
 #include "ui/app/AppDelegate.h"
 #include "ui/app/InstanceChannel.h"
 #include "ui/app/ServicesProvider.h"
+#include "ui/app/TerminationWatcher.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandAction.h"
@@ -18,11 +19,18 @@
 #include <QLocalSocket>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMetaMethod>
+#include <QSessionManager>
 #include <QSignalSpy>
 #include <QToolButton>
 #include <QUuid>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstddef>
+#include <optional>
+#include <unistd.h>
 
 namespace {
 
@@ -73,6 +81,39 @@ void collectCommandItems(QMenu *menu, QList<CommandAction *> &items)
             ADD_FAILURE() << "not a command: " << action->text().toStdString();
         }
     }
+}
+
+// Runs in a child process: a window whose latest change waits for a save an hour away, then
+// SIGTERM. Exits 0 when the program's event loop ended cleanly with every window closed.
+[[noreturn]] void runUntilSignalled(const QString &settingsFile, const QString &folder)
+{
+    SettingsManager settingsManager(settingsFile);
+    SettingsManager::setShared(&settingsManager);
+    settingsManager.setSaveInterval(std::chrono::hours(1));
+    MainWindowsManager windows(settingsManager.settings());
+    MainWindowsManager::setShared(&windows);
+    AppDelegate delegate;
+    const TerminationWatcher watcher(&settingsManager, [&delegate] { delegate.terminateForSystem(); });
+
+    QSignalSpy saved(&settingsManager, &SettingsManager::saved);
+    MainWindowController *window = windows.newMainWindow(PXFile::fileForPath(folder));
+    if (!saved.wait()) // the window's first change, written at once
+        ::_exit(2);
+    window->tabbedWindow()->performCommand(CommandId::changeThumbnailFileSort, int(FileSortType::exifDate));
+    ::kill(::getpid(), SIGTERM);
+    const int exitCode = QApplication::exec();
+    ::_exit(exitCode == 0 && windows.windowControllers().isEmpty() ? 0 : 3);
+}
+
+// Emits one of the session manager's requests as the platform does; the handlers are given a
+// stand-in for the session manager, which they leave alone.
+void emitSessionRequest(void (QGuiApplication::*request)(QSessionManager &))
+{
+    alignas(std::max_align_t) char standIn[256] = {};
+    void *arguments[] = {nullptr, standIn};
+    const QMetaMethod signal = QMetaMethod::fromSignal(request);
+    const QMetaObject *owner = signal.enclosingMetaObject();
+    QMetaObject::activate(qApp, owner, signal.methodIndex() - owner->methodOffset(), arguments);
 }
 
 } // namespace
@@ -350,4 +391,47 @@ TEST(AppShell, HidingOnDeactivationFollowsTheSetting)
     // Starting again brings a window back: a new one, since none is visible.
     app.delegate.applicationShouldHandleReopen();
     EXPECT_TRUE(shell.windows->hasVisibleWindows());
+}
+
+TEST(AppShell, ASignalToEndQuitsCleanlyAndTheLatestChangeReachesTheFile)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // The child process runs this test again up to EXPECT_EXIT; it finds the folder in its
+    // environment instead of making one of its own.
+    const char *const folderVariable = "PIXCOVE_TEST_SIGNAL_FOLDER";
+    std::optional<TestDir> dir;
+    if (!qEnvironmentVariableIsSet(folderVariable)) {
+        dir.emplace();
+        dir->mkdir(QStringLiteral("photos"));
+        qputenv(folderVariable, QFile::encodeName(dir->path()));
+    }
+    const QString folder = qEnvironmentVariable(folderVariable);
+    const QString settingsFile = folder + QStringLiteral("/settings.json");
+    EXPECT_EXIT(runUntilSignalled(settingsFile, folder + QStringLiteral("/photos")), testing::ExitedWithCode(0), "");
+    qunsetenv(folderVariable);
+
+    const SettingsManager reread(settingsFile);
+    ASSERT_EQ(reread.loadOutcome(), SettingsManager::LoadOutcome::loaded);
+    ASSERT_EQ(reread.settings()->windowSettings().size(), 1);
+    const WindowSettingsPtr window = reread.settings()->windowSettings().first();
+    EXPECT_EQ(window->sidebarRootFolder(), PXFile::fileForPath(folder + QStringLiteral("/photos")));
+    EXPECT_EQ(window->thumbnailsFileSort(), FileSortType::exifDate);
+}
+
+TEST(AppShell, TheSessionsRequestsWriteTheSettingsAtOnce)
+{
+    ShellFixture shell;
+    shell.settingsManager->setSaveInterval(std::chrono::hours(1));
+    QSignalSpy saved(shell.settingsManager.get(), &SettingsManager::saved);
+    shell.settings()->setThumbnailOutlineThickness(3);
+    ASSERT_TRUE(saved.wait()); // the first change of a quiet hour is written at once, the next ones wait
+    const TerminationWatcher watcher(shell.settingsManager.get(), [] {});
+    int thickness = 4;
+    for (auto request : {&QGuiApplication::commitDataRequest, &QGuiApplication::saveStateRequest}) {
+        shell.settings()->setThumbnailOutlineThickness(thickness);
+        emitSessionRequest(request);
+        const SettingsManager reread(shell.settingsManager->settingsFile());
+        EXPECT_EQ(reread.settings()->thumbnailOutlineThickness(), thickness);
+        ++thickness;
+    }
 }

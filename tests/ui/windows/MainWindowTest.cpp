@@ -9,19 +9,29 @@
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/TabbedWindow.h"
+#include "ui/windows/ToolbarCustomizationDialog.h"
+#include "ui/windows/ValidatingToolbar.h"
 
 #include "core/model/PXFile.h"
+#include "support/LogCapture.h"
 #include "ui/ShellFixture.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QSplitter>
+#include <QSplitterHandle>
 #include <QTimer>
+#include <QToolButton>
 #include <QTreeView>
 
 #include <gtest/gtest.h>
@@ -69,6 +79,42 @@ struct OpenWindow
         return names;
     }
 };
+
+// Drags the divider of a two-pane splitter by `distance` points, as the user does.
+void dragDivider(QSplitter *splitter, int distance)
+{
+    QSplitterHandle *handle = splitter->handle(1);
+    const QPoint from = handle->rect().center();
+    const QPoint to = from + (splitter->orientation() == Qt::Horizontal ? QPoint(distance, 0) : QPoint(0, distance));
+    const auto send = [handle](QEvent::Type type, QPoint position, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, position, handle->mapToGlobal(position), Qt::LeftButton, buttons, Qt::NoModifier);
+        QApplication::sendEvent(handle, &event);
+    };
+    send(QEvent::MouseButtonPress, from, Qt::LeftButton);
+    send(QEvent::MouseMove, to, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, to, Qt::NoButton);
+}
+
+// The toolbar's items as they show, left to right: a button's command (a menu button's first
+// entry's; the three layout buttons count once), "field", "separator" or "space" (flexible or not).
+QStringList shownToolbarItems(const ValidatingToolbar *toolbar)
+{
+    QStringList items;
+    for (int i = 0; i < toolbar->layout()->count(); ++i) {
+        QWidget *widget = toolbar->layout()->itemAt(i)->widget();
+        if (!widget->isVisibleTo(toolbar))
+            continue;
+        const auto *button = qobject_cast<QToolButton *>(widget);
+        const QString item = button
+            ? (button->defaultAction() ? button->defaultAction() : button->menu()->actions().value(0))->objectName()
+            : qobject_cast<QLineEdit *>(widget) ? QStringLiteral("field")
+            : qobject_cast<QFrame *>(widget)    ? QStringLiteral("separator")
+                                                : QStringLiteral("space");
+        if (item != items.value(items.size() - 1))
+            items.append(item);
+    }
+    return items;
+}
 
 } // namespace
 
@@ -187,7 +233,11 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     second.command("changeThumbnailSize", -1);
     EXPECT_EQ(settings->thumbnailSize(), 96);
 
-    // Closing writes the window into its settings and makes it the one saved window.
+    // Closing a window leaves the saved list to the windows still open; the window closed last
+    // writes itself into its settings and is the one saved window.
+    second.controller->close();
+    EXPECT_EQ(window.tabbedWindow->controllers().size(), 1);
+    EXPECT_EQ(shell.settings()->windowSettings(), QList<WindowSettingsPtr>({settings}));
     window.controller->close();
     ASSERT_EQ(shell.settings()->windowSettings().size(), 1);
     const WindowSettingsPtr kept = shell.settings()->windowSettings().first();
@@ -201,7 +251,6 @@ TEST(MainWindow, SettingsAreAppliedFollowedAndWrittenOnClose)
     EXPECT_EQ(reread->thumbnailSize(), 96);
     EXPECT_EQ(reread->thumbnailsFileSort(), FileSortType::exifDate);
     EXPECT_TRUE(reread->sidebarCollapsed());
-    EXPECT_EQ(second.tabbedWindow->controllers().size(), 1);
 }
 
 TEST(MainWindow, FlagsGoToTheSharedStoreAndPaneErrorsReachTheUser)
@@ -236,4 +285,127 @@ TEST(MainWindow, FlagsGoToTheSharedStoreAndPaneErrorsReachTheUser)
     Q_EMIT pane->errorOccurred(QStringLiteral("Cannot Rename"), QStringLiteral("the reason"));
     EXPECT_TRUE(warned);
     FlagManager::setShared(nullptr);
+}
+
+TEST(MainWindow, EverySaveHoldsTheOpenWindowsAsTheyAreNow)
+{
+    ShellFixture shell;
+    shell.settingsManager->setSaveInterval(std::chrono::milliseconds(200));
+    OpenWindow first(shell.windows->newMainWindow(shell.folder("photos/a")));
+    OpenWindow second(shell.windows->newMainWindow(shell.folder("photos/c")));
+    const WindowSettingsPtr firstSettings = first.controller->windowSettings();
+    const WindowSettingsPtr secondSettings = second.controller->windowSettings();
+    // The most recently opened first: it is the one a quit would keep, and the next start opens like it.
+    EXPECT_EQ(shell.settings()->windowSettings(), QList<WindowSettingsPtr>({secondSettings, firstSettings}));
+
+    // A change in a window reaches the file with the next save, the window still open: once the
+    // saves of the opening are over, at once.
+    QSignalSpy saves(shell.settingsManager.get(), &SettingsManager::saved);
+    while (saves.wait(400)) { }
+    ASSERT_TRUE(first.command("changeThumbnailFileSort", int(FileSortType::exifDate)));
+    ASSERT_TRUE(saves.wait());
+    const SettingsManager reread(shell.settingsManager->settingsFile());
+    const QList<WindowSettingsPtr> saved = reread.settings()->windowSettings();
+    ASSERT_EQ(saved.size(), 2);
+    EXPECT_EQ(saved[0]->sidebarRootFolder(), shell.folder("photos/c"));
+    EXPECT_EQ(saved[1]->sidebarRootFolder(), shell.folder("photos/a"));
+    EXPECT_EQ(saved[1]->thumbnailsFileSort(), FileSortType::exifDate);
+
+    // Closing one leaves the other to be saved; closing the last keeps it.
+    second.controller->close();
+    EXPECT_EQ(shell.settings()->windowSettings(), QList<WindowSettingsPtr>({firstSettings}));
+    first.controller->close();
+    EXPECT_EQ(shell.settings()->windowSettings(), QList<WindowSettingsPtr>({firstSettings}));
+}
+
+TEST(MainWindow, TheBrowserSplitKeepsTheSavedPositionsAndWritesTheUsersDrags)
+{
+    ShellFixture shell;
+    const WindowSettingsPtr saved = std::make_shared<WindowSettings>();
+    saved->setSidebarRootFolder(shell.photos);
+    saved->setBrowserVerticalSplitPosition(420);
+    saved->setBrowserHorizontalSplitPosition(250);
+    shell.settings()->setWindowSettings({saved});
+
+    OpenWindow window(shell.windows->newMainWindow());
+    const WindowSettingsPtr settings = window.controller->windowSettings();
+    QSplitter *split = window.view->browserSplitView();
+    ASSERT_TRUE(split);
+    window.tabbedWindow->resize(1300, 800);
+    ASSERT_TRUE(waitUntil([&] { return split->sizes().value(0) == 420; }));
+    // Growing the window grows the preview; the grid keeps its width.
+    window.tabbedWindow->resize(1500, 800);
+    ASSERT_TRUE(waitUntil([&] { return split->width() > 1000; }));
+    EXPECT_EQ(split->sizes().value(0), 420);
+
+    dragDivider(split, 60);
+    EXPECT_EQ(split->sizes().value(0), 480);
+    EXPECT_EQ(settings->browserVerticalSplitPosition(), 480);
+
+    // The preview on top: the other position, from the top, and a drag writes that one only.
+    ASSERT_TRUE(window.command("changeBrowserLayout", int(BrowserLayout::topPreview)));
+    ASSERT_TRUE(waitUntil([&] { return split->orientation() == Qt::Vertical && split->sizes().value(0) == 250; }));
+    dragDivider(split, -50);
+    EXPECT_EQ(settings->browserHorizontalSplitPosition(), 200);
+    EXPECT_EQ(settings->browserVerticalSplitPosition(), 480);
+    ASSERT_TRUE(window.command("changeBrowserLayout", int(BrowserLayout::rightPreview)));
+
+    // A window opened after this one closed takes its split.
+    window.controller->close();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    OpenWindow reopened(shell.windows->newMainWindow());
+    reopened.tabbedWindow->resize(1300, 800);
+    QSplitter *reopenedSplit = reopened.view->browserSplitView();
+    ASSERT_TRUE(waitUntil([&] { return reopenedSplit->sizes().value(0) == 480; }));
+    ASSERT_TRUE(reopened.command("changeBrowserLayout", int(BrowserLayout::topPreview)));
+    EXPECT_EQ(reopenedSplit->sizes().value(0), 200);
+}
+
+TEST(MainWindow, TheToolbarFollowsItsConfigurationAndWritesItsChangesBack)
+{
+    ShellFixture shell;
+    const WindowSettingsPtr saved = std::make_shared<WindowSettings>();
+    saved->setSidebarRootFolder(shell.photos);
+    saved->setToolbarConfiguration(
+        QVariantMap{{"TB Item Identifiers", QStringList{"thumbnailViewSearch", "separator", "back"}}});
+    shell.settings()->setWindowSettings({saved});
+
+    OpenWindow window(shell.windows->newMainWindow());
+    const WindowSettingsPtr settings = window.controller->windowSettings();
+    ValidatingToolbar *toolbar = window.view->toolbar();
+    EXPECT_EQ(shownToolbarItems(toolbar),
+              (QStringList{"setThumbnailViewSearchCategory", "field", "separator", "back"}));
+
+    // Hiding it from the menu is written, and so is what the customization sheet chooses.
+    ASSERT_TRUE(window.command("toggleToolbarShown"));
+    EXPECT_FALSE(toolbar->isVisibleTo(window.view));
+    EXPECT_EQ(settings->toolbarConfiguration()->value("TB Is Shown"), QVariant(false));
+    ASSERT_TRUE(window.command("runToolbarCustomizationPalette"));
+    auto *sheet = window.view->findChild<ToolbarCustomizationDialog *>();
+    ASSERT_TRUE(sheet);
+    QListWidget *list = sheet->list();
+    ASSERT_EQ(list->item(3)->text(), "Forward"); // the items shown first, in their order, then the others
+    list->item(3)->setCheckState(Qt::Checked);
+    list->item(1)->setCheckState(Qt::Unchecked); // the separator
+    list->insertItem(0, list->takeItem(3));
+    sheet->addSpacer("flexibleSpace");
+    sheet->accept();
+    window.command("toggleToolbarShown");
+    const QStringList chosen{"forward", "setThumbnailViewSearchCategory", "field", "back", "space"};
+    EXPECT_EQ(shownToolbarItems(toolbar), chosen);
+
+    // It survives closing and reopening the window.
+    window.controller->close();
+    OpenWindow reopened(shell.windows->newMainWindow());
+    EXPECT_EQ(shownToolbarItems(reopened.view->toolbar()), chosen);
+
+    // One that cannot be read is logged, and the default toolbar shows.
+    LogCapture log;
+    reopened.controller->windowSettings()->setToolbarConfiguration(
+        QVariantMap{{"TB Item Identifiers", QStringList{"back", "ejectSelected"}}, {"TB Is Shown", false}});
+    EXPECT_TRUE(reopened.view->toolbar()->isVisibleTo(reopened.view));
+    EXPECT_EQ(shownToolbarItems(reopened.view->toolbar()).size(), 11);
+    EXPECT_EQ(log.lines,
+              QStringList("ERROR: The toolbar's configuration cannot be used, showing the default toolbar: "
+                          "“TB Item Identifiers” names the unknown item “ejectSelected”"));
 }
