@@ -52,7 +52,8 @@ void ZQEventCoalescer::add(ZQFileEventType type, const QByteArray &nativePath)
     }
 }
 
-QList<ZQFileEvent> ZQEventCoalescer::take(const std::function<bool(const QByteArray &)> &isKnown)
+QList<ZQFileEvent> ZQEventCoalescer::take(const std::function<bool(const QByteArray &)> &isKnown,
+                                          QList<QByteArray> *vanished)
 {
     QList<ZQFileEvent> events;
     events.reserve(m_pending.size());
@@ -64,8 +65,11 @@ QList<ZQFileEvent> ZQEventCoalescer::take(const std::function<bool(const QByteAr
         const bool known = isKnown(pending.nativePath);
         ZQFileEventType type;
         if (!pending.existsAtEnd) {
-            if (!known)
+            if (!known) {
+                if (vanished)
+                    vanished->append(pending.nativePath);
                 continue; // came and went within the burst
+            }
             type = ZQFileEventType::removed;
         } else if (!known) {
             type = ZQFileEventType::created;

@@ -28,7 +28,9 @@ public:
 
     void add(ZQFileEventType type, const QByteArray &nativePath);
     // The burst's events; `isKnown` tells whether the subscribers know a file (before this burst).
-    QList<ZQFileEvent> take(const std::function<bool(const QByteArray &)> &isKnown);
+    // Files that came and went unknown give no event; `vanished`, when given, receives them.
+    QList<ZQFileEvent> take(const std::function<bool(const QByteArray &)> &isKnown,
+                            QList<QByteArray> *vanished = nullptr);
     void clear();
     bool isEmpty() const { return m_pending.isEmpty(); }
 

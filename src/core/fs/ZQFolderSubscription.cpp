@@ -187,8 +187,15 @@ struct ZQFolderSubscription::Private final : ZQInotifyWatcher::Client
 
     void flush()
     {
+        QList<QByteArray> vanished;
         const QList<ZQFileEvent> events = coalescer.take(
-            [this](const QByteArray &path) { return path == folderPath || indexOfPath.contains(PathKey(path)); });
+            [this](const QByteArray &path) { return path == folderPath || indexOfPath.contains(PathKey(path)); },
+            &vanished);
+        // A file removed before the listing delivered it may still be in the listing: it is gone.
+        if (isListing()) {
+            for (const QByteArray &path : std::as_const(vanished))
+                changedDuringListing.insert(path, false);
+        }
         bool rescan = false;
         for (const ZQFileEvent &event : events) {
             if (event.type == ZQFileEventType::rescanNeeded) {

@@ -15,10 +15,12 @@ constexpr qsizetype parallelCountMinimum = 2000;
 
 FileModelPtr FileModel::create(PXFilePtr file, const FileModelPtr &parent)
 {
-    return FileModelPtr(new FileModel(std::move(file), parent));
+    // One allocation for the node and its count: a folder of 100 000 makes as many nodes, and
+    // every pass over them touches both.
+    return std::make_shared<FileModel>(CreateTag(), std::move(file), parent);
 }
 
-FileModel::FileModel(PXFilePtr file, const FileModelPtr &parent)
+FileModel::FileModel(CreateTag, PXFilePtr file, const FileModelPtr &parent)
     : m_id(file ? file->path() : QString())
     , m_file(std::move(file))
     , m_isLeaf(!m_file || !m_file->isDirectory())

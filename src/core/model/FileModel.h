@@ -102,9 +102,14 @@ public:
     // Loading started (initialLoading, then longLoading after 0.3 s) or ended (none). GUI thread.
     void setLoading(bool loading);
 
-private:
-    FileModel(PXFilePtr file, const FileModelPtr &parent);
+    // For create() only (through std::make_shared, which needs a public constructor).
+    struct CreateTag
+    {
+        explicit CreateTag() = default;
+    };
+    FileModel(CreateTag, PXFilePtr file, const FileModelPtr &parent);
 
+private:
     QString m_id;
     PXFilePtr m_file;
     bool m_isLeaf;
