@@ -4,6 +4,10 @@
 #include <QMutex>
 #include <QThread>
 
+#include <latch>
+#include <memory>
+#include <mutex>
+
 namespace {
 
 struct PoolRegistry
@@ -31,6 +35,28 @@ void addPool(PoolRegistry &pools, QThreadPool *pool)
     }
 }
 
+// Qt's image operations (smooth scaling, format conversions, the raster engine's fills) share
+// their work out to Qt's global pool from whichever thread calls them. A pool thread that an
+// idle-class worker happened to start would be idle-class for life (threads inherit the class, and
+// an ordinary user cannot raise it back), and the GUI thread's painting would then wait on it
+// behind the decoders. So the global pool's threads are all started once by an ordinary thread,
+// and kept.
+void keepGlobalPoolOrdinary()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        QThreadPool *global = QThreadPool::globalInstance();
+        global->setExpiryTimeout(-1);
+        const int count = global->maxThreadCount();
+        // Each waits for the others, so that every one needs a thread of its own. Shared: the last
+        // ones may still be leaving it when this thread goes on.
+        auto allRunning = std::make_shared<std::latch>(count);
+        for (int i = 0; i < count; ++i)
+            global->start([allRunning] { allRunning->arrive_and_wait(); });
+        allRunning->wait();
+    });
+}
+
 } // namespace
 
 QThreadPool *namedThreadPool(const QString &name)
@@ -46,6 +72,12 @@ QThreadPool *namedThreadPool(const QString &name)
         addPool(pools, pool);
     }
     return pool;
+}
+
+void setBackgroundPriority(QThreadPool *pool)
+{
+    keepGlobalPoolOrdinary();
+    pool->setThreadPriority(QThread::IdlePriority);
 }
 
 void registerThreadPool(QThreadPool *pool)

@@ -36,6 +36,14 @@ void runOnPool(const QString &poolName, F &&fn, int priority = 0)
     namedThreadPool(poolName)->start(std::forward<F>(fn), priority);
 }
 
+// Puts the threads that `pool` starts from now on in the idle scheduling class (SCHED_IDLE; Qt's
+// other thread priorities change nothing for ordinary Linux threads): they get a core only when no
+// ordinary thread wants it, so that their work never delays the GUI thread. For pools that decode,
+// scale and write caches in a process with windows. Threads the pool already has keep their class
+// until they expire: call it before the pool's first work, on an ordinary thread (the first call
+// also starts the threads of Qt's global pool, which Qt's image operations share work with).
+void setBackgroundPriority(QThreadPool *pool);
+
 // Has `pool` drained with the named pools when the application object goes. For pools that live
 // as long as the process, such as a shared service's own pool.
 void registerThreadPool(QThreadPool *pool);

@@ -53,20 +53,39 @@ SystemThumbnailer &SystemThumbnailer::shared()
     // Never deleted: its pool may be running while static destructors run.
     static SystemThumbnailer *thumbnailer = [] {
         auto *made = new SystemThumbnailer;
+        made->setBackgroundPriority();
         registerThreadPool(&made->m_pool);
         return made;
     }();
     return *thumbnailer;
 }
 
+void SystemThumbnailer::setMaxThreadCount(int count)
+{
+    m_pool.setMaxThreadCount(count);
+    m_throttle->setLimit(count);
+}
+
+void SystemThumbnailer::setBackgroundPriority()
+{
+    ::setBackgroundPriority(&m_pool);
+}
+
 void SystemThumbnailer::generate(const std::shared_ptr<SystemThumbnailRequest> &request, Handler handler)
 {
     m_pool.start([this, request, handler = std::move(handler)] {
+        const auto cancelled = [] { return failure(2, QStringLiteral("The request was cancelled.")); };
         if (request->isCancelled()) {
-            handler(failure(2, QStringLiteral("The request was cancelled.")));
+            handler(cancelled());
             return;
         }
-        handler(thumbnail(*request));
+        SystemThumbnailResult result;
+        {
+            const ThumbnailThrottle::Slot slot = m_throttle->acquire();
+            // Asked again after the wait: a request scrolled away meanwhile costs nothing.
+            result = request->isCancelled() ? cancelled() : thumbnail(*request);
+        }
+        handler(result);
     });
 }
 

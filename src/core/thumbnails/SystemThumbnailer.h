@@ -2,6 +2,7 @@
 
 #include "core/thumbnails/ThumbnailCache.h"
 #include "core/thumbnails/ThumbnailError.h"
+#include "core/thumbnails/ThumbnailThrottle.h"
 
 #include <QByteArray>
 #include <QImage>
@@ -57,8 +58,9 @@ struct SystemThumbnailResult
 // written to the cache at the size that covers it. Failures are remembered under fail/pixcove/
 // so that a file that cannot be rendered is not tried again until it changes.
 //
-// Requests run on the thumbnailer's own pool, six at a time; the handler is called once per
-// request on a pool thread, with an error when the request was cancelled.
+// Requests run on the thumbnailer's own pool, six at a time, each holding a slot of `throttle`
+// while it works; the handler is called once per request on a pool thread, with an error when the
+// request was cancelled.
 class SystemThumbnailer
 {
 public:
@@ -83,7 +85,13 @@ public:
 
     // Six renders at once by default: as many as the generator runs.
     static constexpr int defaultThreadCount = 6;
-    void setMaxThreadCount(int count) { m_pool.setMaxThreadCount(count); }
+    void setMaxThreadCount(int count);
+    // Its pool's threads in the idle scheduling class (the windows' thumbnailer; see
+    // setBackgroundPriority in Dispatch.h). Before the first request.
+    void setBackgroundPriority();
+    // How many decode at once; shared with the generator's preview reads, which may outlive the
+    // thumbnailer.
+    const std::shared_ptr<ThumbnailThrottle> &throttle() const { return m_throttle; }
     // Waits until every started request has called its handler (tests, the command line).
     void waitForDone() { m_pool.waitForDone(); }
 
@@ -92,5 +100,6 @@ private:
 
     ThumbnailCache m_cache;
     std::atomic<bool> m_cacheEnabled = true;
+    std::shared_ptr<ThumbnailThrottle> m_throttle = std::make_shared<ThumbnailThrottle>(defaultThreadCount);
     QThreadPool m_pool;
 };

@@ -13,11 +13,13 @@
 
 namespace {
 
-const QString utilityQueueName = QStringLiteral("Thumbnail Generator");
-
-QThreadPool *utilityQueue()
+// Two pools, as a thread keeps its scheduling class for life.
+QThreadPool *namedUtilityQueue(bool background)
 {
-    QThreadPool *pool = namedThreadPool(utilityQueueName);
+    QThreadPool *pool = namedThreadPool(background ? QStringLiteral("Thumbnail Generator, idle")
+                                                   : QStringLiteral("Thumbnail Generator"));
+    if (background)
+        setBackgroundPriority(pool);
     // Embedded previews are small reads: as many at once as requests may run.
     if (pool->maxThreadCount() < ThumbnailGenerator::defaultConcurrentRequestsCount)
         pool->setMaxThreadCount(ThumbnailGenerator::defaultConcurrentRequestsCount);
@@ -67,6 +69,7 @@ void ThumbnailGenerator::Request::deliver(const QImage &image, bool final, const
 
 ThumbnailGenerator::ThumbnailGenerator(SystemThumbnailer *thumbnailer, QObject *parent)
     : QObject(parent)
+    , m_utilityQueue(namedUtilityQueue(false))
     , m_thumbnailer(thumbnailer ? thumbnailer : &SystemThumbnailer::shared())
 { }
 
@@ -79,15 +82,32 @@ ThumbnailGenerator::~ThumbnailGenerator()
 ThumbnailGenerator &ThumbnailGenerator::shared()
 {
     // Never deleted: requests may finish on pool threads while static destructors run.
-    static ThumbnailGenerator *generator = new ThumbnailGenerator;
+    static ThumbnailGenerator *generator = [] {
+        auto *made = new ThumbnailGenerator;
+        made->setBackgroundPriority();
+        return made;
+    }();
     return *generator;
 }
 
 void ThumbnailGenerator::setConcurrentRequestsCount(int count)
 {
     m_concurrentRequestsCount = qMax(1, count);
-    if (utilityQueue()->maxThreadCount() < m_concurrentRequestsCount)
-        utilityQueue()->setMaxThreadCount(m_concurrentRequestsCount);
+    if (m_utilityQueue->maxThreadCount() < m_concurrentRequestsCount)
+        m_utilityQueue->setMaxThreadCount(m_concurrentRequestsCount);
+}
+
+void ThumbnailGenerator::setBackgroundPriority()
+{
+    m_utilityQueue = namedUtilityQueue(true);
+    setConcurrentRequestsCount(m_concurrentRequestsCount);
+    m_thumbnailer->setBackgroundPriority();
+}
+
+void ThumbnailGenerator::viewScrollingChanged(bool scrolling)
+{
+    m_scrollingViews = qMax(0, m_scrollingViews + (scrolling ? 1 : -1));
+    m_thumbnailer->throttle()->setBusy(m_scrollingViews > 0);
 }
 
 double ThumbnailGenerator::screenScale() const
@@ -207,17 +227,24 @@ void ThumbnailGenerator::start(const RequestPtr &request)
     const int needed = int(screenScale() * request->size().width());
     std::weak_ptr<Request> weakRequest = request;
     QPointer<ThumbnailGenerator> generator = this;
-    utilityQueue()->start([generator, weakRequest, needed] { runImagePath(generator, weakRequest, needed); });
+    std::shared_ptr<ThumbnailThrottle> throttle = m_thumbnailer->throttle();
+    m_utilityQueue->start(
+        [generator, weakRequest, needed, throttle] { runImagePath(generator, weakRequest, needed, throttle); });
 }
 
 void ThumbnailGenerator::runImagePath(QPointer<ThumbnailGenerator> generator, const std::weak_ptr<Request> &weakRequest,
-                                      int needed)
+                                      int needed, const std::shared_ptr<ThumbnailThrottle> &throttle)
 {
     RequestPtr request = weakRequest.lock();
     if (!request || !generator)
         return;
     if (!request->isCancelled()) {
-        const QImage preview = EmbeddedPreview::read(request->file()->resolvedNativePath(), needed);
+        QImage preview;
+        {
+            const ThumbnailThrottle::Slot slot = throttle->acquire();
+            if (!request->isCancelled())
+                preview = EmbeddedPreview::read(request->file()->resolvedNativePath(), needed);
+        }
         if (!preview.isNull()) {
             if (preview.width() < needed && preview.height() < needed) {
                 postTo(generator, [request, preview] {

@@ -16,8 +16,10 @@
 #include <memory>
 #include <optional>
 
+class QThreadPool;
 class SystemThumbnailer;
 class SystemThumbnailRequest;
+class ThumbnailThrottle;
 
 // The one producer of thumbnails for the grids. Items hand it requests whose priority follows
 // their visibility; it runs at most `concurrentRequestsCount` of them at once and always starts
@@ -31,6 +33,11 @@ class SystemThumbnailRequest;
 // The waiting and running lists live on the GUI thread; add, remove and finished re-post
 // themselves there when called from elsewhere. Every delivery reaches the update handler on the
 // GUI thread.
+//
+// The windows' generator keeps out of the GUI thread's way: its workers run in the idle
+// scheduling class, and while a view scrolls only as many decode at once as leave a core free
+// (the thumbnailer's throttle, which preview reads share); the six requests keep running, their
+// decoding waits.
 class ThumbnailGenerator : public QObject
 {
     Q_OBJECT
@@ -57,6 +64,19 @@ public:
     int concurrentRequestsCount() const { return m_concurrentRequestsCount; }
     void setConcurrentRequestsCount(int count);
 
+    // Runs the preview reads on a pool of idle-class threads and asks the same of the thumbnailer
+    // (see setBackgroundPriority in Dispatch.h); the shared generator does, the command line's
+    // does not: it has no GUI thread to give way to, and idle threads would crawl beside any busy
+    // program. Before the first request.
+    void setBackgroundPriority();
+    // The pool that reads embedded previews.
+    QThreadPool *utilityQueue() const { return m_utilityQueue; }
+
+    // A view started (true) or stopped (false) scrolling; views report both, so that the decoders
+    // are held back while any of them scrolls (GUI thread).
+    void viewScrollingChanged(bool scrolling);
+    bool isViewScrolling() const { return m_scrollingViews > 0; }
+
     // The largest backing scale among the screens (1 without screens), unless set explicitly.
     double screenScale() const;
     void setScreenScale(double scale);
@@ -71,13 +91,15 @@ private:
     // On the utility queue: the embedded preview, then the thumbnailer if it does not cover
     // `needed` pixels. Holds the request weakly and gives up silently when it is gone.
     static void runImagePath(QPointer<ThumbnailGenerator> generator, const std::weak_ptr<Request> &weakRequest,
-                             int needed);
+                             int needed, const std::shared_ptr<ThumbnailThrottle> &throttle);
     void startSystemThumbnail(const RequestPtr &request);
 
     QList<RequestPtr> m_requests;
     QSet<Request *> m_activeRequests;
     QList<RequestPtr> m_activeOwners; // keeps running requests alive until they finish
     int m_concurrentRequestsCount = defaultConcurrentRequestsCount;
+    int m_scrollingViews = 0;
+    QThreadPool *m_utilityQueue;
     std::optional<double> m_screenScale;
     SystemThumbnailer *m_thumbnailer;
 };

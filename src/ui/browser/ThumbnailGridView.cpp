@@ -60,6 +60,9 @@ QPixmap makeShadowTile(int blur)
     }
     return QPixmap::fromImage(image);
 }
+
+// A pause this long ends a scroll: wheel notches and key repeats come closer together.
+constexpr int scrollSettleMs = 250;
 } // namespace
 
 ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *parent)
@@ -70,6 +73,7 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
     , m_nameEditor(this)
     , m_clickRenameTimer(new QTimer(this))
     , m_visibilityTimer(new QTimer(this))
+    , m_scrollSettleTimer(new QTimer(this))
 {
     setFocusPolicy(Qt::StrongFocus);
     setAcceptDrops(true);
@@ -93,9 +97,16 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailGridDelegate *delegate, QWidget *p
     m_visibilityTimer->setSingleShot(true);
     m_visibilityTimer->setInterval(visibilityCheckIntervalMs);
     connect(m_visibilityTimer, &QTimer::timeout, this, &ThumbnailGridView::visibleRangeChanged);
+    m_scrollSettleTimer->setSingleShot(true);
+    m_scrollSettleTimer->setInterval(scrollSettleMs);
+    connect(m_scrollSettleTimer, &QTimer::timeout, this, [this] { Q_EMIT scrollingChanged(false); });
 }
 
-ThumbnailGridView::~ThumbnailGridView() = default;
+ThumbnailGridView::~ThumbnailGridView()
+{
+    if (m_scrollSettleTimer->isActive())
+        Q_EMIT scrollingChanged(false);
+}
 
 void ThumbnailGridView::setAppearance(const ThumbnailGridAppearance &appearance)
 {
@@ -321,6 +332,9 @@ void ThumbnailGridView::scrollContentsBy(int, int)
         m_nameEditor.move(nameRect(m_nameEditor.index()).topLeft());
     viewport()->update();
     scheduleVisibilityCheck();
+    if (!m_scrollSettleTimer->isActive())
+        Q_EMIT scrollingChanged(true);
+    m_scrollSettleTimer->start();
 }
 
 void ThumbnailGridView::paintEvent(QPaintEvent *event)

@@ -110,6 +110,10 @@ Q_SIGNALS:
     void activated(int index);
     void contextMenuRequested(int index, const QPoint &globalPos);
     void visibleRangeChanged();
+    // The view started scrolling, and stopped once no step came for a moment; work that competes
+    // with drawing holds back meanwhile. Every start is followed by a stop, at the latest when the
+    // view goes.
+    void scrollingChanged(bool scrolling);
     void nameEdited(int index, const QString &text);
     void renameShortcutPressed();
 
@@ -162,4 +166,5 @@ private:
     ThumbnailNameEditor m_nameEditor;
     QTimer *m_clickRenameTimer;
     QTimer *m_visibilityTimer;
+    QTimer *m_scrollSettleTimer;
 };

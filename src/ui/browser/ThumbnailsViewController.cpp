@@ -6,6 +6,7 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/thumbnails/ThumbnailGenerator.h"
 #include "core/thumbnails/ThumbnailVisibilityUpdater.h"
 #include "ui/browser/InlineRenameOperation.h"
 #include "ui/browser/RenamedFileFollower.h"
@@ -104,6 +105,8 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
 
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
     connect(m_grid, &ThumbnailGridView::visibleRangeChanged, this, &ThumbnailsViewController::updateVisibility);
+    connect(m_grid, &ThumbnailGridView::scrollingChanged, &ThumbnailGenerator::shared(),
+            &ThumbnailGenerator::viewScrollingChanged);
     connect(m_grid, &ThumbnailGridView::activated, this, [this] { m_actionHandler->performOpen(); });
     connect(m_grid, &ThumbnailGridView::nameEdited, this, &ThumbnailsViewController::commitNameEdit);
     connect(m_grid, &ThumbnailGridView::renameShortcutPressed, this, [this] { m_actionHandler->renameFile(); });

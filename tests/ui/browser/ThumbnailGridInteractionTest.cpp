@@ -5,6 +5,8 @@
 
 #include "core/model/FileCollectionModel.h"
 #include "core/model/PXFile.h"
+#include "core/thumbnails/SystemThumbnailer.h"
+#include "core/thumbnails/ThumbnailGenerator.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 
@@ -14,6 +16,8 @@
 #include <QSignalSpy>
 #include <QSplitter>
 #include <QTest>
+
+#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -119,6 +123,33 @@ TEST(ThumbnailGridInteraction, OnlyCellsOnOrNearTheScreenAskForThumbnails)
     EXPECT_EQ(p.pane.itemAt(0)->visible(), Visibility::offscreen);
     // Far behind the view: the picture is forgotten.
     EXPECT_TRUE(p.pane.itemAt(0)->thumbnail().isNull());
+}
+
+TEST(ThumbnailGridInteraction, ScrollingHoldsBackTheDecodersUntilItSettlesOrTheViewGoes)
+{
+    auto p = std::make_unique<Pane>(400, QSize(500, 400));
+    ASSERT_TRUE(p->ok);
+    const ThumbnailGenerator &generator = ThumbnailGenerator::shared();
+    const ThumbnailThrottle &throttle = *SystemThumbnailer::shared().throttle();
+    ASSERT_TRUE(waitUntil([&] { return !generator.isViewScrolling(); }));
+    QScrollBar *bar = p->pane.gridView()->verticalScrollBar();
+    QSignalSpy spy(p->pane.gridView(), &ThumbnailGridView::scrollingChanged);
+
+    // A run of steps is one scroll.
+    for (int i = 1; i <= 5; ++i)
+        bar->setValue(i * 40);
+    ASSERT_EQ(spy.size(), 1);
+    EXPECT_TRUE(spy.first().first().toBool());
+    EXPECT_TRUE(throttle.isBusy());
+    ASSERT_TRUE(waitUntil([&] { return !throttle.isBusy(); }));
+    EXPECT_EQ(spy.size(), 2);
+
+    // A view closed while it scrolls does not leave the decoders held back.
+    bar->setValue(400);
+    EXPECT_TRUE(throttle.isBusy());
+    p.reset();
+    EXPECT_FALSE(throttle.isBusy());
+    EXPECT_FALSE(generator.isViewScrolling());
 }
 
 TEST(ThumbnailGridInteraction, ItemSizeFollowsTheWindowSettings)
