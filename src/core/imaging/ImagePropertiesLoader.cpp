@@ -8,12 +8,13 @@
 
 #include <utility>
 
-// One load: its stop flag and the count of reads still to report. The read that brings the
-// count to zero posts the completion after its own result, so the completion always comes last.
+// One load: its stop flag and the count of results still to arrive. The count goes down on the
+// GUI thread as each result is taken in, so the completion follows the last of them whichever
+// order the workers post in.
 struct ImagePropertiesLoader::Batch
 {
     std::atomic<bool> cancelled = false;
-    std::atomic<qsizetype> remaining = 0;
+    qsizetype remaining = 0; // GUI thread
 };
 
 ImagePropertiesLoader::ImagePropertiesLoader(QThreadPool *pool, QObject *parent)
@@ -78,8 +79,7 @@ void ImagePropertiesLoader::load(const QList<PXFilePtr> &files, Completion compl
                         failure = ImagePropertiesError{file, error, reason};
                 }
             }
-            const bool last = --batch->remaining == 0;
-            postToGui([self, cache, batch, file, cached, item, failure, last] {
+            postToGui([self, cache, batch, file, cached, item, failure] {
                 // What a replaced load read is still worth keeping for the next selection.
                 if (cache && item != cached) {
                     if (item)
@@ -93,7 +93,7 @@ void ImagePropertiesLoader::load(const QList<PXFilePtr> &files, Completion compl
                     self->m_results.append(item);
                 else if (failure)
                     self->m_errors.append(*failure);
-                if (last)
+                if (--batch->remaining == 0)
                     self->finishBatch(batch);
             });
         });

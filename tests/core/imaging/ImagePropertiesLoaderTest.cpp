@@ -206,3 +206,23 @@ TEST(ImagePropertiesLoader, TakesUnchangedFilesFromTheCacheAndReadsChangedOnesAg
     EXPECT_EQ(cache.item(selection.files[1]).get(), changed.value("1.jpg").get())
         << "the fresh record replaces the old";
 }
+
+TEST(ImagePropertiesLoader, CompletesOnlyAfterTheLastDeliveryHowEverFastTheJobs)
+{
+    // Records from the cache make every job a stat, and more threads than cores get
+    // interrupted anywhere: the deliveries race each other.
+    Selection selection(60);
+    ImagePropertiesManager cache;
+    QThreadPool pool;
+    pool.setMaxThreadCount(16);
+    ImagePropertiesLoader loader(&pool);
+    loader.setCache(&cache);
+    for (int round = 0; round < 40; ++round) {
+        std::optional<State> state;
+        loader.load(selection.files, [&](const State &finished) { state = finished; });
+        ASSERT_TRUE(waitUntil([&] { return state.has_value(); }, 20000));
+        ASSERT_EQ(state->results.size() + state->errors.size(), 61) << "round " << round;
+    }
+    QCoreApplication::processEvents();
+    EXPECT_EQ(loader.results().size(), 60) << "a late delivery must not land in the next load";
+}
