@@ -8,6 +8,7 @@
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
+#include <cmath>
 #include <map>
 #include <memory>
 #include <optional>
@@ -46,14 +47,20 @@ icu::UnicodeString toUnicode(const QString &text)
     return icu::UnicodeString(reinterpret_cast<const UChar *>(text.utf16()), int32_t(text.size()));
 }
 
-// The EXIF and TIFF layout "yyyy:MM:dd HH:mm:ss", read without ICU's parser: building its number
-// parser for the first date costs a millisecond or two, a good part of what `pixcove-cli info`
-// takes. The wall time is placed with ICU's own time zone, as its parser does. Only well-formed
-// dates from 1900 on, on days without a change of the clock offset, are read here; anything else
-// goes to ICU's lenient parser, so the answers do not change.
-std::optional<QDateTime> parsedExifDate(QStringView text)
+// EXIF and TIFF dates ("yyyy:MM:dd HH:mm:ss", and with an offset " +02:00" or " Z" after it),
+// read without ICU's parser: building its number parser for the first date costs a millisecond
+// or two, a good part of what `pixcove-cli info` takes. A wall time is placed with ICU's own
+// time zone, as its parser does. Only well-formed dates from 1900 on (before that ICU's calendar
+// and zone history differ from plain Gregorian dates) are read here, wall times only on days
+// without a change of the clock offset; anything else goes to ICU's lenient parser, so the
+// answers do not change.
+constexpr qint64 julianDayOfEpoch = 2440588;
+constexpr double msPerDay = 86400000.0;
+
+// Milliseconds since the epoch of the wall time at the start of `text`, as if it were UTC.
+std::optional<double> exifWallTime(QStringView text)
 {
-    if (text.size() != 19)
+    if (text.size() < 19)
         return std::nullopt;
     int fields[6];
     for (int field = 0; field < 6; ++field) {
@@ -72,12 +79,16 @@ std::optional<QDateTime> parsedExifDate(QStringView text)
     }
     const QDate date(fields[0], fields[1], fields[2]);
     const QTime time(fields[3], fields[4], fields[5]);
-    // Before 1900 ICU's calendar and zone history differ from plain Gregorian dates.
     if (fields[0] < 1900 || !date.isValid() || !time.isValid())
         return std::nullopt;
-    constexpr qint64 julianDayOfEpoch = 2440588;
-    constexpr double msPerDay = 86400000.0;
-    const double dayStart = double(date.toJulianDay() - julianDayOfEpoch) * msPerDay;
+    return double(date.toJulianDay() - julianDayOfEpoch) * msPerDay + double(time.msecsSinceStartOfDay());
+}
+
+std::optional<QDateTime> parsedExifDate(QStringView text)
+{
+    const std::optional<double> wallTime = text.size() == 19 ? exifWallTime(text) : std::nullopt;
+    if (!wallTime)
+        return std::nullopt;
     const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
     if (!zone)
         return std::nullopt;
@@ -88,11 +99,40 @@ std::optional<QDateTime> parsedExifDate(QStringView text)
         zone->getOffset(localTime, true, raw, dst, status);
         return U_SUCCESS(status) ? std::optional<int32_t>(raw + dst) : std::nullopt;
     };
+    const double dayStart = std::floor(*wallTime / msPerDay) * msPerDay;
     const std::optional<int32_t> offset = offsetAt(dayStart);
     if (!offset || offsetAt(dayStart + msPerDay) != offset)
         return std::nullopt;
-    const double localTime = dayStart + double(time.msecsSinceStartOfDay());
-    return QDateTime::fromMSecsSinceEpoch(qint64(localTime) - *offset);
+    return QDateTime::fromMSecsSinceEpoch(qint64(*wallTime) - *offset);
+}
+
+// The same with the offset the text must end with; an invalid date when it has none (ICU's
+// parser fails there as well).
+std::optional<QDateTime> parsedExifDateWithOffset(QStringView text)
+{
+    const std::optional<double> wallTime = exifWallTime(text);
+    if (!wallTime)
+        return std::nullopt;
+    if (text.size() == 19)
+        return QDateTime();
+    if (text.size() == 21 && text.endsWith(QLatin1String(" Z")))
+        return QDateTime::fromMSecsSinceEpoch(qint64(*wallTime));
+    const QStringView offset = text.mid(19);
+    if (offset.size() != 7 || offset[0] != u' ' || (offset[1] != u'+' && offset[1] != u'-') || offset[4] != u':')
+        return std::nullopt;
+    int hours = 0;
+    int minutes = 0;
+    for (const int i : {2, 3, 5, 6}) {
+        if (offset[i] < u'0' || offset[i] > u'9')
+            return std::nullopt;
+        int &part = i < 4 ? hours : minutes;
+        part = part * 10 + (offset[i].unicode() - u'0');
+    }
+    // Offsets beyond those of any zone go to ICU, which has its own rules for them.
+    if (hours > 14 || minutes > 59)
+        return std::nullopt;
+    const qint64 offsetMs = (qint64(hours) * 60 + minutes) * 60000 * (offset[1] == u'-' ? -1 : 1);
+    return QDateTime::fromMSecsSinceEpoch(qint64(*wallTime) - offsetMs);
 }
 
 } // namespace
@@ -118,6 +158,9 @@ QDateTime parsedDate(const QString &text, const QString &pattern)
 {
     if (pattern == QLatin1String("yyyy:MM:dd HH:mm:ss")) {
         if (const std::optional<QDateTime> date = parsedExifDate(QStringView(text).trimmed()))
+            return *date;
+    } else if (pattern == QLatin1String("yyyy:MM:dd HH:mm:ss ZZZZZ")) {
+        if (const std::optional<QDateTime> date = parsedExifDateWithOffset(QStringView(text).trimmed()))
             return *date;
     }
     thread_local std::map<QString, std::unique_ptr<icu::SimpleDateFormat>> parsers;
