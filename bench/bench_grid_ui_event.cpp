@@ -18,17 +18,33 @@
 #include <QTextStream>
 #include <QTimer>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdio>
-#include <ctime>
 
 namespace {
-// CPU time of the calling thread: what the GUI thread itself spent, apart from the time the
-// machine gave to other threads and processes.
-qint64 threadCpuMicroseconds()
+// What the calling thread has had from the scheduler: time on a core, and time runnable but
+// waiting for one (the machine busy with other threads or processes). Whatever else passes while
+// the GUI thread does not come back is time it slept, blocked on a lock or a page of a file.
+struct ThreadTimes
 {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return qint64(now.tv_sec) * 1000000 + now.tv_nsec / 1000;
+    qint64 runningUs = 0;
+    qint64 waitingUs = 0;
+};
+
+ThreadTimes threadTimes()
+{
+    // Opened once: a turn of the 1 ms probe costs one read.
+    static const int fd = ::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC);
+    char text[128] = {};
+    if (fd < 0 || ::pread(fd, text, sizeof text - 1, 0) <= 0)
+        return {};
+    unsigned long long running = 0;
+    unsigned long long waiting = 0;
+    std::sscanf(text, "%llu %llu", &running, &waiting);
+    return {qint64(running / 1000), qint64(waiting / 1000)};
 }
 
 long residentKilobytes()
@@ -124,30 +140,47 @@ int main(int argc, char **argv)
         }
         // Scroll top to bottom, one step per frame, while a 1 ms timer measures the gaps between
         // its own turns: the longest one is the longest time the GUI thread did not come back.
+        // Reported with what the GUI thread did meanwhile: worked, or waited for a core.
         auto *scroller = new QTimer(&app);
         auto *probe = new QTimer(&app);
         scroller->setTimerType(Qt::PreciseTimer);
         probe->setTimerType(Qt::PreciseTimer);
         scroller->setInterval(16);
         probe->setInterval(1);
-        auto *gap = new QElapsedTimer;
-        auto longest = std::make_shared<qint64>(0);
-        auto longestWork = std::make_shared<qint64>(0);
-        auto lastCpu = std::make_shared<qint64>(threadCpuMicroseconds());
-        gap->start();
-        QObject::connect(probe, &QTimer::timeout, &app, [gap, longest, longestWork, lastCpu] {
-            *longest = std::max(*longest, gap->restart());
-            const qint64 cpu = threadCpuMicroseconds();
-            *longestWork = std::max(*longestWork, cpu - *lastCpu);
-            *lastCpu = cpu;
+        struct Gaps
+        {
+            QElapsedTimer clock;
+            ThreadTimes last = threadTimes();
+            qint64 longestUs = 0;
+            ThreadTimes longest; // during the longest gap
+            qint64 mostWorkUs = 0; // in any gap
+            int overOneFrame = 0;
+        };
+        auto gaps = std::make_shared<Gaps>();
+        gaps->clock.start();
+        QObject::connect(probe, &QTimer::timeout, &app, [gaps] {
+            const qint64 wallUs = gaps->clock.nsecsElapsed() / 1000;
+            gaps->clock.restart();
+            const ThreadTimes now = threadTimes();
+            const ThreadTimes spent{now.runningUs - gaps->last.runningUs, now.waitingUs - gaps->last.waitingUs};
+            gaps->last = now;
+            if (wallUs > gaps->longestUs) {
+                gaps->longestUs = wallUs;
+                gaps->longest = spent;
+            }
+            gaps->mostWorkUs = std::max(gaps->mostWorkUs, spent.runningUs);
+            gaps->overOneFrame += wallUs > 16000 ? 1 : 0;
         });
         const int step = std::max(40, bar->maximum() / 600); // about ten seconds for any folder
-        QObject::connect(scroller, &QTimer::timeout, &app, [&, scroller, probe, longest, longestWork, step] {
+        QObject::connect(scroller, &QTimer::timeout, &app, [&, scroller, probe, gaps, step] {
             if (bar->value() >= bar->maximum()) {
                 scroller->stop();
                 probe->stop();
-                out << "longest event-loop stall while scrolling: " << *longest << " ms wall, " << *longestWork / 1000.0
-                    << " ms of GUI-thread CPU\n"
+                out << "longest event-loop stall while scrolling: " << gaps->longestUs / 1000.0 << " ms wall, "
+                    << gaps->longest.runningUs / 1000.0 << " ms of it GUI-thread CPU, "
+                    << gaps->longest.waitingUs / 1000.0 << " ms waiting for a core\n"
+                    << "stalls over 16 ms: " << gaps->overOneFrame
+                    << "; most GUI-thread CPU between two turns: " << gaps->mostWorkUs / 1000.0 << " ms\n"
                     << "resident memory: " << residentKilobytes() / 1024 << " MB\n";
                 out.flush();
                 QCoreApplication::quit();

@@ -48,12 +48,11 @@ void keepGlobalPoolOrdinary()
         QThreadPool *global = QThreadPool::globalInstance();
         global->setExpiryTimeout(-1);
         const int count = global->maxThreadCount();
-        // Each waits for the others, so that every one needs a thread of its own. Shared: the last
-        // ones may still be leaving it when this thread goes on.
-        auto allRunning = std::make_shared<std::latch>(count);
+        // Each waits for the others, so that none is free to take the next and every one needs a
+        // thread of its own. The caller does not wait: the threads are made here, run later.
+        auto allStarted = std::make_shared<std::latch>(count);
         for (int i = 0; i < count; ++i)
-            global->start([allRunning] { allRunning->arrive_and_wait(); });
-        allRunning->wait();
+            global->start([allStarted] { allStarted->arrive_and_wait(); });
     });
 }
 

@@ -10,6 +10,9 @@
 namespace {
 // Items this many screens away from the view forget their pictures.
 constexpr int keepScreens = 3;
+// Reading dimensions opens every image of the band: like the decoders, it gives way to the GUI
+// thread.
+const QString infoPoolName = QStringLiteral("Thumbnail Info");
 } // namespace
 
 ThumbnailVisibilityUpdater::ThumbnailVisibilityUpdater(const QList<ThumbnailItemPtr> &items,
@@ -21,7 +24,9 @@ ThumbnailVisibilityUpdater::ThumbnailVisibilityUpdater(const QList<ThumbnailItem
     , m_indexByFile(indexByFile)
     , m_windowSettings(std::move(settings))
     , m_readInfoLines(std::move(reader))
-{ }
+{
+    setBackgroundPriority(namedThreadPool(infoPoolName));
+}
 
 void ThumbnailVisibilityUpdater::setVisibleRange(int first, int last, int bandFirst, int bandLast)
 {
@@ -113,7 +118,7 @@ void ThumbnailVisibilityUpdater::requestInfoLines(int first, int last)
     QPointer<ThumbnailVisibilityUpdater> self(this);
     const quint64 generation = m_infoGeneration;
     // Dimensions open each image: read them off the GUI thread.
-    runOnPool(QStringLiteral("Thumbnail Info"), [self, wanted, options, generation, read = m_readInfoLines] {
+    runOnPool(infoPoolName, [self, wanted, options, generation, read = m_readInfoLines] {
         QList<QStringList> lines;
         lines.reserve(wanted.size());
         for (const PXFilePtr &file : wanted)

@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QSet>
 
+#include <sched.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -86,11 +88,13 @@ protected:
     ThumbnailGenerator generator{&thumbnailer};
     WindowSettingsPtr settings = std::make_shared<WindowSettings>();
     std::atomic<int> reads = 0;
+    std::atomic<int> readerPolicy = -1;
     QList<ThumbnailItemPtr> shownItems;
     QHash<const PXFile *, int> indexByFile;
     ThumbnailVisibilityUpdater updater{shownItems, indexByFile, settings,
                                        [this](const PXFile &file, ThumbnailInfoOptions) {
                                            ++reads;
+                                           readerPolicy = sched_getscheduler(0);
                                            return QStringList{file.name(), QStringLiteral("lines")};
                                        }};
     QList<ThumbnailItemPtr> items;
@@ -173,6 +177,7 @@ TEST_F(ThumbnailVisibilityUpdaterTest, ReadsInformationLinesOfTheBandOnceUntilTh
     updater.setVisibleRange(0, 5, 0, 10); // while they are read: not asked twice
     settle();
     EXPECT_EQ(reads.load(), 10);
+    EXPECT_EQ(readerPolicy.load(), SCHED_IDLE); // out of the GUI thread's way
     EXPECT_EQ(arrived.size(), 10);
     EXPECT_EQ(updater.infoLines(items[3]->file().get()), (QStringList{nameOf(3), "lines"}));
     EXPECT_FALSE(updater.infoLines(items[10]->file().get()));

@@ -1,0 +1,125 @@
+#!/usr/bin/env python3
+"""Resident memory of the real pixcove window showing a big folder, beside other image viewers.
+
+Each program opens FOLDER under Xvfb with a fresh empty HOME (so a fresh thumbnail cache), its
+window is set to 1400 x 900, and once it has shown the folder for a few seconds the mouse wheel
+scrolls its grid down a few pages (five bursts of ten notches, a second apart). Ten seconds later
+the resident memory is read from /proc: all of it, and the anonymous part (heap, images) apart
+from the mapped files (libraries, fonts). The run of median resident memory among three is shown. Only the process
+itself is counted: helper processes (a viewer's thumbnailing workers) are not.
+
+Usage: bench/window_memory.py PIXCOVE_BINARY FOLDER [VIEWER...]
+  VIEWER: other programs to measure the same way when installed (default: qimgv gwenview).
+"""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+RUNS = 3
+WINDOW = (1400, 900)
+POLL = 0.05
+TIMEOUT = 30.0
+SHOW_FOR = 4.0  # the folder is listed and the first screen of thumbnails asked for
+BURSTS = 5  # ten notches each: about a page of the grid per burst
+SETTLE = 10.0
+
+
+def start_xvfb():
+    for display in range(90, 120):
+        if os.path.exists("/tmp/.X%d-lock" % display):
+            continue
+        server = subprocess.Popen(["Xvfb", ":%d" % display, "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        time.sleep(0.5)
+        if server.poll() is None:
+            return server, ":%d" % display
+    raise SystemExit("no free X display")
+
+
+def xdotool(env, *args):
+    result = subprocess.run(["xdotool"] + list(args), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=env)
+    return result.stdout.decode().split()
+
+
+def memory_mb(pid):
+    """(resident, anonymous, file-backed) in MB, from smaps_rollup."""
+    fields = {}
+    try:
+        with open("/proc/%d/smaps_rollup" % pid) as rollup:
+            for line in rollup:
+                parts = line.split()
+                if len(parts) >= 2 and parts[0].endswith(":"):
+                    fields[parts[0][:-1]] = int(parts[1]) / 1024.0
+    except OSError:
+        return None
+    return fields.get("Rss", 0.0), fields.get("Anonymous", 0.0), fields.get("Rss", 0.0) - fields.get("Anonymous", 0.0)
+
+
+def run_once(command, display):
+    home = tempfile.mkdtemp(prefix="viewer-home-")
+    os.chmod(home, 0o700)
+    env = {"PATH": os.environ["PATH"], "DISPLAY": display, "HOME": home, "TMPDIR": home,
+           "XDG_RUNTIME_DIR": home, "LANG": os.environ.get("LANG", "C.UTF-8")}
+    process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    result = None
+    try:
+        start = time.monotonic()
+        windows = []
+        while time.monotonic() - start < TIMEOUT and process.poll() is None and not windows:
+            windows = xdotool(env, "search", "--onlyvisible", "--pid", str(process.pid))
+            time.sleep(POLL)
+        if windows:
+            window = windows[-1]
+            xdotool(env, "windowmove", window, "0", "0")
+            xdotool(env, "windowsize", window, str(WINDOW[0]), str(WINDOW[1]))
+            time.sleep(SHOW_FOR)
+            # Two fifths across: over the grid whether a sidebar is on its left or a preview on its
+            # right.
+            xdotool(env, "mousemove", str(WINDOW[0] * 2 // 5), str(WINDOW[1] // 2))
+            for _ in range(BURSTS):
+                xdotool(env, "click", "--repeat", "10", "--delay", "30", "5")
+                time.sleep(1.0)
+            time.sleep(SETTLE)
+            result = memory_mb(process.pid)
+    finally:
+        process.terminate()
+        try:
+            process.wait(timeout=5)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+        shutil.rmtree(home, ignore_errors=True)
+    return result
+
+
+def main():
+    pixcove, folder = sys.argv[1], sys.argv[2]
+    others = sys.argv[3:] or ["qimgv", "gwenview"]
+    programs = [("pixcove", [pixcove, folder])]
+    for name in others:
+        if shutil.which(name):
+            programs.append((name, [name, folder]))
+        else:
+            print("  %-10s not installed (bench/setup-viewers installs it)" % name)
+    server, display = start_xvfb()
+    try:
+        print("  %-10s %12s %12s %12s" % ("program", "resident", "anonymous", "files"))
+        for name, command in programs:
+            samples = [m for m in (run_once(command, display) for _ in range(RUNS)) if m is not None]
+            if not samples:
+                print("  %-10s %12s" % (name, "no window"))
+                continue
+            # The run of median resident memory, with its own breakdown.
+            resident, anonymous, files = sorted(samples)[(len(samples) - 1) // 2]
+            print("  %-10s %9.0f MB %9.0f MB %9.0f MB" % (name, resident, anonymous, files))
+            sys.stdout.flush()
+    finally:
+        server.terminate()
+        server.wait()
+
+
+if __name__ == "__main__":
+    main()
