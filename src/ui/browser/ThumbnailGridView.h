@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/browser/ThumbnailCellPainter.h"
 #include "ui/browser/ThumbnailGridDragDrop.h"
 #include "ui/browser/ThumbnailGridLayout.h"
 #include "ui/browser/ThumbnailGridSelection.h"
@@ -139,8 +140,6 @@ private:
     QPoint contentPos(QPoint viewportPos) const;
     void updateScrollBars();
     void scheduleVisibilityCheck();
-    void paintCell(QPainter &painter, int index, const QRect &rect);
-    void paintShadow(QPainter &painter, const QRect &frame);
     void setSelected(int index, bool selected);
     void updateRubberBand(QPoint viewportPos);
     QRect nameRect(int index) const; // viewport coordinates
@@ -150,7 +149,7 @@ private:
     int m_lineHeight = 16;
     bool m_clickToRename = true;
     ThumbnailGridAppearance m_appearance;
-    QPixmap m_shadowTile; // made on first use for the current device pixel ratio
+    ThumbnailCellPainter m_cellPainter;
     ThumbnailGridSelection m_selection;
     int m_current = -1;
     int m_anchor = -1;

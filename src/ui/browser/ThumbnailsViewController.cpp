@@ -14,6 +14,7 @@
 #include "ui/browser/ThumbnailInfoLines.h"
 #include "ui/browser/ThumbnailItemSize.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
+#include "ui/browser/ThumbnailsSettingsBinding.h"
 #include "ui/browser/ThumbnailsStatusText.h"
 
 #include <QEvent>
@@ -127,15 +128,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     connect(m_selectionChangeTimer, &QTimer::timeout, this, [this] { Q_EMIT selectionChanged(m_selectedFiles); });
 
     WindowSettings *ws = m_windowSettings.get();
-    connect(ws, &WindowSettings::thumbnailsFileSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsFolderSortChanged, this, &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsReverseSortChanged, this,
-            &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsFileFilterChanged, this, &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsHideFoldersChanged, this,
-            &ThumbnailsViewController::applyCollectionSettings);
-    connect(ws, &WindowSettings::thumbnailsFolderSearchDepthChanged, this,
-            &ThumbnailsViewController::applyCollectionSettings);
+    ThumbnailsSettingsBinding::bindCollection(ws, m_collection);
     connect(ws, &WindowSettings::thumbnailsSubfolderInclusionStyleChanged, this, &ThumbnailsViewController::publish);
     connect(ws, &WindowSettings::thumbnailSizeChanged, this, &ThumbnailsViewController::updateItemSize);
     connect(ws, &WindowSettings::browserLayoutChanged, this, &ThumbnailsViewController::updateItemSize);
@@ -144,22 +137,8 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
         m_visibility->clearInfoLines();
         updateItemSize();
     });
-    if (AppSettings *app = SettingsManager::shared().settings()) {
-        m_grid->setClickToRename(!app->thumbnailsRenameOnlyOnEnter());
-        connect(app, &AppSettings::thumbnailsRenameOnlyOnEnterChanged, this,
-                [this](bool onlyOnEnter) { m_grid->setClickToRename(!onlyOnEnter); });
-        // The connections end with the settings object, so `app` is alive whenever they fire.
-        const auto apply = [this, app] { applyAppearance(*app); };
-        connect(app, &AppSettings::thumbnailsHaveOutlineChanged, this, apply);
-        connect(app, &AppSettings::thumbnailOutlineColorChanged, this, apply);
-        connect(app, &AppSettings::thumbnailOutlineThicknessChanged, this, apply);
-        connect(app, &AppSettings::thumbnailsHaveShadowChanged, this, apply);
-        connect(app, &AppSettings::thumbnailTextColorChanged, this, apply);
-        connect(app, &AppSettings::thumbnailBackgroundColorChanged, this, apply);
-        connect(app, &AppSettings::thumbnailsAlignToBottomChanged, this, apply);
-        applyAppearance(*app);
-    }
-    applyCollectionSettings();
+    if (AppSettings *app = SettingsManager::shared().settings())
+        ThumbnailsSettingsBinding::bindGrid(app, m_grid, m_loadingLabel);
     updateItemSize();
     updateStatus();
 }
@@ -181,34 +160,6 @@ bool ThumbnailsViewController::eventFilter(QObject *watched, QEvent *event)
         m_loadingLabel->setGeometry(m_grid->geometry());
     }
     return QWidget::eventFilter(watched, event);
-}
-
-void ThumbnailsViewController::applyAppearance(const AppSettings &settings)
-{
-    ThumbnailGridAppearance appearance;
-    appearance.backgroundColor = settings.thumbnailBackgroundColor();
-    appearance.textColor = settings.thumbnailTextColor();
-    appearance.outline = settings.thumbnailsHaveOutline();
-    appearance.outlineColor = settings.thumbnailOutlineColor();
-    appearance.outlineThickness = settings.thumbnailOutlineThickness();
-    appearance.shadow = settings.thumbnailsHaveShadow();
-    appearance.alignToBottom = settings.thumbnailsAlignToBottom();
-    m_grid->setAppearance(appearance);
-    // The notice over the empty grid is written on the grid's background.
-    QPalette palette = m_loadingLabel->palette();
-    palette.setColor(QPalette::WindowText, appearance.textColor);
-    m_loadingLabel->setPalette(palette);
-}
-
-void ThumbnailsViewController::applyCollectionSettings()
-{
-    const WindowSettings &ws = *m_windowSettings;
-    m_collection->setFileSort(ws.thumbnailsFileSort());
-    m_collection->setFolderSort(ws.thumbnailsFolderSort());
-    m_collection->setReverseSort(ws.thumbnailsReverseSort());
-    m_collection->setFileFilter(ws.thumbnailsFileFilter());
-    m_collection->setExcludeFolders(ws.thumbnailsHideFolders());
-    m_collection->setFolderDepth(ws.thumbnailsFolderSearchDepth());
 }
 
 void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)

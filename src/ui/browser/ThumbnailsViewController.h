@@ -18,7 +18,6 @@
 #include <memory>
 #include <optional>
 
-class AppSettings;
 class FileCollectionModel;
 class QLabel;
 class QMenu;
@@ -100,8 +99,6 @@ protected:
     void thumbnailItemThumbnailChanged(ThumbnailItem &item) override;
 
 private:
-    void applyCollectionSettings();
-    void applyAppearance(const AppSettings &settings);
     void publish();
     void updateItemSize();
     void updateVisibility();
