@@ -9,18 +9,28 @@
 #include "core/imaging/NativeFile.h"
 #include "core/imaging/RawDecoder.h"
 
+#include <algorithm>
+
 namespace EmbeddedPreview {
 namespace {
 
 // Previews are small pictures; 64 MB is far above any that a camera stores.
 constexpr qint64 previewMemoryLimit = qint64(64) * 1024 * 1024;
-const QSize capSize(maxPixelSize, maxPixelSize);
 
-QImage decodeEncoded(const QByteArray &data, int orientation, QString *error)
+// The long edge a preview is delivered at: what was asked for, within the cap. A grid cell keeps
+// its picture in memory, so a 1080-pixel picture for a 400-pixel cell would cost seven times
+// what it shows.
+QSize deliveredSize(int neededPixels)
+{
+    const int edge = neededPixels > 0 ? std::min(neededPixels, maxPixelSize) : maxPixelSize;
+    return {edge, edge};
+}
+
+QImage decodeEncoded(const QByteArray &data, int orientation, QSize fitSize, QString *error)
 {
     QImage image;
     if (data.startsWith("\xFF\xD8")) {
-        image = JpegDecoder::decode(data.constData(), data.size(), capSize, previewMemoryLimit, error);
+        image = JpegDecoder::decode(data.constData(), data.size(), fitSize, previewMemoryLimit, error);
     } else {
         image = QImage::fromData(data);
         if (image.isNull())
@@ -28,7 +38,7 @@ QImage decodeEncoded(const QByteArray &data, int orientation, QString *error)
     }
     if (image.isNull())
         return {};
-    return ImageDecoder::oriented(ImageDecoder::scaledToFit(image, capSize), orientation);
+    return ImageDecoder::oriented(ImageDecoder::scaledToFit(image, fitSize), orientation);
 }
 
 // A JPEG's EXIF thumbnail and its further MPF images, read straight from the file.
@@ -64,7 +74,7 @@ QImage jpegPreview(const NativeFile &file, const QByteArray &head, int neededPix
         *error = QStringLiteral("no embedded preview");
         return {};
     }
-    return decodeEncoded(best, structure.orientation, error);
+    return decodeEncoded(best, structure.orientation, deliveredSize(neededPixels), error);
 }
 
 } // namespace
@@ -81,9 +91,10 @@ QImage read(const QByteArray &nativePath, int neededPixels, QString *error)
     case ImageFormat::Jpeg: return jpegPreview(file, head, neededPixels, &message);
     case ImageFormat::Heif: {
         const QImage image = HeifDecoder::thumbnail(nativePath, neededPixels, &message);
-        return ImageDecoder::scaledToFit(image, capSize);
+        return ImageDecoder::scaledToFit(image, deliveredSize(neededPixels));
     }
-    case ImageFormat::CameraRaw: return RawDecoder::embeddedPreview(nativePath, maxPixelSize, &message);
+    case ImageFormat::CameraRaw:
+        return RawDecoder::embeddedPreview(nativePath, deliveredSize(neededPixels).width(), &message);
     case ImageFormat::Png:
     case ImageFormat::Tiff:
     case ImageFormat::Other: break;
@@ -91,7 +102,7 @@ QImage read(const QByteArray &nativePath, int neededPixels, QString *error)
     const ExifPreviews::Preview preview = ExifPreviews::best(nativePath, neededPixels, &message);
     if (preview.data.isEmpty())
         return {};
-    return decodeEncoded(preview.data, preview.orientation, &message);
+    return decodeEncoded(preview.data, preview.orientation, deliveredSize(neededPixels), &message);
 }
 
 } // namespace EmbeddedPreview

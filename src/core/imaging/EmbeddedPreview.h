@@ -14,8 +14,8 @@ namespace EmbeddedPreview {
 inline constexpr int maxPixelSize = 1080;
 
 // The smallest preview whose long edge covers `neededPixels`, else the largest there is,
-// decoded, turned upright by the file's orientation and capped at `maxPixelSize`. Null when the
-// file has none (with the reason in `error`).
+// decoded, turned upright by the file's orientation and scaled down to fit `neededPixels` (and
+// `maxPixelSize`) on its long edge. Null when the file has none (with the reason in `error`).
 QImage read(const QByteArray &nativePath, int neededPixels, QString *error = nullptr);
 
 } // namespace EmbeddedPreview

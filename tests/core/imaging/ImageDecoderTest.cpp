@@ -106,7 +106,7 @@ TEST(ImageDecoderTest, HeifDecodesAndHasAThumbnail)
         EXPECT_EQ(qMax(image.width(), image.height()), 64);
         const QImage preview = EmbeddedPreview::read(native(path), 16, &error);
         if (path.endsWith(QLatin1String(".heic"))) {
-            EXPECT_EQ(preview.size(), QSize(32, 24)) << "the thumbnail image of the small file";
+            EXPECT_EQ(preview.size(), QSize(16, 12)) << "the small file's 32 x 24 thumbnail, scaled to what was asked";
         }
         if (!preview.isNull()) {
             EXPECT_LE(qMax(preview.width(), preview.height()), EmbeddedPreview::maxPixelSize);
@@ -122,10 +122,12 @@ TEST(EmbeddedPreviewTest, TakesTheSmallestPreviewThatCoversAndNeverTheMainImage)
     const QString both =
         CameraJpegs::write(dir.filePath("both.jpg"), QSize(2000, 1500), QSize(160, 120), QSize(1600, 1200), 8);
     QString error;
-    // Small cells are served by the EXIF thumbnail; orientation 8 turns it upright.
-    EXPECT_EQ(EmbeddedPreview::read(native(both), 100, &error).size(), QSize(120, 160));
-    // Larger ones by the MPF preview, capped at 1080.
-    EXPECT_EQ(EmbeddedPreview::read(native(both), 800, &error).size(), QSize(810, 1080));
+    // Small cells are served by the EXIF thumbnail, scaled to the cell; orientation 8 turns it
+    // upright.
+    EXPECT_EQ(EmbeddedPreview::read(native(both), 100, &error).size(), QSize(75, 100));
+    EXPECT_EQ(EmbeddedPreview::read(native(both), 160, &error).size(), QSize(120, 160));
+    // Larger ones by the MPF preview, at the size asked for: a grid keeps what it is given.
+    EXPECT_EQ(EmbeddedPreview::read(native(both), 800, &error).size(), QSize(600, 800));
     // Nothing covers 2000: the largest there is.
     EXPECT_EQ(EmbeddedPreview::read(native(both), 2000, &error).size(), QSize(810, 1080));
 

@@ -131,7 +131,8 @@ TEST_F(ThumbnailGeneratorTest, EmbeddedPreviewIsFinalOnlyWhenItCoversTheCell)
     EXPECT_TRUE(small.last().final);
     EXPECT_EQ(small.last().source, ThumbnailSource::rendered);
 
-    // A 1620 x 1080 preview covers it: one final delivery, capped at 1080, no rendering.
+    // A 1620 x 1080 preview covers it: one final delivery at the 800 pixels the cell needs (a
+    // larger one would be kept in memory for nothing), no rendering.
     CameraJpegs::write(dir.filePath("large.jpg"), QSize(2400, 1600), QSize(160, 120), QSize(1620, 1080), 6);
     QList<Delivery> large;
     generator.add(request(QStringLiteral("large.jpg"), Priority::high, &large));
@@ -139,7 +140,7 @@ TEST_F(ThumbnailGeneratorTest, EmbeddedPreviewIsFinalOnlyWhenItCoversTheCell)
     QCoreApplication::processEvents();
     ASSERT_EQ(large.size(), 1);
     EXPECT_TRUE(large.first().final);
-    EXPECT_EQ(large.first().size, QSize(720, 1080)); // turned upright by orientation 6
+    EXPECT_EQ(large.first().size, QSize(533, 800)); // turned upright by orientation 6
     EXPECT_EQ(thumbnailer.started.size(), 1);
     EXPECT_EQ(generator.activeRequestCount(), 0);
 }
