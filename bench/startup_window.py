@@ -14,8 +14,9 @@ import shutil
 import statistics
 import subprocess
 import sys
-import tempfile
 import time
+
+from viewer_session import fresh_environment, start_xvfb
 
 RUNS = 5
 POLL = 0.010  # the 10 ms poll interval of the measurement
@@ -41,18 +42,6 @@ def make_folder(work, corpus):
     return folder
 
 
-def start_xvfb():
-    for display in range(90, 120):
-        if os.path.exists("/tmp/.X%d-lock" % display):
-            continue
-        server = subprocess.Popen(["Xvfb", ":%d" % display, "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        time.sleep(0.5)
-        if server.poll() is None:
-            return server, ":%d" % display
-    raise SystemExit("no free X display")
-
-
 def visible_window(pid, env):
     result = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(pid)],
                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=env)
@@ -71,10 +60,7 @@ def rss_mb(pid):
 
 
 def run_once(command, display, measure_memory):
-    home = tempfile.mkdtemp(prefix="viewer-home-")
-    env = {"PATH": os.environ["PATH"], "DISPLAY": display, "HOME": home, "TMPDIR": home,
-           "XDG_RUNTIME_DIR": home, "LANG": os.environ.get("LANG", "C.UTF-8")}
-    os.chmod(home, 0o700)
+    env, home = fresh_environment(display)
     start = time.monotonic()
     process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     elapsed = None

@@ -15,8 +15,9 @@ import os
 import shutil
 import subprocess
 import sys
-import tempfile
 import time
+
+from viewer_session import fresh_environment, start_xvfb
 
 RUNS = 3
 WINDOW = (1400, 900)
@@ -25,18 +26,6 @@ TIMEOUT = 30.0
 SHOW_FOR = 4.0  # the folder is listed and the first screen of thumbnails asked for
 BURSTS = 5  # ten notches each: about a page of the grid per burst
 SETTLE = 10.0
-
-
-def start_xvfb():
-    for display in range(90, 120):
-        if os.path.exists("/tmp/.X%d-lock" % display):
-            continue
-        server = subprocess.Popen(["Xvfb", ":%d" % display, "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        time.sleep(0.5)
-        if server.poll() is None:
-            return server, ":%d" % display
-    raise SystemExit("no free X display")
 
 
 def xdotool(env, *args):
@@ -59,10 +48,7 @@ def memory_mb(pid):
 
 
 def run_once(command, display):
-    home = tempfile.mkdtemp(prefix="viewer-home-")
-    os.chmod(home, 0o700)
-    env = {"PATH": os.environ["PATH"], "DISPLAY": display, "HOME": home, "TMPDIR": home,
-           "XDG_RUNTIME_DIR": home, "LANG": os.environ.get("LANG", "C.UTF-8")}
+    env, home = fresh_environment(display)
     process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     result = None
     try:
