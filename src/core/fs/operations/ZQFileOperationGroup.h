@@ -5,8 +5,8 @@
 #include <QList>
 
 // The units of one file operation and the folder they go to (none for a rename, a duplicate or a
-// trash, whose items stay in or leave their own folders; a new folder's parent). A handler owns its group while it runs; touch it only from the delegate's
-// callbacks and after completion.
+// trash, whose items stay in or leave their own folders; a new folder's parent). A handler owns its group while it
+// runs; touch it only from the delegate's callbacks and after completion.
 class ZQFileOperationGroup
 {
 public:

@@ -232,7 +232,8 @@ void ZQFileOperationHandler::continueToPerform()
                 {
                     const double done = transaction.totalByteCount > 0
                         ? double(transaction.completedByteCount) / double(transaction.totalByteCount)
-                        : double(transaction.completedUnitCount) / double(std::max<qsizetype>(1, transaction.totalUnitCount));
+                        : double(transaction.completedUnitCount)
+                            / double(std::max<qsizetype>(1, transaction.totalUnitCount));
                     transaction.percentComplete = std::min(100.0, 100.0 * done);
                 }
             } progress;

@@ -63,7 +63,8 @@ ZQFileOperationError ZQFileOperationError::forCode(int code, const QString &path
         break;
     case ZQFileOperationErrorCode::noTrash:
         error.description = tr("“%1” can’t be moved to the trash.").arg(name);
-        error.failureReason = tr("Its volume has no trash, and none could be made there. The item was left where it is.");
+        error.failureReason =
+            tr("Its volume has no trash, and none could be made there. The item was left where it is.");
         break;
     case ZQFileOperationErrorCode::notInTrash:
         error.description = tr("“%1” can’t be put back.").arg(name);

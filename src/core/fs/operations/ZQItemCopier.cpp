@@ -9,8 +9,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <cstdio>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -330,8 +330,8 @@ ZQFileOperationError ZQItemCopier::copy(const QByteArray &source, const QByteArr
         code = copyFileInto(in.get(), info, folderFd.get(), replace ? QByteArray() : name, made, true);
         if (code == EEXIST && !replace)
             return error(Code::destinationExists, destination);
-        if (code != 0 && code != Code::cancelled && code != Code::sizeMismatch && code != ENOSPC
-            && code != EDQUOT && code != EFBIG && code != EIO)
+        if (code != 0 && code != Code::cancelled && code != Code::sizeMismatch && code != ENOSPC && code != EDQUOT
+            && code != EFBIG && code != EIO)
             failedPath = folder; // the destination refused the file
     } else {
         made = temporaryName();

@@ -43,8 +43,8 @@ bool sameItem(const QByteArray &a, const QByteArray &b)
     struct stat first
     {
     }, second{};
-    return ::lstat(a.constData(), &first) == 0 && ::lstat(b.constData(), &second) == 0
-        && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    return ::lstat(a.constData(), &first) == 0 && ::lstat(b.constData(), &second) == 0 && first.st_dev == second.st_dev
+        && first.st_ino == second.st_ino;
 }
 
 QByteArray realPath(const QByteArray &path)
@@ -171,8 +171,8 @@ void ZQTransferPerformer::preflight(ZQFileOperationGroup &group)
         if (m_type == ZQFileOperationType::duplicate
             || (occupied && unit.resolution() == ZQFileOperationResolution::keepBoth)) {
             const QString name = QFile::decodeName(ZQItemCopier::nameOf(destination));
-            const QByteArray free = freeName(folder, name, folderName, m_type == ZQFileOperationType::duplicate ? 1 : 2,
-                                             claimed);
+            const QByteArray free =
+                freeName(folder, name, folderName, m_type == ZQFileOperationType::duplicate ? 1 : 2, claimed);
             if (!free.isEmpty()) {
                 destination = free;
                 unit.setDestinationPath(QFile::decodeName(free));
@@ -221,9 +221,9 @@ ZQFileOperationError ZQTransferPerformer::perform(ZQFileOperationUnit &unit, con
     switch (m_type) {
     case ZQFileOperationType::alias: {
         const QByteArray target = realPath(ZQItemCopier::folderOf(source)) + '/' + ZQItemCopier::nameOf(source);
-        const QByteArray made = replace ? joined(ZQItemCopier::folderOf(destination),
-                                                 ".pixcove-alias-" + QByteArray::number(::getpid()))
-                                        : destination;
+        const QByteArray made = replace
+            ? joined(ZQItemCopier::folderOf(destination), ".pixcove-alias-" + QByteArray::number(::getpid()))
+            : destination;
         int code = ::symlink(target.constData(), made.constData()) == 0 ? 0 : errno;
         if (code == 0 && replace) {
             code = ZQItemCopier::renameInto(made, destination, true);

@@ -147,9 +147,9 @@ ZQTrash::Result ZQTrash::moveToTrash(const QByteArray &path) const
     int trashError = 0;
     const QByteArray trash = trashFor(path, topDirectory, trashError);
     if (trash.isEmpty()) {
-        result.error = errorFor(trashError == EACCES || trashError == EPERM || trashError == EROFS ? Code::noTrash
-                                                                                                   : trashError,
-                                path);
+        result.error =
+            errorFor(trashError == EACCES || trashError == EPERM || trashError == EROFS ? Code::noTrash : trashError,
+                     path);
         return result;
     }
     // Absolute in the home trash; relative to the volume's top folder in a volume's own trash.
@@ -218,8 +218,7 @@ QByteArray ZQTrash::originalPath(const QByteArray &trashedPath) const
     return joined(top, path);
 }
 
-ZQFileOperationError ZQTrash::restore(const QByteArray &trashedPath, const QByteArray &destination,
-                                      bool replace) const
+ZQFileOperationError ZQTrash::restore(const QByteArray &trashedPath, const QByteArray &destination, bool replace) const
 {
     const int error = ZQItemCopier::renameInto(trashedPath, destination, replace);
     if (error == EEXIST || error == ENOTEMPTY)
@@ -228,7 +227,7 @@ ZQFileOperationError ZQTrash::restore(const QByteArray &trashedPath, const QByte
         struct stat info
         { };
         return errorFor(::lstat(trashedPath.constData(), &info) != 0 ? Code::sourceMissing
-                                                                      : Code::destinationFolderMissing,
+                                                                     : Code::destinationFolderMissing,
                         ::lstat(trashedPath.constData(), &info) != 0 ? trashedPath : destination);
     }
     if (error != 0)
