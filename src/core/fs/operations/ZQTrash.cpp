@@ -56,6 +56,17 @@ dev_t deviceOf(const QByteArray &path)
     return ::lstat(path.constData(), &info) == 0 ? info.st_dev : dev_t(-1);
 }
 
+// The device of `path`, or of its nearest folder that exists.
+dev_t deviceOfNearest(QByteArray path)
+{
+    for (;;) {
+        const dev_t device = deviceOf(path);
+        if (device != dev_t(-1) || path == "/")
+            return device;
+        path = ZQItemCopier::folderOf(path);
+    }
+}
+
 bool writeAll(int fd, const QByteArray &bytes)
 {
     for (qsizetype at = 0; at < bytes.size();) {
@@ -105,11 +116,14 @@ QByteArray ZQTrash::trashFor(const QByteArray &path, QByteArray &topDirectory, i
 {
     topDirectory.clear();
     const dev_t device = deviceOf(path);
-    // The home trash's folders are made first: its device is only known once it exists.
-    const bool homeReady = ensureTrash(m_homeTrash);
-    if (homeReady && deviceOf(m_homeTrash) == device)
-        return m_homeTrash;
-    if (!homeReady && deviceOf(ZQItemCopier::folderOf(m_homeTrash)) == device) {
+    // The home trash belongs to the volume its folder is (or would be) on: made there, with the
+    // data folder above it when that is missing too; never a volume's trash for the home volume.
+    if (deviceOfNearest(m_homeTrash) == device) {
+        const QByteArray data = ZQItemCopier::folderOf(m_homeTrash);
+        if (deviceOf(data) == dev_t(-1) && !QDir().mkpath(QFile::decodeName(data)))
+            logError(QStringLiteral("The folder of the trash can't be made: %1").arg(QFile::decodeName(data)));
+        if (ensureTrash(m_homeTrash))
+            return m_homeTrash;
         error = Code::noTrash;
         return {};
     }
