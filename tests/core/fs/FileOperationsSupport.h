@@ -67,12 +67,15 @@ struct CountingProgress : ZQFileOperationProgress
     qint64 bytes = 0;
     qint64 files = 0;
     qint64 cancelAfterBytes = -1; // cancel once this many bytes are written; -1 never
+    std::function<void()> whileWriting; // called at each report
 
     bool isCancelled() const override { return cancelAfterBytes >= 0 && bytes > cancelAfterBytes; }
     void advance(qint64 moreBytes, qint64 moreFiles) override
     {
         bytes += moreBytes;
         files += moreFiles;
+        if (whileWriting)
+            whileWriting();
     }
 };
 

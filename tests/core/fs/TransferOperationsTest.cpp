@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -269,7 +270,11 @@ TEST_F(TransferOperations, ACancelledCopyOrMoveLeavesNothingBehindAndKeepsTheOri
             ZQFileOperationGroup group({unit(item)}, ZQStandardFile::newFileForPath(into));
             CountingProgress progress;
             progress.cancelAfterBytes = 10 << 20; // within the first file
+            // Nothing appears under the item's name while it is written.
+            QStringList seen;
+            progress.whileWriting = [&] { seen += entriesOf(into).filter(QRegularExpression(QStringLiteral("^[^.]"))); };
             const ZQFileOperationError error = performNow(performer, group, &progress);
+            EXPECT_EQ(seen, QStringList());
             EXPECT_EQ(error.code, Code::cancelled) << qPrintable(item);
             EXPECT_GT(progress.bytes, 0);
             EXPECT_EQ(entriesOf(into), QStringList()) << int(type) << qPrintable(item);
