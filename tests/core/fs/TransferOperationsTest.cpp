@@ -272,7 +272,9 @@ TEST_F(TransferOperations, ACancelledCopyOrMoveLeavesNothingBehindAndKeepsTheOri
             progress.cancelAfterBytes = 10 << 20; // within the first file
             // Nothing appears under the item's name while it is written.
             QStringList seen;
-            progress.whileWriting = [&] { seen += entriesOf(into).filter(QRegularExpression(QStringLiteral("^[^.]"))); };
+            progress.whileWriting = [&] {
+                seen += entriesOf(into).filter(QRegularExpression(QStringLiteral("^[^.]")));
+            };
             const ZQFileOperationError error = performNow(performer, group, &progress);
             EXPECT_EQ(seen, QStringList());
             EXPECT_EQ(error.code, Code::cancelled) << qPrintable(item);

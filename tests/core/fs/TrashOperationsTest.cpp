@@ -187,9 +187,19 @@ TEST_F(TrashOperations, AVolumeWithoutATrashKeepsTheItemAndSaysSo)
     EXPECT_EQ(entriesOf(top), QStringList{"Shared"});
 
     // A trash of another user's making, or a link, is not taken as ours.
-    const QString uid = QString::number(::geteuid());
-    QFile::link(dir.path(), top + "/.Trash-" + uid);
-    const ZQTrash::Result result = trash.moveToTrash(QFile::encodeName(photo));
-    EXPECT_EQ(result.error.code, Code::noTrash);
-    EXPECT_EQ(readAll(photo), "kept");
+    const QByteArray own = QFile::encodeName(top + "/.Trash-" + QString::number(::geteuid()));
+    for (bool link : {true, false}) {
+        if (link) {
+            ::symlink(QFile::encodeName(dir.path()).constData(), own.constData());
+        } else {
+            ::unlink(own.constData());
+            QDir().mkpath(QFile::decodeName(own + "/files"));
+            QDir().mkpath(QFile::decodeName(own + "/info"));
+            for (const QByteArray &folder : {own, own + "/files", own + "/info"})
+                ::chown(folder.constData(), 65534, 65534);
+        }
+        const ZQTrash::Result result = trash.moveToTrash(QFile::encodeName(photo));
+        EXPECT_EQ(result.error.code, Code::noTrash) << link;
+        EXPECT_EQ(readAll(photo), "kept");
+    }
 }
