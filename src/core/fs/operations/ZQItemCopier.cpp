@@ -162,6 +162,9 @@ int ZQItemCopier::copyData(int in, int out, qint64 size)
         }
         if (count == 0)
             break;
+        // Writeback starts at once, so that the disk works while the next chunk is copied and the
+        // sync at the end waits only for the last one.
+        ::sync_file_range(out, done, count, SYNC_FILE_RANGE_WRITE);
         done += count;
         if (m_progress)
             m_progress->advance(count, 0);
@@ -208,7 +211,9 @@ int ZQItemCopier::copyFileInto(int sourceFd, const struct stat &info, int folder
     { };
     if (::fstat(out.get(), &written) != 0 || written.st_size != info.st_size)
         return fail(Code::sizeMismatch);
-    if (::fsync(out.get()) != 0)
+    // A file that takes its name now is synced now; one inside a folder being built is synced
+    // with the others before the folder takes its name.
+    if (published && ::fsync(out.get()) != 0)
         return fail(errno);
     if (unnamed) {
         const QByteArray procPath = "/proc/self/fd/" + QByteArray::number(out.get());
@@ -223,7 +228,7 @@ int ZQItemCopier::copyFileInto(int sourceFd, const struct stat &info, int folder
 }
 
 int ZQItemCopier::copyInto(int sourceFolderFd, const QByteArray &sourceName, int folderFd, const QByteArray &name,
-                           QByteArray &failedPath, const QByteArray &sourcePath)
+                           QByteArray &failedPath, const QByteArray &sourcePath, const QByteArray &destinationPath)
 {
     const auto failed = [&](int error, const QByteArray &path) {
         failedPath = path;
@@ -239,7 +244,10 @@ int ZQItemCopier::copyInto(int sourceFolderFd, const QByteArray &sourceName, int
             return failed(errno == ENOENT ? Code::sourceMissing : errno, sourcePath);
         QByteArray made;
         const int error = copyFileInto(in.get(), info, folderFd, name, made, false);
-        return error ? failed(error, sourcePath) : 0;
+        if (error)
+            return failed(error, sourcePath);
+        m_unsynced.push_back(destinationPath);
+        return 0;
     }
     if (S_ISLNK(info.st_mode)) {
         // Copied as a link, never followed: a loop of links is copied as the links it is made of.
@@ -290,7 +298,8 @@ int ZQItemCopier::copyInto(int sourceFolderFd, const QByteArray &sourceName, int
         if (m_progress && m_progress->isCancelled())
             error = Code::cancelled;
         else
-            error = copyInto(in.get(), entryName, out.get(), entryName, failedPath, joined(sourcePath, entryName));
+            error = copyInto(in.get(), entryName, out.get(), entryName, failedPath, joined(sourcePath, entryName),
+                             joined(destinationPath, entryName));
     }
     ::closedir(listing);
     if (error)
@@ -298,8 +307,7 @@ int ZQItemCopier::copyInto(int sourceFolderFd, const QByteArray &sourceName, int
     if (const int attributeError = copyExtendedAttributes(in.get(), out.get(), sourcePath))
         return failed(attributeError, sourcePath);
     copyOwnerModeAndTimes(out.get(), info);
-    if (::fsync(out.get()) != 0)
-        return failed(errno, sourcePath);
+    m_unsynced.push_back(destinationPath);
     return 0;
 }
 
@@ -335,7 +343,21 @@ ZQFileOperationError ZQItemCopier::copy(const QByteArray &source, const QByteArr
             failedPath = folder; // the destination refused the file
     } else {
         made = temporaryName();
-        code = copyInto(AT_FDCWD, source, folderFd.get(), made, failedPath, source);
+        m_unsynced.clear();
+        code = copyInto(AT_FDCWD, source, folderFd.get(), made, failedPath, source, joined(folder, made));
+        // Everything in the folder is on disk before it takes its name. Writeback began as each
+        // file was written, so this mostly waits for the last ones.
+        for (const QByteArray &path : m_unsynced) {
+            if (code != 0)
+                break;
+            const int fd = ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+            if (fd < 0)
+                continue; // a link
+            if (::fsync(fd) != 0)
+                code = errno, failedPath = folder;
+            ::close(fd);
+        }
+        m_unsynced.clear();
     }
     if (code == 0 && made != name) {
         code = renameInto(joined(folder, made), destination, replace);

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <vector>
+
 class ZQFileOperationProgress;
 
 // The file-system work under copies and moves: an item (a file, a folder with its contents, or a
@@ -14,7 +16,8 @@ class ZQFileOperationProgress;
 // temporary name where the file system has none), its data by copy_file_range, then its
 // permissions, extended attributes (user.xdg.tags: the colour labels) and times, checked against
 // the original's size, synced, and only then linked under its name, which refuses an existing
-// item. A folder is built under a hidden temporary name and renamed into place the same way. A
+// item. A folder is built under a hidden temporary name, everything in it synced, and renamed into
+// place the same way. A
 // failure or a cancel removes what was written; the original is never touched. Paths are the
 // file system's bytes. Runs on a worker thread; `progress` may be null.
 class ZQItemCopier
@@ -51,8 +54,9 @@ private:
     int copyFileInto(int sourceFd, const struct stat &info, int folderFd, const QByteArray &name, QByteArray &madeName,
                      bool unnamed);
     int copyInto(int sourceFolderFd, const QByteArray &sourceName, int folderFd, const QByteArray &name,
-                 QByteArray &failedPath, const QByteArray &sourcePath);
+                 QByteArray &failedPath, const QByteArray &sourcePath, const QByteArray &destinationPath);
     int copyData(int in, int out, qint64 size);
 
     ZQFileOperationProgress *m_progress = nullptr;
+    std::vector<QByteArray> m_unsynced; // files and folders of a folder being built, synced before it is named
 };
