@@ -66,11 +66,13 @@ QByteArray temporaryName()
     return QByteArray(".pixcove-copy-") + QByteArray::number(QRandomGenerator::global()->generate64(), 36);
 }
 
+} // namespace
+
 // Copies the extended attributes of `in` to `out` (both open). The colour labels live in
 // user.xdg.tags, so a failure to write a user attribute fails the copy, except on a file system
 // that keeps none (then it is logged). Attributes of other namespaces (security, trusted, system)
 // are carried where allowed.
-int copyExtendedAttributes(int in, int out, const QByteArray &sourcePath)
+int ZQItemCopier::copyExtendedAttributes(int in, int out, const QByteArray &sourcePath)
 {
     ssize_t listSize = ::flistxattr(in, nullptr, 0);
     if (listSize <= 0)
@@ -105,6 +107,8 @@ int copyExtendedAttributes(int in, int out, const QByteArray &sourcePath)
     }
     return 0;
 }
+
+namespace {
 
 // Owner (when we may set it), permissions and times of `out` from `info`.
 void copyOwnerModeAndTimes(int out, const struct stat &info)

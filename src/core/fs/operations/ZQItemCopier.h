@@ -45,6 +45,9 @@ public:
     // Puts the item at `from` at `to` in one step: refusing an existing item, or with `replace`
     // exchanging the two and removing what was at `to`. 0 or an errno.
     static int renameInto(const QByteArray &from, const QByteArray &to, bool replace);
+    // Copies the extended attributes of one open file to another (colour labels among them); 0 or
+    // an errno. A destination that keeps none is logged, not an error.
+    static int copyExtendedAttributes(int in, int out, const QByteArray &pathForLog);
     // The folder part of a native path ("/" for an item in the root).
     static QByteArray folderOf(const QByteArray &path);
     static QByteArray nameOf(const QByteArray &path);
