@@ -5,10 +5,12 @@
 //   bench_file_operations_event copy SOURCE_FOLDER DESTINATION_FOLDER
 //   bench_file_operations_event move FOLDER COUNT    (COUNT files from FOLDER/a to FOLDER/b)
 //   bench_file_operations_event trash FOLDER COUNT   (COUNT files, into FOLDER/Trash)
+//   bench_file_operations_event rotate FOLDER 0      (every JPEG in FOLDER a quarter turn, in place)
 #include "core/fs/operations/ZQFileController.h"
 #include "core/fs/operations/ZQFileOperationHandler.h"
 #include "core/fs/operations/ZQTrashPerformer.h"
 #include "core/imaging/ImageSource.h"
+#include "core/imaging/JpegRotation.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -96,6 +98,26 @@ int main(int argc, char **argv)
     if (args.size() != 3) {
         std::fprintf(stderr, "usage: bench_file_operations_event copy|move|trash ARG ARG\n");
         return 2;
+    }
+    if (args[0] == QLatin1String("rotate")) {
+        // One after another on this thread: the cost of one turn, as jpegtran pays it per process.
+        const QStringList names =
+            QDir(args[1]).entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG")}, QDir::Files);
+        const double cpuBefore = cpuSeconds();
+        QElapsedTimer clock;
+        clock.start();
+        for (const QString &name : names) {
+            const JpegRotation::Result result =
+                JpegRotation::rotateFile(args[1] + QLatin1Char('/') + name, JpegRotation::Turn::clockwise,
+                                         JpegRotation::Fallback::refuse);
+            if (result.kind != JpegRotation::Result::Kind::lossless) {
+                std::fprintf(stderr, "%s\n", qPrintable(result.error));
+                return 1;
+            }
+        }
+        std::printf("%.4f %.4f 0 %lld %lld 0\n", double(clock.nsecsElapsed()) / 1e9, cpuSeconds() - cpuBefore,
+                    static_cast<long long>(names.size()), static_cast<long long>(names.size()));
+        return 0;
     }
     ZQFileController controller;
     ZQFileOperationType type = ZQFileOperationType::copy;
