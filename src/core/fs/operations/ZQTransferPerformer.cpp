@@ -222,7 +222,8 @@ ZQFileOperationError ZQTransferPerformer::perform(ZQFileOperationUnit &unit, con
     case ZQFileOperationType::alias: {
         const QByteArray target = realPath(ZQItemCopier::folderOf(source)) + '/' + ZQItemCopier::nameOf(source);
         const QByteArray made = replace
-            ? joined(ZQItemCopier::folderOf(destination), ".pixcove-alias-" + QByteArray::number(::getpid()))
+            ? joined(ZQItemCopier::folderOf(destination),
+                     ".pixcove-alias-" + QByteArray::number(QRandomGenerator::global()->generate64(), 36))
             : destination;
         int code = ::symlink(target.constData(), made.constData()) == 0 ? 0 : errno;
         if (code == 0 && replace) {
