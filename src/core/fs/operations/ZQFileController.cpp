@@ -4,11 +4,19 @@
 #include "core/fs/ZQFolderLoadOperation.h"
 #include "core/fs/operations/ZQFileOperationHandler.h"
 #include "core/fs/operations/ZQRenamePerformer.h"
+#include "core/fs/operations/ZQTransferPerformer.h"
+#include "core/fs/operations/ZQTrashPerformer.h"
 
 ZQFileController::ZQFileController(QObject *parent)
     : QObject(parent)
 {
     setPerformerFactory(ZQFileOperationType::rename, [] { return std::make_unique<ZQRenamePerformer>(); });
+    for (ZQFileOperationType type : {ZQFileOperationType::move, ZQFileOperationType::copy,
+                                     ZQFileOperationType::duplicate, ZQFileOperationType::alias})
+        setPerformerFactory(type, [type] { return std::make_unique<ZQTransferPerformer>(type); });
+    for (ZQFileOperationType type : {ZQFileOperationType::trash, ZQFileOperationType::restoreFromTrash})
+        setPerformerFactory(type, [type] { return std::make_unique<ZQTrashPerformer>(type); });
+    setPerformerFactory(ZQFileOperationType::newFolder, [] { return std::make_unique<ZQNewFolderPerformer>(); });
 }
 
 ZQFileController::~ZQFileController() = default;

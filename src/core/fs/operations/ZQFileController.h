@@ -18,8 +18,9 @@ class ZQFileOperationHandler;
 class ZQFileOperationPerformer;
 
 // Starts file operations and keeps the running ones. One shared instance serves the program;
-// tests may make their own. Each operation type has a performer (what it does to one unit);
-// rename is built in, and a test or a later operation registers its own. Use from the GUI thread.
+// tests may make their own. Each operation type has a performer (what it does to one unit): rename,
+// move, copy, duplicate, alias, trash, restore and new folder are built in, and a test may register
+// its own (a trash of its own, for one). Use from the GUI thread.
 class ZQFileController : public QObject
 {
     Q_OBJECT

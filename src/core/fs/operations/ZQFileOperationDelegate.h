@@ -13,7 +13,11 @@ struct ZQFileOperationTransaction
     ZQFileOperationStage stage = ZQFileOperationStage::notStarted;
     qsizetype completedUnitCount = 0;
     qsizetype totalUnitCount = 0;
-    double percentComplete = 0; // 0 to 100
+    qint64 completedByteCount = 0;
+    qint64 totalByteCount = 0; // 0 when nothing is written (moves within a volume, trash)
+    qint64 completedFileCount = 0; // files inside folders count one by one
+    qint64 totalFileCount = 0;
+    double percentComplete = 0; // 0 to 100; by bytes when bytes are written, else by units
     QString currentPath; // the item being worked on
     ZQFileOperationError error; // set when a unit failed: the operation stops
 

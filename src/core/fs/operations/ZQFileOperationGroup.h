@@ -4,9 +4,9 @@
 
 #include <QList>
 
-// The units of one file operation and the folder they go to (none for a rename, whose items stay
-// in their folders). A handler owns its group while it runs; touch it only from the delegate's
-// callbacks and after completion.
+// The units of one file operation and the folder they go to (none for a rename, a duplicate or a
+// trash, whose items stay in or leave their own folders; a new folder's parent). A handler owns its group while it
+// runs; touch it only from the delegate's callbacks and after completion.
 class ZQFileOperationGroup
 {
 public:
@@ -19,6 +19,15 @@ public:
     QList<ZQFileOperationUnit> &units() { return m_units; }
     const QList<ZQFileOperationUnit> &units() const { return m_units; }
     const ZQFilePtr &destinationItem() const { return m_destinationItem; }
+
+    // "Apply to all": every unresolved unit with an error of `code` gets `resolution`.
+    void resolveAll(int code, ZQFileOperationResolution resolution)
+    {
+        for (ZQFileOperationUnit &unit : m_units) {
+            if (unit.error().code == code && unit.resolution() == ZQFileOperationResolution::unresolved)
+                unit.setResolution(resolution);
+        }
+    }
 
     qsizetype countInState(ZQFileOperationUnit::State state) const
     {

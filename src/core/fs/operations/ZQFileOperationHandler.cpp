@@ -7,7 +7,9 @@
 #include <QElapsedTimer>
 #include <QPointer>
 
+#include <algorithm>
 #include <atomic>
+#include <functional>
 
 namespace {
 
@@ -137,10 +139,12 @@ void ZQFileOperationHandler::continueToPreflight()
     runOnWorker(
         [](Run &run) {
             for (ZQFileOperationUnit &unit : run.group.units()) {
-                const bool keepsBoth = unit.resolution() == ZQFileOperationResolution::keepBoth
+                // An occupied name is settled in preflight by a free name or by replacing.
+                const bool settled = (unit.resolution() == ZQFileOperationResolution::keepBoth
+                                      || unit.resolution() == ZQFileOperationResolution::replace)
                     && unit.destinationError().code == ZQFileOperationErrorCode::destinationExists
                     && !unit.sourceError().isError();
-                if (unit.state() == State::pending && unit.hasError() && !keepsBoth)
+                if (unit.state() == State::pending && unit.hasError() && !settled)
                     unit.setState(State::skipped);
             }
             run.performer->preflight(run.group);
@@ -171,14 +175,24 @@ void ZQFileOperationHandler::continueToPerform()
     if (cancelIfAsked())
         return;
     qsizetype total = 0;
+    qint64 totalBytes = 0;
+    qint64 totalFiles = 0;
     for (ZQFileOperationUnit &unit : m_run->group.units()) {
         // What preflight could not settle is left alone.
         if (unit.state() == State::pending && unit.hasError())
             unit.setState(State::skipped);
-        total += unit.state() == State::pending ? 1 : 0;
+        if (unit.state() != State::pending)
+            continue;
+        ++total;
+        totalBytes += unit.byteCount();
+        totalFiles += unit.fileCount();
     }
     m_lastTransaction.totalUnitCount = total;
     m_lastTransaction.completedUnitCount = 0;
+    m_lastTransaction.totalByteCount = totalBytes;
+    m_lastTransaction.completedByteCount = 0;
+    m_lastTransaction.totalFileCount = totalFiles;
+    m_lastTransaction.completedFileCount = 0;
     m_lastTransaction.percentComplete = 0;
     setStage(ZQFileOperationStage::performing);
 
@@ -190,33 +204,73 @@ void ZQFileOperationHandler::continueToPerform()
         });
     };
     runOnWorker(
-        [post, total](Run &run) {
-            ZQFileOperationTransaction transaction;
-            transaction.stage = ZQFileOperationStage::performing;
-            transaction.totalUnitCount = total;
-            QElapsedTimer sinceReport;
-            sinceReport.start();
+        [post, start = m_lastTransaction](Run &run) {
+            // Counts what the performer did, and posts it at most every 50 ms.
+            struct Progress : ZQFileOperationProgress
+            {
+                Run *run = nullptr;
+                ZQFileOperationTransaction transaction;
+                QElapsedTimer sinceReport;
+                std::function<void(const ZQFileOperationTransaction &)> post;
+
+                bool isCancelled() const override { return run->cancelled.load(); }
+                void advance(qint64 bytes, qint64 files) override
+                {
+                    transaction.completedByteCount += bytes;
+                    transaction.completedFileCount += files;
+                    reportIfDue();
+                }
+                void reportIfDue()
+                {
+                    if (sinceReport.elapsed() < progressIntervalMs)
+                        return;
+                    update();
+                    post(transaction);
+                    sinceReport.restart();
+                }
+                void update()
+                {
+                    const double done = transaction.totalByteCount > 0
+                        ? double(transaction.completedByteCount) / double(transaction.totalByteCount)
+                        : double(transaction.completedUnitCount)
+                            / double(std::max<qsizetype>(1, transaction.totalUnitCount));
+                    transaction.percentComplete = std::min(100.0, 100.0 * done);
+                }
+            } progress;
+            progress.run = &run;
+            progress.transaction = start;
+            progress.post = post;
+            progress.sinceReport.start();
+            run.performer->setProgress(&progress);
+            ZQFileOperationTransaction &transaction = progress.transaction;
             for (ZQFileOperationUnit &unit : run.group.units()) {
                 if (run.cancelled)
                     break;
                 if (unit.state() != State::pending)
                     continue;
-                transaction.currentPath = unit.sourceItem() ? unit.sourceItem()->path() : QString();
+                transaction.currentPath = unit.sourceItem() ? unit.sourceItem()->path() : unit.destinationPath();
+                const qint64 bytesBefore = transaction.completedByteCount;
+                const qint64 filesBefore = transaction.completedFileCount;
                 const ZQFileOperationError error = run.performer->perform(unit, run.group);
+                if (error.code == ZQFileOperationErrorCode::cancelled)
+                    break;
                 if (error.isError()) {
                     unit.setState(State::failed);
                     transaction.error = error;
+                    progress.update();
                     post(transaction);
+                    run.performer->setProgress(nullptr);
                     return;
                 }
                 unit.setState(State::done);
                 ++transaction.completedUnitCount;
-                transaction.percentComplete = 100.0 * double(transaction.completedUnitCount) / double(total);
-                if (sinceReport.elapsed() >= progressIntervalMs) {
-                    post(transaction);
-                    sinceReport.restart();
-                }
+                // A unit counts in full once done, whatever the performer reported on the way.
+                transaction.completedByteCount = bytesBefore + unit.byteCount();
+                transaction.completedFileCount = filesBefore + unit.fileCount();
+                progress.reportIfDue();
             }
+            run.performer->setProgress(nullptr);
+            progress.update();
             post(transaction);
         },
         [](ZQFileOperationHandler *handler) { handler->afterPerforming(); });

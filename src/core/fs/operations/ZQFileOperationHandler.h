@@ -15,9 +15,10 @@ class ZQFileOperationPerformer;
 // The checks and the work run on the file operations pool; the stages in between, every delegate
 // call and every signal happen on the GUI thread, where the handler lives. A question to the
 // delegate pauses the run until it answers with continueToPreflight / continueToPerform, so no
-// thread waits for the user. Cancelling stops before the next unit; a failed unit stops the
-// run, and units done before it stay done. Progress is reported at most every 50 ms. The handler
-// deletes itself after the completion call.
+// thread waits for the user. Cancelling stops the unit at work (the performer undoes it) and the
+// ones after it; a failed unit stops the run, and units done before it stay done. Progress (units,
+// bytes and files) is reported at most every 50 ms. The handler deletes itself after the
+// completion call.
 class ZQFileOperationHandler : public QObject
 {
     Q_OBJECT

@@ -8,7 +8,14 @@
 // are shared with the activities and the renamer: never renumber.
 
 enum class ZQFileOperationType : int {
+    move = 1,
+    copy = 2,
+    alias = 3, // a symbolic link to each item
+    trash = 4,
+    duplicate = 5, // a copy beside the item under a free name ("photo copy.jpg")
+    newFolder = 6,
     rename = 8,
+    restoreFromTrash = 9, // trashed items back to where they were
 };
 
 // A run goes preparing → (awaiting initial resolution) → preflight → (awaiting preflight
@@ -30,6 +37,7 @@ enum class ZQFileOperationResolution : int {
     cancel = 1, // stop the whole operation before anything more is done
     skip = 2, // leave this unit out
     keepBoth = 3, // give the unit's result a free name beside the existing item
+    replace = 4, // the existing item gives way; only for "destination exists"
 };
 
 // Errors of a unit. Negative codes are the framework's own; positive ones are errno values.
@@ -41,6 +49,14 @@ enum : int {
     invalidName = -3, // empty, ".", "..", or with "/" or NUL
     destinationFolderMissing = -4,
     destinationExists = -8, // another item already has the name
+    cancelled = -9, // the user stopped the run in the middle of this unit; nothing of it is left
+    intoItself = -10, // a folder moved or copied into itself or one of its subfolders
+    replaceItself = -11, // an item asked to replace itself
+    sizeMismatch = -12, // the copy's size differs from the original's: the original is kept
+    sourceNotRemoved = -13, // a move copied the item but could not remove the original
+    unsupportedType = -14, // a socket, device or pipe: not copied
+    noTrash = -15, // the item's volume has no trash and none can be made
+    notInTrash = -16, // a restore of an item without its trash information
 };
 }
 

@@ -39,6 +39,16 @@ public:
     State state() const { return m_state; }
     void setState(State state) { m_state = state; }
 
+    // The work the unit stands for, set in preflight: bytes to write and files to make (a move
+    // within a volume writes none).
+    qint64 byteCount() const { return m_byteCount; }
+    qint64 fileCount() const { return m_fileCount; }
+    void setWork(qint64 bytes, qint64 files)
+    {
+        m_byteCount = bytes;
+        m_fileCount = files;
+    }
+
 private:
     ZQFilePtr m_sourceItem;
     QString m_renamedFilename;
@@ -47,4 +57,6 @@ private:
     ZQFileOperationError m_destinationError;
     ZQFileOperationResolution m_resolution = ZQFileOperationResolution::unresolved;
     State m_state = State::pending;
+    qint64 m_byteCount = 0;
+    qint64 m_fileCount = 1;
 };

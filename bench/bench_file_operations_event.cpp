@@ -1,0 +1,167 @@
+// File operations as the program runs them: through the shared file controller, on its pool,
+// with progress reported to a delegate on the main thread. One operation a run; prints its wall
+// time and the CPU time the process spent (user + system), which the neighbours on a shared
+// machine do not inflate.
+//   bench_file_operations_event copy SOURCE_FOLDER DESTINATION_FOLDER
+//   bench_file_operations_event move FOLDER COUNT    (COUNT files from FOLDER/a to FOLDER/b)
+//   bench_file_operations_event trash FOLDER COUNT   (COUNT files, into FOLDER/Trash)
+//   bench_file_operations_event rotate FOLDER 0      (every JPEG in FOLDER a quarter turn, in place)
+#include "core/fs/operations/ZQFileController.h"
+#include "core/fs/operations/ZQFileOperationHandler.h"
+#include "core/fs/operations/ZQTrashPerformer.h"
+#include "core/imaging/ImageSource.h"
+#include "core/imaging/JpegRotation.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+
+#include <cstdio>
+#include <sys/resource.h>
+
+namespace {
+
+class Waiter : public ZQFileOperationDelegate
+{
+public:
+    bool completed = false;
+    QEventLoop *loop = nullptr;
+    ZQFileOperationTransaction last;
+    int reports = 0;
+
+    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &) override
+    {
+        handler->continueToPreflight();
+    }
+    void fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &) override
+    {
+        handler->continueToPerform();
+    }
+    void fileOperationHandlerReportingTransaction(ZQFileOperationHandler *,
+                                                  const ZQFileOperationTransaction &transaction) override
+    {
+        last = transaction;
+        ++reports;
+    }
+    void fileOperationHandlerCompletedOperation(ZQFileOperationHandler *) override
+    {
+        completed = true;
+        loop->quit();
+    }
+};
+
+double cpuSeconds()
+{
+    struct rusage usage
+    { };
+    ::getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
+        + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+// Camera and desktop names: IMG_7.JPG, DSC_00007.JPG, "photo (7).jpeg".
+QString cameraName(int i)
+{
+    const int n = i / 3 + 1;
+    switch (i % 3) {
+    case 0: return QStringLiteral("IMG_%1.JPG").arg(n);
+    case 1: return QStringLiteral("DSC_%1.JPG").arg(n, 5, 10, QLatin1Char('0'));
+    default: return QStringLiteral("photo (%1).jpeg").arg(n);
+    }
+}
+
+// Small files with a camera's names; their size does not matter to a rename.
+QList<ZQFileOperationUnit> makeFiles(const QString &folder, int count)
+{
+    QDir().mkpath(folder);
+    QList<ZQFileOperationUnit> units;
+    for (int i = 0; i < count; ++i) {
+        const QString path = folder + QLatin1Char('/') + cameraName(i);
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write("JPEG");
+        file.close();
+        units.append(ZQFileOperationUnit(ZQStandardFile::newFileForPath(path), {}));
+    }
+    return units;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    ImageSource::install();
+    const QStringList args = app.arguments().mid(1);
+    if (args.size() != 3) {
+        std::fprintf(stderr, "usage: bench_file_operations_event copy|move|trash ARG ARG\n");
+        return 2;
+    }
+    if (args[0] == QLatin1String("rotate")) {
+        // One after another on this thread: the cost of one turn, as jpegtran pays it per process.
+        const QStringList names =
+            QDir(args[1]).entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG")}, QDir::Files);
+        const double cpuBefore = cpuSeconds();
+        QElapsedTimer clock;
+        clock.start();
+        for (const QString &name : names) {
+            const JpegRotation::Result result =
+                JpegRotation::rotateFile(args[1] + QLatin1Char('/') + name, JpegRotation::Turn::clockwise,
+                                         JpegRotation::Fallback::refuse);
+            if (result.kind != JpegRotation::Result::Kind::lossless) {
+                std::fprintf(stderr, "%s\n", qPrintable(result.error));
+                return 1;
+            }
+        }
+        std::printf("%.4f %.4f 0 %lld %lld 0\n", double(clock.nsecsElapsed()) / 1e9, cpuSeconds() - cpuBefore,
+                    static_cast<long long>(names.size()), static_cast<long long>(names.size()));
+        return 0;
+    }
+    ZQFileController controller;
+    ZQFileOperationType type = ZQFileOperationType::copy;
+    QList<ZQFileOperationUnit> units;
+    ZQFilePtr destination;
+    if (args[0] == QLatin1String("copy")) {
+        units.append(ZQFileOperationUnit(ZQStandardFile::newFileForPath(args[1]), {}));
+        destination = ZQStandardFile::newFileForPath(args[2]);
+    } else if (args[0] == QLatin1String("move")) {
+        type = ZQFileOperationType::move;
+        QDir(args[1]).removeRecursively();
+        units = makeFiles(args[1] + QStringLiteral("/a"), args[2].toInt());
+        QDir().mkpath(args[1] + QStringLiteral("/b"));
+        destination = ZQStandardFile::newFileForPath(args[1] + QStringLiteral("/b"));
+    } else if (args[0] == QLatin1String("trash")) {
+        type = ZQFileOperationType::trash;
+        QDir(args[1]).removeRecursively();
+        units = makeFiles(args[1] + QStringLiteral("/photos"), args[2].toInt());
+        const ZQTrash trash(QFile::encodeName(args[1] + QStringLiteral("/Trash")));
+        controller.setPerformerFactory(type, [trash] {
+            return std::make_unique<ZQTrashPerformer>(ZQFileOperationType::trash, trash);
+        });
+    } else {
+        std::fprintf(stderr, "unknown operation %s\n", argv[1]);
+        return 2;
+    }
+    const qsizetype count = units.size();
+    Waiter waiter;
+    QEventLoop loop; // sleeps between reports, as the program's own loop does
+    waiter.loop = &loop;
+    const double cpuBefore = cpuSeconds();
+    QElapsedTimer clock;
+    clock.start();
+    controller.performOperation(type, ZQFileOperationGroup(std::move(units), destination), &waiter);
+    if (!waiter.completed)
+        loop.exec();
+    const double seconds = double(clock.nsecsElapsed()) / 1e9;
+    const double cpu = cpuSeconds() - cpuBefore;
+    if (waiter.last.isError()) {
+        std::fprintf(stderr, "%s\n", qPrintable(waiter.last.error.description));
+        return 1;
+    }
+    // "seconds cpu-seconds bytes files units progress-reports"
+    std::printf("%.4f %.4f %lld %lld %lld %d\n", seconds, cpu, static_cast<long long>(waiter.last.completedByteCount),
+                static_cast<long long>(waiter.last.completedFileCount), static_cast<long long>(count), waiter.reports);
+    return 0;
+}
