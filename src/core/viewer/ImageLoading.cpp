@@ -120,8 +120,11 @@ Result decodeJpeg(const NativeFile &native, const QByteArray &head, const QByteA
     QSize storedFit = fitSize;
     if (facts.orientation >= 5)
         storedFit.transpose();
-    if (storedFit.isEmpty())
-        storedFit = jpegFullDecodeSize(facts.stored, memoryLimit);
+    // Never more than the memory limit allows, whatever was asked.
+    const QSize largest = jpegFullDecodeSize(facts.stored, memoryLimit);
+    if (storedFit.isEmpty()
+        || (!largest.isEmpty() && (storedFit.width() > largest.width() || storedFit.height() > largest.height())))
+        storedFit = largest;
     QString warning;
     QImage image = JpegDecoder::decode(data, size, storedFit, memoryLimit, &error, &warning);
     if (mapped)

@@ -28,6 +28,7 @@ struct ImageViewDataSource::StepResult
     ImageLoading::Result result;
     bool previewStep = false;
     Quality quality = Quality::none;
+    QSize requested;
 };
 
 ImageViewDataSource::ImageViewDataSource(PXFilePtr file, QObject *parent)
@@ -240,8 +241,11 @@ void ImageViewDataSource::finishDecode(const StepResult &step)
         if (!result.imageSize.isEmpty())
             m_imageSize = result.imageSize;
         Quality quality = step.quality;
-        // A reduced request that came out whole is the full picture.
-        if (quality == Quality::scaled && result.image.size() == m_imageSize)
+        // A reduced request that came out whole, or asked for the whole image before its size was
+        // known, is the full picture (reduced only by the memory limit).
+        const bool wholeAsked =
+            step.requested.width() >= m_imageSize.width() && step.requested.height() >= m_imageSize.height();
+        if (quality == Quality::scaled && (result.image.size() == m_imageSize || wholeAsked))
             quality = Quality::full;
         if (quality >= m_quality) {
             adopt(result.image, quality);

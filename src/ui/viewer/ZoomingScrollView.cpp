@@ -16,8 +16,10 @@ ZoomingScrollView::ZoomingScrollView(QWidget *parent)
     : QAbstractScrollArea(parent)
 {
     setFrameShape(QFrame::NoFrame);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    // The scroll bars keep the position (the keys move them) but stay hidden: scroll bars that
+    // came and went with the zoom would change the view's size, and with it the fit.
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_imageView = new ImageView(&m_state);
     setViewport(m_imageView);
     m_animation = new QVariantAnimation(this);
@@ -160,7 +162,7 @@ void ZoomingScrollView::syncScrollBars()
 
 void ZoomingScrollView::resizeEvent(QResizeEvent *event)
 {
-    // Called for the viewport's resizes too (scroll bars appearing), which is what counts.
+    // Called for the viewport's resizes too, which is what counts.
     QAbstractScrollArea::resizeEvent(event);
     const QSizeF before = m_state.viewportSize();
     const qreal ratio = m_state.devicePixelRatio();

@@ -11,8 +11,8 @@
 class ImageView;
 class QVariantAnimation;
 
-// The scroll view of an image viewer: both scroll bars appear only when needed, no frame, and
-// the ImageView as its viewport. It keeps the view's geometry (ZoomState: magnification between
+// The scroll view of an image viewer: no frame, scroll bars that track the position but stay
+// hidden, and the ImageView as its viewport. It keeps the view's geometry (ZoomState: magnification between
 // 0.001 and 100, rotation, scroll position, an image smaller than the view kept centred) and
 // turns the scroll bars, drags and keys into scroll positions.
 //
