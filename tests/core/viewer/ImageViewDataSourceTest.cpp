@@ -1,9 +1,9 @@
+#include "core/viewer/ImageViewDataSource.h"
 #include "core/app/Dispatch.h"
 #include "core/model/PXFile.h"
 #include "core/viewer/ColorTransform.h"
 #include "core/viewer/DecodedImageCache.h"
 #include "core/viewer/ImageLoading.h"
-#include "core/viewer/ImageViewDataSource.h"
 
 #include "support/CameraJpegs.h"
 #include "support/TestDir.h"
@@ -47,9 +47,8 @@ protected:
 
 TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThenWhole)
 {
-    const QString path =
-        CameraJpegs::write(dir.filePath(QStringLiteral("IMG_0001.JPG")), QSize(3000, 2000), QSize(160, 120),
-                           QSize(1200, 800));
+    const QString path = CameraJpegs::write(dir.filePath(QStringLiteral("IMG_0001.JPG")), QSize(3000, 2000),
+                                            QSize(160, 120), QSize(1200, 800));
     const ImageViewDataSourcePtr dataSource = sourceFor(path);
     QList<Quality> seen;
     QObject::connect(dataSource.get(), &ImageViewDataSource::changed, [&] {
@@ -80,7 +79,7 @@ TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThe
     dataSource->requestImage(QSize(3000, 2000));
     ASSERT_TRUE(waitForQuality(dataSource, Quality::full));
     EXPECT_EQ(dataSource->image().size(), QSize(3000, 2000));
-    EXPECT_EQ(seen, (QList<Quality> {Quality::none, Quality::preview, Quality::scaled, Quality::full}));
+    EXPECT_EQ(seen, (QList<Quality>{Quality::none, Quality::preview, Quality::scaled, Quality::full}));
     EXPECT_TRUE(dataSource->notice().isEmpty());
 
     // Another viewer's data source for the file starts from the cache, whole at once.
@@ -93,8 +92,8 @@ TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThe
 
 TEST_F(ImageViewDataSourceTest, APictureDroppedOrCancelledIgnoresTheResultsStillRunning)
 {
-    const QString path = CameraJpegs::write(dir.filePath(QStringLiteral("DSC_0002.JPG")), QSize(3000, 2000), QSize(),
-                                            QSize(1200, 800));
+    const QString path =
+        CameraJpegs::write(dir.filePath(QStringLiteral("DSC_0002.JPG")), QSize(3000, 2000), QSize(), QSize(1200, 800));
     const ImageViewDataSourcePtr dataSource = sourceFor(path);
     dataSource->requestImage(QSize(3000, 2000));
     EXPECT_TRUE(dataSource->imageLoading());
