@@ -197,4 +197,11 @@ TEST_F(ImageViewDataSourceTest, AnEmbeddedProfileIsConvertedToSrgb)
     EXPECT_NEAR(shown.blue(), expected.blue(), 6);
     // The conversion is visible: Adobe RGB's green is far wider than sRGB's.
     EXPECT_GT(std::abs(shown.red() - stored.red()) + std::abs(shown.blue() - stored.blue()), 10);
+
+    // An sRGB profile, and bytes that are no profile, leave the picture as it is.
+    QImage untouched = image;
+    ColorTransform::toDisplay(untouched, QColorSpace(QColorSpace::SRgb).iccProfile());
+    EXPECT_EQ(untouched, image);
+    ColorTransform::toDisplay(untouched, QByteArray(600, 'p'));
+    EXPECT_EQ(untouched, image);
 }
