@@ -13,7 +13,9 @@
 #include <QColorSpace>
 #include <QColorTransform>
 #include <QFile>
+#include <QSemaphore>
 #include <QSignalSpy>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -90,23 +92,46 @@ TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThe
     EXPECT_FALSE(again->imageLoading());
 }
 
-TEST_F(ImageViewDataSourceTest, APictureDroppedOrCancelledIgnoresTheResultsStillRunning)
+TEST_F(ImageViewDataSourceTest, APictureDroppedIgnoresTheStepsWaitingAndRunning)
 {
     const QString path =
-        CameraJpegs::write(dir.filePath(QStringLiteral("DSC_0002.JPG")), QSize(3000, 2000), QSize(), QSize(1200, 800));
+        CameraJpegs::write(dir.filePath(QStringLiteral("DSC_0002.JPG")), QSize(4000, 3000), QSize(), QSize(1200, 800));
     const ImageViewDataSourcePtr dataSource = sourceFor(path);
-    dataSource->requestImage(QSize(3000, 2000));
+    QThreadPool *pool = namedThreadPool(QStringLiteral("Image Viewer"));
+    auto settle = [&] {
+        pool->waitForDone();
+        QCoreApplication::processEvents();
+    };
+    auto nothingTaken = [&] {
+        EXPECT_EQ(dataSource->imageQuality(), Quality::none);
+        EXPECT_TRUE(dataSource->image().isNull());
+        EXPECT_FALSE(dataSource->imageLoaded());
+        // Neither in the shared cache (where the preview of the second part may be).
+        EXPECT_LT(imageCache.find(dataSource->nativePath()).quality, Quality::scaled);
+    };
+
+    // Steps still waiting on the pool (its threads held here) never run.
+    QSemaphore release;
+    for (int i = 0; i < pool->maxThreadCount(); ++i)
+        pool->start([&release] { release.acquire(); });
+    dataSource->requestImage(QSize(4000, 3000));
     EXPECT_TRUE(dataSource->imageLoading());
     dataSource->dropImage();
     EXPECT_FALSE(dataSource->imageLoading());
-    // What was running finishes on the pool, and is not taken.
-    QThreadPool *pool = namedThreadPool(QStringLiteral("Image Viewer"));
-    pool->waitForDone();
-    QCoreApplication::processEvents();
-    EXPECT_EQ(dataSource->imageQuality(), Quality::none);
-    EXPECT_TRUE(dataSource->image().isNull());
-    EXPECT_FALSE(dataSource->imageLoaded());
-    EXPECT_EQ(imageCache.find(dataSource->nativePath()).quality, Quality::none);
+    release.release(pool->maxThreadCount());
+    settle();
+    nothingTaken();
+
+    // A decode already running finishes, and its picture is not taken.
+    dataSource->requestImage({});
+    ASSERT_TRUE(waitUntil([&] { return dataSource->thumbnailRequestCompleted(); }));
+    dataSource->dropImage();
+    dataSource->requestImage(QSize(4000, 3000));
+    ASSERT_TRUE(waitUntil([&] { return pool->activeThreadCount() > 0; }));
+    QThread::msleep(5); // inside the decode of 12 MP, which takes far longer
+    dataSource->dropImage();
+    settle();
+    nothingTaken();
 
     // Asked again, it loads afresh.
     dataSource->requestImage(QSize(600, 400));
