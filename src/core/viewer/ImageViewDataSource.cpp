@@ -140,7 +140,11 @@ void ImageViewDataSource::requestImage(QSize neededPixels)
     }
     if (!neededPixels.isEmpty() && !covers(neededPixels)) {
         const Quality needed = qualityNeededFor(neededPixels);
-        if (m_decodeRunningQuality != Quality::none) {
+        if (m_previewRunning && m_quality < Quality::preview) {
+            // The decode starts once the preview is out: on two cores, a decode beside the
+            // preview's read doubles the time to the first picture and gains the decode little.
+            m_decodeWaitingFor = neededPixels;
+        } else if (m_decodeRunningQuality != Quality::none) {
             // The running decode will do when it decodes whole or at least as large.
             const bool runningWillDo = m_decodeRunningQuality == Quality::full
                 || (needed != Quality::full
@@ -227,8 +231,13 @@ void ImageViewDataSource::finishPreview(const StepResult &step)
     }
     // A file that cannot even be opened: said at once unless a decode is still trying.
     if (m_image.isNull() && result.imageSize.isEmpty() && !result.error.isEmpty()
-        && m_decodeRunningQuality == Quality::none)
+        && m_decodeRunningQuality == Quality::none) {
         m_errorMessage = result.error;
+        m_decodeWaitingFor = {};
+    }
+    const QSize waiting = m_decodeWaitingFor;
+    if (!waiting.isEmpty() && m_decodeRunningQuality == Quality::none && !covers(waiting))
+        startDecodeStep(waiting, qualityNeededFor(waiting));
 }
 
 void ImageViewDataSource::finishDecode(const StepResult &step)
