@@ -205,7 +205,10 @@ void ImageViewController::requestNeededPicture()
     QSize need;
     if (!m_ready || imageSize.isEmpty()) {
         // Not placed yet: the picture that fits the view (the decoder fits the image into it).
-        need = m_scrollView->viewportDeviceSize();
+        // The view fills this widget, whose size is already right when the layout has not yet
+        // given it to the view (a window that has just been shown).
+        const qreal ratio = devicePixelRatioF();
+        need = QSize(int(std::lround(width() * ratio)), int(std::lround(height() * ratio)));
         if (m_dataSource->rotationAngle() % 180 != 0)
             need.transpose();
     } else {
