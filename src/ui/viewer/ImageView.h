@@ -12,7 +12,9 @@
 // place so that better pictures replace it without a jump. Only the visible part is drawn, turned
 // by the view's rotation. At 100 % on a whole device pixel the picture's pixels map one to one onto
 // the screen's, unfiltered; smaller scales are filtered smoothly, larger ones show pixels as
-// squares.
+// squares. A picture shown at less than half its size (the whole image at the fit after a zoom)
+// is drawn from a copy halved as often as needed, made on a worker, so that fine detail does not
+// shimmer; the picture itself is drawn until the copy is there.
 //
 // A file that cannot be shown says why in the middle of the view; a remark on a shown picture
 // (it decoded only in part) is shown along the bottom edge.
@@ -37,14 +39,28 @@ public:
     // Draws what the view shows into `painter` (whose device may have another pixel ratio than
     // the screen's: what a test renders at 2x is what a 2x screen shows).
     void paintContent(QPainter &painter, const QRect &exposed) const;
+    // As paintContent(), asking first for the halved copy the scale calls for.
+    void paint(QPainter &painter, const QRect &exposed);
+
+    // How often the copy drawn in place of the picture is halved (0: the picture itself).
+    int reducedLevel() const { return m_reduced.isNull() ? 0 : m_reducedLevel; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    // Screen pixels per picture pixel, on a device of `ratio`.
+    double deviceScale(qreal ratio) const;
+    // How often to halve the picture for the scale now shown.
+    int levelWanted(qreal ratio) const;
+    void requestReduced(int level);
+
     const ZoomState *m_state;
     QColor m_backgroundColor = Qt::black;
     QImage m_image;
     QString m_message;
     QString m_notice;
+    QImage m_reduced;
+    int m_reducedLevel = 0;
+    int m_requestedLevel = 0;
 };

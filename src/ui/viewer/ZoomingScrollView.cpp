@@ -183,7 +183,7 @@ void ZoomingScrollView::showEvent(QShowEvent *event)
 void ZoomingScrollView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
-    m_imageView->paintContent(painter, event->rect());
+    m_imageView->paint(painter, event->rect());
 }
 
 void ZoomingScrollView::scrollContentsBy(int, int)

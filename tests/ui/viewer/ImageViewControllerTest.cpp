@@ -325,3 +325,40 @@ TEST(ImageViewPainting, OneImagePixelCoversOneDevicePixelAt100Percent)
         EXPECT_EQ(screen.pixel(left + checker.width(), top), qRgb(255, 0, 0));
     }
 }
+
+TEST(ImageViewPainting, APictureShownFarBelowItsSizeIsDrawnFromAnAveragedCopy)
+{
+    // Stripes two pixels black, one white, shown at an eighth: sampled, they beat into bands of
+    // black and grey; averaged, they are an even dark grey (a third of white).
+    QImage stripes(4000, 400, QImage::Format_RGB32);
+    for (int x = 0; x < stripes.width(); ++x)
+        for (int y = 0; y < stripes.height(); ++y)
+            stripes.setPixel(x, y, x % 3 == 2 ? qRgb(255, 255, 255) : qRgb(0, 0, 0));
+    ZoomState state;
+    state.setImageSize(stripes.size());
+    state.setViewportSize(QSizeF(500, 50));
+    state.setMagnification(0.125);
+    ImageView imageView(&state);
+    imageView.setCurrentImage(stripes);
+
+    QImage screen(500, 50, QImage::Format_RGB32);
+    auto render = [&] {
+        QPainter painter(&screen);
+        imageView.paint(painter, screen.rect());
+    };
+    render();
+    ASSERT_TRUE(waitUntil([&] { return imageView.reducedLevel() == 2; }));
+    render();
+    int worst = 0;
+    for (int x = 10; x < 490; ++x)
+        worst = std::max(worst, std::abs(qGray(screen.pixel(x, 25)) - 85));
+    EXPECT_LT(worst, 24);
+
+    // Zoomed back in, the copy is not enlarged: the picture itself is drawn, pixel for pixel.
+    state.setMagnification(1.0);
+    render();
+    for (int x = 10; x < 20; ++x) {
+        const int imageX = int(state.viewportToImage(QPointF(x + 0.5, 25)).x());
+        EXPECT_EQ(screen.pixel(x, 25), stripes.pixel(imageX, 0)) << "at " << x;
+    }
+}
