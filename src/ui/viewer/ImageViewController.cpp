@@ -4,6 +4,8 @@
 #include "ui/viewer/ImageView.h"
 #include "ui/viewer/ZoomingScrollView.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QVBoxLayout>
 
 #include <cmath>
@@ -217,8 +219,12 @@ void ImageViewController::requestNeededPicture()
         const double scale = shown > fitMagnification() * 1.001 ? 1.0 : std::min(1.0, shown);
         need = QSize(int(std::ceil(imageSize.width() * scale)), int(std::ceil(imageSize.height() * scale)));
     }
-    if (need.width() < 2 || need.height() < 2)
-        need = {};
+    if (need.width() < 2 || need.height() < 2) {
+        // A view not laid out yet (or collapsed) still gets a picture, so that image ready comes
+        // for files without a preview: one for its screen, which it will most likely fill.
+        const QScreen *shown = screen() ? screen() : QGuiApplication::primaryScreen();
+        need = shown ? shown->size() * shown->devicePixelRatio() : QSize(1920, 1080);
+    }
     m_dataSource->requestImage(need);
 }
 

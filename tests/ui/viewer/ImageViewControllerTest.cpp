@@ -288,6 +288,20 @@ TEST_F(ImageViewControllerTest, UnreadableAndPartialFilesSaySoInPlace)
     EXPECT_FALSE(view.imageView()->currentImage().isNull());
 }
 
+TEST_F(ImageViewControllerTest, AViewNotLaidOutYetStillGetsAPictureWithoutAPreview)
+{
+    // small.jpg has no embedded preview: only a decode makes it ready.
+    ImageViewController hidden;
+    hidden.resize(0, 0);
+    QSignalSpy ready(&hidden, &ImageViewController::imageReady);
+    const ImageViewDataSourcePtr dataSource = sourceFor(smallPath, Stickiness::whenNeededToFit);
+    hidden.setLoadingImage(true);
+    hidden.setDataSource(dataSource);
+    ASSERT_TRUE(waitUntil([&] { return !ready.isEmpty(); }));
+    EXPECT_EQ(dataSource->imageQuality(), Quality::full);
+    EXPECT_FALSE(hidden.loadingImage());
+}
+
 TEST(ImageViewPainting, OneImagePixelCoversOneDevicePixelAt100Percent)
 {
     // A one-pixel checkerboard: any filtering or half-pixel offset greys it.
