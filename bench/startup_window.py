@@ -16,7 +16,7 @@ import subprocess
 import sys
 import time
 
-from viewer_session import fresh_environment, start_xvfb
+from viewer_session import fresh_environment, start_xvfb, visible_window
 
 RUNS = 5
 POLL = 0.010  # the 10 ms poll interval of the measurement
@@ -40,12 +40,6 @@ def make_folder(work, corpus):
         subprocess.run(["convert", source, "-resize", "6000x4000!", "-quality", "92", target], check=True)
     open(done, "w").close()
     return folder
-
-
-def visible_window(pid, env):
-    result = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(pid)],
-                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=env)
-    return result.returncode == 0 and result.stdout.strip() != b""
 
 
 def rss_mb(pid):

@@ -27,3 +27,10 @@ def fresh_environment(display):
     env = {"PATH": os.environ["PATH"], "DISPLAY": display, "HOME": home, "TMPDIR": home,
            "XDG_RUNTIME_DIR": home, "LANG": os.environ.get("LANG", "C.UTF-8")}
     return env, home
+
+
+def visible_window(pid, env):
+    """Whether process `pid` shows a window yet."""
+    result = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(pid)],
+                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=env)
+    return result.returncode == 0 and result.stdout.strip() != b""
