@@ -129,8 +129,10 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
         settings->setFirstLaunchDate(QDateTime::currentDateTimeUtc());
     }
     if (request.kind == LaunchRequest::Kind::plain) {
-        if (!m_auxiliaryWindowsManager->consumeLaunchFlag())
-            m_mainWindowsManager->newMainWindow();
+        m_mainWindowsManager->newMainWindow();
+        // After the main window, whose selection it shows.
+        if (m_auxiliaryWindowsManager->opensQuickviewOnLaunch())
+            m_auxiliaryWindowsManager->showQuickview();
         return;
     }
     logDebug(QStringLiteral("Launched for special purpose, not opening default windows."));

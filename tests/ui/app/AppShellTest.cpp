@@ -7,6 +7,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
+#include "ui/windows/QuickviewWindowController.h"
 #include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/TabbedWindow.h"
 #include "ui/windows/ValidatingToolbar.h"
@@ -153,19 +154,27 @@ TEST(AppShell, QuittingAsksTheActivitiesThenClosesEverythingInOrder)
     Q_UNUSED(first);
 }
 
-TEST(AppShell, LaunchOpensAWindowOnlyForAPlainStartNotTakenByTheLaunchFlag)
+TEST(AppShell, LaunchOpensAWindowForAPlainStartAndTheQuickViewWhenTheSettingSaysSo)
 {
     ShellFixture shell;
     {
+        // The preference opens the quick view beside the main window, and stays set.
         Delegate app;
         shell.settings()->setQuickviewOpensOnLaunch(true);
         app.delegate.applicationDidFinishLaunching({});
-        EXPECT_TRUE(shell.windows->windowControllers().isEmpty());
-        EXPECT_FALSE(shell.settings()->quickviewOpensOnLaunch());
+        EXPECT_EQ(shell.windows->windowControllers().size(), 1);
+        ASSERT_TRUE(shell.auxiliary->quickviewWindowController());
+        EXPECT_TRUE(shell.auxiliary->quickviewWindowController()->window()->isVisible());
+        EXPECT_TRUE(shell.settings()->quickviewOpensOnLaunch());
+        shell.auxiliary->toggleQuickview();
+        EXPECT_FALSE(shell.auxiliary->quickviewWindowController());
+        shell.settings()->setQuickviewOpensOnLaunch(false);
     }
+    shell.windows->closeAll();
     {
         Delegate app;
         app.delegate.applicationDidFinishLaunching({});
+        EXPECT_FALSE(shell.auxiliary->quickviewWindowController());
         ASSERT_EQ(shell.windows->windowControllers().size(), 1);
         // Starting again with a visible window opens none; with the window closed, one.
         app.delegate.applicationShouldHandleReopen();
