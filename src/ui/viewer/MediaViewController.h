@@ -17,7 +17,6 @@ class ImageViewDataSource;
 class ImageViewDataSourceCache;
 class MediaViewActionHandler;
 class QLabel;
-class QStackedLayout;
 class QVariantAnimation;
 class VideoView;
 class ZQFilesSubscription;
@@ -107,6 +106,9 @@ public:
 
     MediaViewActionHandler *actionHandler() const { return m_actionHandler; }
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 Q_SIGNALS:
     // The switch to `file` happened (its child is current and shows it).
     void fileShown(const PXFilePtr &file);
@@ -120,26 +122,30 @@ Q_SIGNALS:
 private:
     void setCurrentlySticky(bool sticky);
     void setVideoState(VideoState state);
+    void rememberCurrentState();
+    ImageViewController *otherImageChild() const;
+    VideoView *otherVideoChild();
+    void showImage(const PXFilePtr &file);
+    void showVideo(const PXFilePtr &file);
     void imageChildReady(ImageViewController *child);
     void switchTo(QWidget *child);
-    void finishTransition(quint64 animationID);
+    void finishTransition();
     void showMessage(const QString &text);
     void filesChanged(const QList<ZQFileEvent> &events);
-    int indexOfImageChild(const ImageViewController *child) const;
-    int indexOfVideoChild(const VideoView *child) const;
+    void reloadCurrentFile();
+    QSize neededPixels() const;
 
     MediaViewSettings m_settings;
-    QStackedLayout *m_stack;
     std::array<ImageViewController *, 2> m_imageChildren{};
-    std::array<VideoView *, 2> m_videoChildren{};
+    std::array<VideoView *, 2> m_videoChildren{}; // made with the first video
     QLabel *m_messageView;
-    QLabel *m_fadeOverlay; // the old child's last picture while the new one fades in
     QVariantAnimation *m_fade;
     QWidget *m_currentChild = nullptr;
+    QPointer<QWidget> m_fadingOutChild; // the child left, shown under the new one while it fades in
+    QList<std::shared_ptr<ImageViewDataSource>> m_prefetched;
     QPointer<ImageViewController> m_waitingForLoadingChild;
     PXFilePtr m_currentFile;
     std::unique_ptr<ImageViewDataSourceCache> m_dataByFile;
-    std::shared_ptr<ImageViewDataSource> m_previousDataSource;
     ZQFilesSubscription *m_filesSubscription;
     MediaViewActionHandler *m_actionHandler;
     quint64 m_animationID = 0;

@@ -57,6 +57,9 @@ public:
     void close();
     bool isClosed() const { return m_closed; }
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 Q_SIGNALS:
     void listed();
     void closed(SlideshowWindowController *controller);
