@@ -77,11 +77,14 @@ void BrowserViewController::showSelection()
     }
     const QList<PXFilePtr> selected = m_thumbnails->selectedFiles();
     const PXFilePtr file = selected.value(0);
-    m_viewer->showFile(file);
+    const int index = file ? m_thumbnails->indexOfFile(file) : -1;
+    // The grid's picture stands in until the viewer's own is decoded.
+    const ThumbnailItemPtr item = index >= 0 ? m_thumbnails->itemAt(index) : nullptr;
+    m_viewer->showFile(file, item ? item->thumbnail() : QImage());
     // The pictures the user steps to next: the images either side of the file in the grid, the
     // next one first.
     QList<PXFilePtr> neighbours;
-    if (const int index = file ? m_thumbnails->indexOfFile(file) : -1; index >= 0) {
+    if (index >= 0) {
         for (int direction : {1, -1}) {
             for (int i = index + direction; i >= 0 && i < m_thumbnails->fileCount(); i += direction) {
                 if (const PXFilePtr next = m_thumbnails->itemAt(i)->file(); next->isImage()) {

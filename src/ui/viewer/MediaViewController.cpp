@@ -150,12 +150,16 @@ void MediaViewController::rememberCurrentState()
         child->rememberState();
 }
 
-void MediaViewController::showFile(const PXFilePtr &file)
+void MediaViewController::showFile(const PXFilePtr &file, const QImage &thumbnail)
 {
     // The running transition and the child still loading are forgotten.
     finishTransition();
     m_waitingForLoadingChild = nullptr;
     rememberCurrentState();
+    // Only the file on screen is watched: the new one first, so that the folder of both stays
+    // watched while stepping through it.
+    if (file)
+        m_filesSubscription->addFile(file);
     if (m_currentFile && m_currentFile != file)
         m_filesSubscription->removeFile(m_currentFile);
     m_currentFile = file;
@@ -168,7 +172,6 @@ void MediaViewController::showFile(const PXFilePtr &file)
         Q_EMIT fileShown(nullptr);
         return;
     }
-    m_filesSubscription->addFile(file);
     if (file->isPlaceholder()) {
         showMessage(tr("“%1” is no longer there: it was deleted or moved away.").arg(file->displayName()));
     } else if (VideoView::accepts(*file)) {
@@ -178,7 +181,7 @@ void MediaViewController::showFile(const PXFilePtr &file)
         }
         showVideo(file);
     } else if (file->isImage()) {
-        showImage(file);
+        showImage(file, thumbnail);
     } else {
         const QString kind = TypeIdentifiers::description(file->resolvedTypeIdentifier());
         showMessage(file->isDirectory() ? file->displayName()
@@ -187,7 +190,7 @@ void MediaViewController::showFile(const PXFilePtr &file)
     Q_EMIT commandsChanged();
 }
 
-void MediaViewController::showImage(const PXFilePtr &file)
+void MediaViewController::showImage(const PXFilePtr &file, const QImage &thumbnail)
 {
     const ImageViewDefaults defaults{scalingModeFor(m_settings.defaultScalingMode), m_settings.defaultScalingPercentage,
                                      m_settings.retainScalingFromPreviousFile};
@@ -198,6 +201,8 @@ void MediaViewController::showImage(const PXFilePtr &file)
         Q_EMIT fileShown(file);
         return;
     }
+    if (!thumbnail.isNull())
+        dataSource->setThumbnail(thumbnail);
     ImageViewController *child = otherImageChild();
     m_waitingForLoadingChild = child;
     child->setGeometry(rect());

@@ -5,6 +5,7 @@
 #include "core/viewer/VideoState.h"
 
 #include <QColor>
+#include <QImage>
 #include <QList>
 #include <QPointer>
 #include <QWidget>
@@ -67,7 +68,8 @@ public:
 
     // Shows `file`; null shows nothing. Showing the file already shown keeps its zoom and
     // position. A file that is neither an image nor a playable video shows its name and kind.
-    void showFile(const PXFilePtr &file);
+    // `thumbnail` (upright; the grid's picture) is shown until a better picture is decoded.
+    void showFile(const PXFilePtr &file, const QImage &thumbnail = {});
     const PXFilePtr &currentFile() const { return m_currentFile; }
     // Decodes these files ahead (the next and previous of the current one), most likely first;
     // what was asked before and is not in the list is no longer wanted.
@@ -125,7 +127,7 @@ private:
     void rememberCurrentState();
     ImageViewController *otherImageChild() const;
     VideoView *otherVideoChild();
-    void showImage(const PXFilePtr &file);
+    void showImage(const PXFilePtr &file, const QImage &thumbnail);
     void showVideo(const PXFilePtr &file);
     void imageChildReady(ImageViewController *child);
     void switchTo(QWidget *child);

@@ -433,7 +433,7 @@ void MainWindowViewController::openFiles(const QList<PXFilePtr> &files)
         set.clear();
         ThumbnailsViewController *pane = thumbnailsViewController();
         for (int i = 0; i < pane->fileCount(); ++i) {
-            if (const PXFilePtr &file = pane->itemAt(i)->file(); file->isImage() || file->isVideo())
+            if (const PXFilePtr file = pane->itemAt(i)->file(); file->isImage() || file->isVideo())
                 set.append(file);
         }
     }

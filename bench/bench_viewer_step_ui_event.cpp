@@ -3,7 +3,7 @@
 // time the key is pressed. Reports the time from the key's command to the end of the window's
 // paint showing the next picture (median, 95th percentile, worst, how many within one frame of
 // 16 ms), how long the picture ahead took to decode, and the resident memory after all the steps.
-// Usage: bench_viewer_ui_event FOLDER [COUNT]   (COUNT pictures, 500 by default)
+// Usage: bench_viewer_step_ui_event FOLDER [COUNT]   (COUNT pictures, 500 by default)
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
@@ -76,7 +76,7 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     ImageSource::install();
     if (argc < 2) {
-        std::fprintf(stderr, "usage: bench_viewer_ui_event FOLDER [COUNT]\n");
+        std::fprintf(stderr, "usage: bench_viewer_step_ui_event FOLDER [COUNT]\n");
         return 2;
     }
     const QDir folder(QString::fromLocal8Bit(argv[1]));
@@ -89,7 +89,7 @@ int main(int argc, char **argv)
             break;
     }
     if (files.size() < 2) {
-        std::fprintf(stderr, "bench_viewer_ui_event: fewer than two JPEGs in %s\n", argv[1]);
+        std::fprintf(stderr, "bench_viewer_step_ui_event: fewer than two JPEGs in %s\n", argv[1]);
         return 1;
     }
 
@@ -109,7 +109,7 @@ int main(int argc, char **argv)
             >= ImageViewDataSource::Quality::scaled;
     };
     if (!spinUntil([&] { return shows(files.first()); }, 20000)) {
-        std::fprintf(stderr, "bench_viewer_ui_event: the first picture was not shown\n");
+        std::fprintf(stderr, "bench_viewer_step_ui_event: the first picture was not shown\n");
         return 1;
     }
 
@@ -131,7 +131,7 @@ int main(int argc, char **argv)
         step.start();
         window->mediaView()->actionHandler()->nextImageInFolder();
         if (!spinUntil([&] { return shows(next); }, 10000)) {
-            std::fprintf(stderr, "bench_viewer_ui_event: %s was not shown\n", qPrintable(next->path()));
+            std::fprintf(stderr, "bench_viewer_step_ui_event: %s was not shown\n", qPrintable(next->path()));
             return 1;
         }
         window->window()->repaint();
