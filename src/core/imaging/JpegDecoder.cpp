@@ -34,7 +34,7 @@ QSize size(const char *data, qsizetype length)
     return QSize(width, height);
 }
 
-QImage decode(const char *data, qsizetype length, QSize fitSize, qint64 memoryLimit, QString *error)
+QImage decode(const char *data, qsizetype length, QSize fitSize, qint64 memoryLimit, QString *error, QString *warning)
 {
     tjhandle handle = threadHandle();
     if (!handle) {
@@ -89,6 +89,8 @@ QImage decode(const char *data, qsizetype length, QSize fitSize, qint64 memoryLi
             *error = QStringLiteral("damaged JPEG: %1").arg(QString::fromUtf8(tjGetErrorStr2(handle)));
             return {};
         }
+        if (warning)
+            *warning = QString::fromUtf8(tjGetErrorStr2(handle));
     }
     return image;
 }

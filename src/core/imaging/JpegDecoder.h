@@ -16,7 +16,9 @@ QSize size(const char *data, qsizetype length);
 
 // Decodes `data` (a whole JPEG stream). Refuses, before allocating, an output larger than
 // `memoryLimit` bytes. The result may still be larger than `fitSize` (the nearest DCT scale);
-// the caller scales it down. Not oriented.
-QImage decode(const char *data, qsizetype length, QSize fitSize, qint64 memoryLimit, QString *error);
+// the caller scales it down. Not oriented. `warning`, when given, receives the decoder's warning
+// about a file that decoded only in part (truncated or damaged scan data).
+QImage decode(const char *data, qsizetype length, QSize fitSize, qint64 memoryLimit, QString *error,
+              QString *warning = nullptr);
 
 } // namespace JpegDecoder

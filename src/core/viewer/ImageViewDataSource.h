@@ -11,6 +11,7 @@
 #include <QSize>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
 class DecodedImageCache;
@@ -117,6 +118,9 @@ public:
     // The quality a request for `neededPixels` leads to: scaled when a reduced decode covers it,
     // full when only the whole image does.
     Quality qualityNeededFor(QSize neededPixels) const;
+    // Stops the steps that have not started yet and ignores the results of those running (the
+    // view moved on to another file); the picture held stays. A later request starts afresh.
+    void cancelLoading();
     // Forgets the picture (the owner's trimming): image null, size empty, loaded and completion
     // flags false; a running step's result is dropped. The view state stays.
     void dropImage();
@@ -136,8 +140,14 @@ private:
     void startPreviewStep();
     void startDecodeStep(QSize neededPixels, Quality quality);
     void finishStep(const StepResult &result, quint64 generation);
+    void finishPreview(const StepResult &step);
+    void finishDecode(const StepResult &step);
     void adopt(const QImage &image, Quality quality);
-    void updateLoading();
+    void newGeneration();
+    // The part of a need that a picture must cover: the image fitted into the box, never larger
+    // than the image (the box itself while the image's size is unknown).
+    QSize fittedNeed(QSize neededPixels) const;
+    void updateLoadedAndNotify();
 
     PXFilePtr m_file;
     QByteArray m_nativePath;
@@ -160,8 +170,10 @@ private:
 
     DecodedImageCache *m_cache = nullptr;
     qint64 m_memoryLimit = 0;
-    // Dropping the picture starts a new generation: results of an older one are ignored.
+    // Dropping the picture or cancelling starts a new generation: results of an older one are
+    // ignored, and steps of an older one that have not started yet do not run.
     quint64 m_generation = 0;
+    std::shared_ptr<std::atomic_bool> m_cancelled;
     bool m_previewRunning = false;
     // The decode running and the one waiting behind it (empty size: none).
     QSize m_decodeRunningFor;

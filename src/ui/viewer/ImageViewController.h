@@ -125,7 +125,7 @@ private:
     void runImageReady();
     void fitUpdate(bool animated);
     void setCurrentlySticky(bool sticky);
-    void applyMagnification(double magnification, bool animated, std::optional<QPointF> anchor = {});
+    void setZoomAt(double zoomLevel, std::optional<QPointF> anchor);
     void requestNeededPicture();
     void showPicture();
     void move(int dx, int dy);

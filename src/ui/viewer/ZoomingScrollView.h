@@ -11,8 +11,8 @@
 class ImageView;
 class QVariantAnimation;
 
-// The scroll view of an image viewer: both scroll bars appear only when needed, no frame, and
-// the ImageView as its viewport. It keeps the view's geometry (ZoomState: magnification between
+// The scroll view of an image viewer: no frame, scroll bars that track the position but stay
+// hidden, and the ImageView as its viewport. It keeps the view's geometry (ZoomState: magnification between
 // 0.001 and 100, rotation, scroll position, an image smaller than the view kept centred) and
 // turns the scroll bars, drags and keys into scroll positions.
 //
@@ -63,13 +63,17 @@ Q_SIGNALS:
     // The shown magnification changed (also at every animation step).
     void magnificationChanged(double magnification);
     void doubleClicked(QPointF viewportPoint);
-    // A pinch or ctrl+wheel is going on: the owner follows it live; ended with the final value.
+    // A pinch has ended at this magnification (shown live while it went on).
     void liveMagnificationEnded(double magnification);
+    // Ctrl+wheel: the owner zooms by `factor` about `anchor` (viewport coordinates).
+    void zoomRequested(double factor, QPointF anchor);
     // The scroll position changed (by a drag, the scroll bars or a key).
     void scrolled();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
     bool viewportEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
@@ -81,7 +85,7 @@ protected:
 private:
     void applyMagnification(double magnification, QPointF anchor);
     void syncScrollBars();
-    void stateChanged();
+    void syncViewportSize();
 
     ImageView *m_imageView = nullptr;
     ZoomState m_state;

@@ -1,0 +1,201 @@
+#include "core/app/Dispatch.h"
+#include "core/model/PXFile.h"
+#include "core/viewer/ColorTransform.h"
+#include "core/viewer/DecodedImageCache.h"
+#include "core/viewer/ImageLoading.h"
+#include "core/viewer/ImageViewDataSource.h"
+
+#include "support/CameraJpegs.h"
+#include "support/TestDir.h"
+#include "support/TestImages.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QColorTransform>
+#include <QFile>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+// Loading a file's picture in steps, off the GUI thread, from camera-like JPEGs and from files
+// that are damaged, unreadable or very large.
+
+namespace {
+
+using Quality = ImageViewDataSource::Quality;
+
+class ImageViewDataSourceTest : public ::testing::Test
+{
+protected:
+    ImageViewDataSourcePtr sourceFor(const QString &path)
+    {
+        const ImageViewDataSourcePtr dataSource = ImageViewDataSource::create(PXFile::fileForPath(path));
+        dataSource->setImageCache(&imageCache);
+        return dataSource;
+    }
+
+    static bool waitForQuality(const ImageViewDataSourcePtr &dataSource, Quality quality)
+    {
+        return waitUntil([&] { return dataSource->imageQuality() >= quality && !dataSource->imageLoading(); }, 20000);
+    }
+
+    TestDir dir;
+    DecodedImageCache imageCache;
+};
+
+} // namespace
+
+TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThenWhole)
+{
+    const QString path =
+        CameraJpegs::write(dir.filePath(QStringLiteral("IMG_0001.JPG")), QSize(3000, 2000), QSize(160, 120),
+                           QSize(1200, 800));
+    const ImageViewDataSourcePtr dataSource = sourceFor(path);
+    QList<Quality> seen;
+    QObject::connect(dataSource.get(), &ImageViewDataSource::changed, [&] {
+        if (seen.isEmpty() || seen.last() != dataSource->imageQuality())
+            seen.append(dataSource->imageQuality());
+    });
+
+    // Only the first steps: the preview, with the image's full size.
+    dataSource->requestImage({});
+    ASSERT_TRUE(waitUntil([&] { return dataSource->thumbnailRequestCompleted(); }));
+    EXPECT_EQ(dataSource->imageQuality(), Quality::preview);
+    EXPECT_EQ(dataSource->imageSize(), QSize(3000, 2000));
+    EXPECT_EQ(dataSource->image().size(), QSize(1080, 720)); // capped preview
+    EXPECT_TRUE(dataSource->imageLoaded());
+    // The MPF preview was painted dark blue, the main image not.
+    EXPECT_LT(qGreen(dataSource->image().pixel(800, 600)), 40);
+
+    // At the size of an 800 x 600 view: a reduced decode, not the whole image.
+    dataSource->requestImage(QSize(800, 600));
+    ASSERT_TRUE(waitForQuality(dataSource, Quality::scaled));
+    EXPECT_EQ(dataSource->imageQuality(), Quality::scaled);
+    EXPECT_EQ(dataSource->image().size(), QSize(800, 533));
+    EXPECT_TRUE(dataSource->imageLoadRequestCompleted());
+    EXPECT_TRUE(dataSource->covers(QSize(800, 600)));
+    EXPECT_FALSE(dataSource->covers(QSize(1600, 1200)));
+
+    // Zoomed past the fit: the whole image.
+    dataSource->requestImage(QSize(3000, 2000));
+    ASSERT_TRUE(waitForQuality(dataSource, Quality::full));
+    EXPECT_EQ(dataSource->image().size(), QSize(3000, 2000));
+    EXPECT_EQ(seen, (QList<Quality> {Quality::none, Quality::preview, Quality::scaled, Quality::full}));
+    EXPECT_TRUE(dataSource->notice().isEmpty());
+
+    // Another viewer's data source for the file starts from the cache, whole at once.
+    const ImageViewDataSourcePtr again = sourceFor(path);
+    again->requestImage(QSize(800, 600));
+    EXPECT_EQ(again->imageQuality(), Quality::full);
+    EXPECT_TRUE(again->imageLoaded());
+    EXPECT_FALSE(again->imageLoading());
+}
+
+TEST_F(ImageViewDataSourceTest, APictureDroppedOrCancelledIgnoresTheResultsStillRunning)
+{
+    const QString path = CameraJpegs::write(dir.filePath(QStringLiteral("DSC_0002.JPG")), QSize(3000, 2000), QSize(),
+                                            QSize(1200, 800));
+    const ImageViewDataSourcePtr dataSource = sourceFor(path);
+    dataSource->requestImage(QSize(3000, 2000));
+    EXPECT_TRUE(dataSource->imageLoading());
+    dataSource->dropImage();
+    EXPECT_FALSE(dataSource->imageLoading());
+    // What was running finishes on the pool, and is not taken.
+    QThreadPool *pool = namedThreadPool(QStringLiteral("Image Viewer"));
+    pool->waitForDone();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(dataSource->imageQuality(), Quality::none);
+    EXPECT_TRUE(dataSource->image().isNull());
+    EXPECT_FALSE(dataSource->imageLoaded());
+    EXPECT_EQ(imageCache.find(dataSource->nativePath()).quality, Quality::none);
+
+    // Asked again, it loads afresh.
+    dataSource->requestImage(QSize(600, 400));
+    ASSERT_TRUE(waitForQuality(dataSource, Quality::scaled));
+}
+
+TEST_F(ImageViewDataSourceTest, BadFilesSayWhyInPlaceAndPartialOnesShowWhatDecoded)
+{
+    // Truncated in its scan: the top decodes, and a notice says the rest is missing.
+    const ImageViewDataSourcePtr truncated = sourceFor(TestImages::dataFile(QStringLiteral("truncated-in-scan.jpg")));
+    truncated->requestImage(QSize(320, 240));
+    ASSERT_TRUE(waitForQuality(truncated, Quality::full));
+    EXPECT_EQ(truncated->image().size(), QSize(320, 240));
+    EXPECT_FALSE(truncated->notice().isEmpty());
+    EXPECT_TRUE(truncated->errorMessage().isEmpty());
+
+    // Not an image, and no file at all: loaded, with a message instead of a picture.
+    const QString garbage = dir.write(QStringLiteral("notes.jpg"), QByteArray("this is not a picture at all"));
+    for (const QString &path : {garbage, dir.filePath(QStringLiteral("gone.jpg"))}) {
+        const ImageViewDataSourcePtr bad = sourceFor(path);
+        bad->requestImage(QSize(800, 600));
+        ASSERT_TRUE(waitUntil([&] { return bad->imageLoaded() && !bad->imageLoading(); })) << qPrintable(path);
+        EXPECT_TRUE(bad->image().isNull());
+        EXPECT_FALSE(bad->errorMessage().isEmpty()) << qPrintable(path);
+    }
+}
+
+TEST_F(ImageViewDataSourceTest, AHugeJpegIsDecodedReducedWithinTheMemoryLimit)
+{
+    TestImages::JpegOptions options;
+    options.sizeInHeaderOnly = true;
+    const QString path = TestImages::writeJpeg(dir.filePath(QStringLiteral("pano.jpg")), QSize(30000, 30000), options);
+    const ImageViewDataSourcePtr dataSource = sourceFor(path);
+    // 64 MB: the whole image would need 3.6 GB.
+    const qint64 limit = qint64(64) * 1024 * 1024;
+    dataSource->setMemoryLimit(limit);
+    dataSource->requestImage(QSize(30000, 30000));
+    ASSERT_TRUE(waitUntil([&] { return dataSource->imageLoaded() && !dataSource->imageLoading(); }, 60000));
+    EXPECT_TRUE(dataSource->errorMessage().isEmpty()) << qPrintable(dataSource->errorMessage());
+    EXPECT_EQ(dataSource->imageSize(), QSize(30000, 30000));
+    EXPECT_EQ(dataSource->imageQuality(), Quality::full);
+    EXPECT_FALSE(dataSource->image().isNull());
+    EXPECT_LE(dataSource->image().sizeInBytes(), limit);
+    EXPECT_EQ(dataSource->image().size(), QSize(3750, 3750));
+
+    const QSize within = ImageLoading::sizeWithinMemory(QSize(30000, 20000), limit);
+    EXPECT_LE(qint64(within.width()) * within.height() * 4, limit);
+    EXPECT_GT(qint64(within.width()) * within.height() * 4, limit * 0.99);
+    EXPECT_NEAR(double(within.width()) / within.height(), 1.5, 0.001);
+    EXPECT_EQ(ImageLoading::sizeWithinMemory(QSize(300, 200), limit), QSize(300, 200));
+}
+
+TEST_F(ImageViewDataSourceTest, AnEmbeddedProfileIsConvertedToSrgb)
+{
+    // A flat Adobe RGB picture with its profile in APP2, as cameras set to Adobe RGB write it.
+    const QColor stored(60, 170, 90);
+    QImage image(64, 48, QImage::Format_RGB32);
+    image.fill(stored);
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG", 100);
+    const QByteArray profile = QColorSpace(QColorSpace::AdobeRgb).iccProfile();
+    ASSERT_FALSE(profile.isEmpty());
+    // Split in two chunks, as long profiles are.
+    const qsizetype half = profile.size() / 2;
+    QByteArray segments;
+    for (int chunk = 1; chunk <= 2; ++chunk) {
+        const QByteArray part = chunk == 1 ? profile.left(half) : profile.mid(half);
+        const int length = 2 + 14 + int(part.size());
+        segments += QByteArray("\xFF\xE2", 2) + char(length >> 8) + char(length & 0xFF)
+            + QByteArray("ICC_PROFILE\0", 12) + char(chunk) + char(2) + part;
+    }
+    jpeg.insert(2, segments);
+    const QString path = dir.write(QStringLiteral("adobe.jpg"), jpeg);
+    EXPECT_EQ(ColorTransform::jpegIccProfile(jpeg.left(2 + segments.size())), profile);
+    // A missing chunk is no profile.
+    const qsizetype secondChunk = 2 + 2 + 2 + 14 + half;
+    EXPECT_TRUE(ColorTransform::jpegIccProfile(jpeg.left(2) + jpeg.mid(secondChunk)).isEmpty());
+
+    const ImageLoading::Result result = ImageLoading::decode(QFile::encodeName(path), {}, 1 << 26);
+    ASSERT_FALSE(result.image.isNull()) << qPrintable(result.error);
+    const QColor shown = result.image.pixelColor(32, 24);
+    const QColor expected =
+        QColorSpace(QColorSpace::AdobeRgb).transformationToColorSpace(QColorSpace::SRgb).map(stored);
+    EXPECT_NEAR(shown.red(), expected.red(), 6);
+    EXPECT_NEAR(shown.green(), expected.green(), 6);
+    EXPECT_NEAR(shown.blue(), expected.blue(), 6);
+    // The conversion is visible: Adobe RGB's green is far wider than sRGB's.
+    EXPECT_GT(std::abs(shown.red() - stored.red()) + std::abs(shown.blue() - stored.blue()), 10);
+}
