@@ -6,6 +6,7 @@
 #include <QWidget>
 
 class QLabel;
+class QMenu;
 class QSlider;
 class QTimer;
 class QToolButton;
@@ -69,7 +70,9 @@ private:
     void updatePosition();
     void updateAudio();
     void updateRate();
+    void updateEnabled();
     void scheduleHide();
+    void hideIfResting();
     bool mayHide() const;
 
     QPointer<VideoView> m_view;
@@ -84,8 +87,11 @@ private:
     QToolButton *m_mute = nullptr;
     QSlider *m_volume = nullptr;
     QTimer *m_hideTimer = nullptr;
+    // Coalesces the seeks of a dragged seek bar.
+    QTimer *m_seekTimer = nullptr;
     bool m_autohide = true;
     bool m_pointerInside = false;
-    // Set while the seek bar is dragged: the video's own position does not move the handle.
-    bool m_seeking = false;
+    // Set while the view's own position or duration moves the seek bar, which then asks for no
+    // seek.
+    bool m_followingView = false;
 };
