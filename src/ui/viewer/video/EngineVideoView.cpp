@@ -13,7 +13,13 @@ EngineVideoView::~EngineVideoView()
 {
     // The engine goes first: once it is destroyed no handler runs, so nothing can be posted to
     // this object any more.
+    stopEngine();
+}
+
+void EngineVideoView::stopEngine()
+{
     m_engine.reset();
+    m_open = false;
 }
 
 bool EngineVideoView::ensureEngine()

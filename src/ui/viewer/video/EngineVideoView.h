@@ -40,6 +40,9 @@ protected:
         Q_UNUSED(frame);
         Q_UNUSED(generation);
     }
+    // Destroys the engine: no handler runs afterwards. A subclass whose handlers use its own
+    // members calls it first thing in its destructor.
+    void stopEngine();
     // The engine of the current load; null before the first load or when it could not be made.
     VideoEngine *engine() const { return m_engine.get(); }
     // Which load reports belong to; bumped at every open and close.

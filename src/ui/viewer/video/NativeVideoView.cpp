@@ -2,6 +2,7 @@
 
 #include <QMutexLocker>
 #include <QPainter>
+#include <QRegion>
 
 namespace {
 
@@ -23,7 +24,11 @@ NativeVideoView::NativeVideoView(QWidget *parent)
     m_slot->target = targetSize();
 }
 
-NativeVideoView::~NativeVideoView() = default;
+NativeVideoView::~NativeVideoView()
+{
+    // The engine's thread hands pictures to this object's members: stop it while they exist.
+    stopEngine();
+}
 
 void NativeVideoView::openMedia(const QString &path)
 {

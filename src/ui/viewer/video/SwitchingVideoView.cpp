@@ -22,7 +22,10 @@ SwitchingVideoView::SwitchingVideoView(std::optional<VideoPlayerSource> source, 
 
 SwitchingVideoView::~SwitchingVideoView()
 {
-    // The players go before this view's own members, and say nothing more on the way.
+    // The controls first (they watch this view's events), then the players, which say nothing
+    // more on the way.
+    delete m_controls;
+    m_controls = nullptr;
     for (VideoView *player : {m_native, m_vlc}) {
         if (player) {
             player->disconnect(this);

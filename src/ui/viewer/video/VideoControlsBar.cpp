@@ -3,10 +3,12 @@
 #include "ui/common/ThemeIcons.h"
 #include "ui/viewer/video/VideoView.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QEnterEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QMenu>
 #include <QPainter>
 #include <QSlider>
@@ -130,7 +132,8 @@ void VideoControlsBar::buildControls()
     m_rate->setPopupMode(QToolButton::InstantPopup);
     auto *rates = new QMenu(m_rate);
     for (const double rate : VideoView::rateSteps) {
-        rates->addAction(formatRate(rate), this, [this, rate] {
+        QAction *action = rates->addAction(formatRate(rate));
+        connect(action, &QAction::triggered, this, [this, rate] {
             if (m_view)
                 m_view->setPlaybackRate(rate);
         });

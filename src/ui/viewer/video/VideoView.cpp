@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 namespace {
 
@@ -203,16 +205,17 @@ void VideoView::setMuted(bool muted)
 
 void VideoView::reportOpened(qint64 duration, double frameRate)
 {
-    if (m_path.isEmpty() || !m_errorMessage.isEmpty())
+    if (m_path.isEmpty() || !m_errorMessage.isEmpty() || m_canPlay)
         return;
     m_frameRate = frameRate;
     reportDuration(duration);
-    setCanPlay(true);
-    setState(VideoState::paused);
-    if (m_playWhenReady) {
-        m_playWhenReady = false;
+    // The player is told before anyone hears of it, so that a listener's play() is the last word.
+    if (std::exchange(m_playWhenReady, false))
         playMedia();
-    }
+    else
+        pauseMedia();
+    setState(VideoState::paused);
+    setCanPlay(true);
 }
 
 void VideoView::reportDuration(qint64 duration)

@@ -1,6 +1,7 @@
 // Built into the pixcove_qtmedia module only: the one file that sees Qt Multimedia.
 #include "ui/viewer/video/VideoEngine.h"
 
+#include <QAudio>
 #include <QAudioOutput>
 #include <QCoreApplication>
 #include <QFile>
@@ -11,6 +12,7 @@
 #include <QVideoFrame>
 #include <QVideoSink>
 
+#include <algorithm>
 #include <memory>
 
 namespace {

@@ -6,6 +6,7 @@
 #include <vlc/vlc.h>
 
 #include <atomic>
+#include <iterator>
 #include <memory>
 
 namespace {
