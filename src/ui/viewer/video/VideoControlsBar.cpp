@@ -272,6 +272,11 @@ void VideoControlsBar::setAutohide(bool autohide)
         reveal();
 }
 
+void VideoControlsBar::setAutohideDelay(int milliseconds)
+{
+    m_hideTimer->setInterval(milliseconds);
+}
+
 void VideoControlsBar::reveal()
 {
     if (!m_view || !m_view->canPlay())

@@ -36,6 +36,8 @@ public:
     // playing.
     void reveal();
     static constexpr int autohideDelayMs = 2000; // long enough to reach the bar with the pointer
+    // Another delay (tests).
+    void setAutohideDelay(int milliseconds);
 
     // Lays the bar along the bottom of `area` (the view's rectangle).
     void placeIn(const QRect &area);

@@ -2,12 +2,15 @@
 #include "ui/viewer/video/VideoEngine.h"
 
 #include <QCoreApplication>
+#include <QObject>
 
 #include <vlc/vlc.h>
 
 #include <atomic>
 #include <iterator>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 namespace {
 
@@ -106,10 +109,26 @@ public:
             start(false);
             return;
         }
+        {
+            // Before the file has held on its first picture a resume would be undone by that
+            // hold: it is asked for once the hold is reported.
+            std::lock_guard lock(m_startMutex);
+            if (!m_heldAtStart) {
+                m_playAfterHold = true;
+                return;
+            }
+        }
         libvlc_media_player_set_pause(m_player, 0);
     }
 
-    void pause() override { libvlc_media_player_set_pause(m_player, 1); }
+    void pause() override
+    {
+        {
+            std::lock_guard lock(m_startMutex);
+            m_playAfterHold = false;
+        }
+        libvlc_media_player_set_pause(m_player, 1);
+    }
 
     void seek(qint64 position) override
     {
@@ -157,6 +176,11 @@ private:
     void start(bool paused)
     {
         libvlc_media_player_stop(m_player);
+        {
+            std::lock_guard lock(m_startMutex);
+            m_heldAtStart = !paused;
+            m_playAfterHold = false;
+        }
         libvlc_media_t *media = libvlc_media_new_path(m_instance, m_path.constData());
         if (!media) {
             send({EventType::failed, 0, 0, tr("VLC could not open the file.")});
@@ -173,6 +197,21 @@ private:
         libvlc_media_player_set_rate(m_player, static_cast<float>(m_rate));
         if (libvlc_media_player_play(m_player) != 0)
             send({EventType::failed, 0, 0, tr("VLC could not start playing the file.")});
+    }
+
+    // A thread of libvlc's: the file holds on its first picture; resume it if play() came first.
+    void heldAtStart()
+    {
+        std::lock_guard lock(m_startMutex);
+        if (m_heldAtStart)
+            return;
+        m_heldAtStart = true;
+        if (!std::exchange(m_playAfterHold, false))
+            return;
+        // libvlc may not be called from its own callbacks: resume from the GUI thread. The
+        // context goes with the engine, and with it any resume still queued.
+        QMetaObject::invokeMethod(
+            m_context.get(), [this] { libvlc_media_player_set_pause(m_player, 0); }, Qt::QueuedConnection);
     }
 
     void applyAudio()
@@ -197,6 +236,8 @@ private:
         switch (event.type) {
         case libvlc_MediaPlayerPlaying:
         case libvlc_MediaPlayerPaused:
+            if (event.type == libvlc_MediaPlayerPaused)
+                heldAtStart();
             if (!m_opened.exchange(true)) {
                 send({EventType::opened, m_length.load()});
                 if (event.type == libvlc_MediaPlayerPaused)
@@ -237,6 +278,11 @@ private:
     bool m_muted = false;
     double m_rate = 1.0;
     QByteArray m_path;
+    // Lives on the GUI thread, for resuming from there.
+    std::unique_ptr<QObject> m_context = std::make_unique<QObject>();
+    std::mutex m_startMutex;
+    bool m_heldAtStart = true;
+    bool m_playAfterHold = false;
     std::atomic<bool> m_opened = false;
     std::atomic<bool> m_ended = false;
     std::atomic<bool> m_failed = false;
