@@ -180,6 +180,7 @@ private:
             std::lock_guard lock(m_startMutex);
             m_heldAtStart = !paused;
             m_playAfterHold = false;
+            ++m_starts;
         }
         libvlc_media_t *media = libvlc_media_new_path(m_instance, m_path.constData());
         if (!media) {
@@ -211,7 +212,12 @@ private:
         // libvlc may not be called from its own callbacks: resume from the GUI thread. The
         // context goes with the engine, and with it any resume still queued.
         QMetaObject::invokeMethod(
-            m_context.get(), [this] { libvlc_media_player_set_pause(m_player, 0); }, Qt::QueuedConnection);
+            m_context.get(),
+            [this, start = m_starts] {
+                if (start == m_starts) // not another file meanwhile
+                    libvlc_media_player_set_pause(m_player, 0);
+            },
+            Qt::QueuedConnection);
     }
 
     void applyAudio()
@@ -283,6 +289,7 @@ private:
     std::mutex m_startMutex;
     bool m_heldAtStart = true;
     bool m_playAfterHold = false;
+    quint64 m_starts = 0; // written on the GUI thread only
     std::atomic<bool> m_opened = false;
     std::atomic<bool> m_ended = false;
     std::atomic<bool> m_failed = false;
