@@ -120,7 +120,12 @@ void EngineVideoView::handleEvent(const VideoEngine::Event &event, quint64 gener
     switch (event.type) {
     case VideoEngine::EventType::opened: reportOpened(event.time, event.rate); break;
     case VideoEngine::EventType::durationChanged: reportDuration(event.time); break;
-    case VideoEngine::EventType::positionChanged: reportPosition(event.time); break;
+    case VideoEngine::EventType::positionChanged:
+        // A player that rewinds as it stops at the end does not move the position of a finished
+        // video; a seek from there moves it.
+        if (videoState() != VideoState::finished)
+            reportPosition(event.time);
+        break;
     case VideoEngine::EventType::playing: reportPlaying(); break;
     case VideoEngine::EventType::paused: reportPaused(); break;
     case VideoEngine::EventType::finished: reportFinished(); break;
