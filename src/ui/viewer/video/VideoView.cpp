@@ -285,7 +285,10 @@ void VideoView::showFailureMessage(const QString &message)
 
 QString VideoView::failureMessage(const QString &reason)
 {
-    return tr("This video cannot be played: %1").arg(reason);
+    QString sentence = reason.trimmed();
+    if (!sentence.isEmpty() && !sentence.endsWith(QLatin1Char('.')) && !sentence.endsWith(QLatin1Char(')')))
+        sentence += QLatin1Char('.');
+    return tr("This video cannot be played: %1").arg(sentence);
 }
 
 void VideoView::paintEvent(QPaintEvent *)
