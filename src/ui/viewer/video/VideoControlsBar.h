@@ -6,6 +6,7 @@
 #include <QWidget>
 
 class QLabel;
+class QMenu;
 class QSlider;
 class QTimer;
 class QToolButton;
@@ -35,6 +36,8 @@ public:
     // playing.
     void reveal();
     static constexpr int autohideDelayMs = 2000; // long enough to reach the bar with the pointer
+    // Another delay (tests).
+    void setAutohideDelay(int milliseconds);
 
     // Lays the bar along the bottom of `area` (the view's rectangle).
     void placeIn(const QRect &area);
@@ -69,7 +72,9 @@ private:
     void updatePosition();
     void updateAudio();
     void updateRate();
+    void updateEnabled();
     void scheduleHide();
+    void hideIfResting();
     bool mayHide() const;
 
     QPointer<VideoView> m_view;
@@ -84,8 +89,11 @@ private:
     QToolButton *m_mute = nullptr;
     QSlider *m_volume = nullptr;
     QTimer *m_hideTimer = nullptr;
+    // Coalesces the seeks of a dragged seek bar.
+    QTimer *m_seekTimer = nullptr;
     bool m_autohide = true;
     bool m_pointerInside = false;
-    // Set while the seek bar is dragged: the video's own position does not move the handle.
-    bool m_seeking = false;
+    // Set while the view's own position or duration moves the seek bar, which then asks for no
+    // seek.
+    bool m_followingView = false;
 };

@@ -24,7 +24,7 @@ public:
         playing,
         paused,
         finished,
-        firstFrame, // a picture of the file is on screen (or was handed to the frame handler)
+        firstFrame, // engines that draw into a window: the first picture of the file is there
         failed, // `text` says why
     };
     struct Event
