@@ -58,6 +58,11 @@ void AuxiliaryWindowsManager::openAboutWindow(QWidget *parent)
     box->show();
 }
 
+QuickviewWindowController *AuxiliaryWindowsManager::quickviewWindowController() const
+{
+    return m_quickviewWindowController;
+}
+
 void AuxiliaryWindowsManager::toggleQuickview()
 {
     if (m_quickviewWindowController) {

@@ -38,7 +38,7 @@ public:
     void toggleQuickview();
     // Opens the quick view unless it is open.
     void showQuickview();
-    QuickviewWindowController *quickviewWindowController() const { return m_quickviewWindowController; }
+    QuickviewWindowController *quickviewWindowController() const;
 
     void windowControllerWillClose(QObject *controller) override;
 

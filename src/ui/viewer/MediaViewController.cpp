@@ -109,6 +109,11 @@ VideoView *MediaViewController::currentVideoChild() const
     return nullptr;
 }
 
+ImageViewController *MediaViewController::waitingForLoadingChild() const
+{
+    return m_waitingForLoadingChild;
+}
+
 ImageViewController *MediaViewController::otherImageChild() const
 {
     return m_imageChildren[0] == m_currentChild ? m_imageChildren[1] : m_imageChildren[0];

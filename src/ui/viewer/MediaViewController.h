@@ -81,7 +81,7 @@ public:
     bool isShowingImage() const { return currentImageChild() != nullptr; }
     bool isShowingVideo() const { return currentVideoChild() != nullptr; }
     // The image child that is loading the next file before the switch; null when none waits.
-    ImageViewController *waitingForLoadingChild() const { return m_waitingForLoadingChild; }
+    ImageViewController *waitingForLoadingChild() const;
     // The running transition, 0 when none runs.
     quint64 animationID() const { return m_animationID; }
     // The view state of `file`, null when it was never shown (or has been trimmed away).

@@ -5,10 +5,10 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QWidget>
 
 class AppSettings;
 class MediaViewController;
-class QWidget;
 class WindowManager;
 
 // One image window: a window of its own that shows one file of a set given to it (the files

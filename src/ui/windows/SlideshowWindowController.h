@@ -6,6 +6,7 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QWidget>
 
 #include <atomic>
 #include <memory>
@@ -14,7 +15,6 @@ class AppSettings;
 class MediaViewController;
 class QLabel;
 class QTimer;
-class QWidget;
 class SlideshowControls;
 class WindowManager;
 
