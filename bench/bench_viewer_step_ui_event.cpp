@@ -82,8 +82,8 @@ int main(int argc, char **argv)
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     const int count = argc > 2 ? std::atoi(argv[2]) : 500;
     QList<PXFilePtr> files;
-    for (const QString &name : folder.entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG")}, QDir::Files,
-                                                QDir::Name)) {
+    for (const QString &name :
+         folder.entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG")}, QDir::Files, QDir::Name)) {
         files.append(PXFile::fileForPath(folder.absoluteFilePath(name)));
         if (files.size() == count)
             break;
@@ -142,8 +142,7 @@ int main(int argc, char **argv)
     std::printf("steps: %zu pictures of %s, window 1280 x 800\n", stepMs.size() + 1, argv[1]);
     std::printf("key to painted next picture: median %.1f ms, 95th percentile %.1f ms, worst %.1f ms; "
                 "%d of %zu within 16 ms\n",
-                percentile(stepMs, 0.5), percentile(stepMs, 0.95), percentile(stepMs, 1.0), withinFrame,
-                stepMs.size());
+                percentile(stepMs, 0.5), percentile(stepMs, 0.95), percentile(stepMs, 1.0), withinFrame, stepMs.size());
     std::printf("picture ahead decoded after: median %.1f ms (%d not ready within 2 s)\n", percentile(aheadMs, 0.5),
                 notPrefetched);
     std::printf("resident memory after the steps: %ld MB (peak %ld MB)\n", statusKilobytes("VmRSS:") / 1024,

@@ -438,9 +438,9 @@ struct XmpIptcRule
 
 // In order of precedence: a headline of its own before the title.
 constexpr XmpIptcRule XmpIptcRules[] = {
-    {"Xmp.dc.subject", "Keywords", true},       {"Xmp.dc.description", "Caption/Abstract", false},
-    {"Xmp.dc.title", "ObjectName", false},      {"Xmp.photoshop.Headline", "Headline", false},
-    {"Xmp.dc.title", "Headline", false},        {"Xmp.dc.creator", "Byline", false},
+    {"Xmp.dc.subject", "Keywords", true},  {"Xmp.dc.description", "Caption/Abstract", false},
+    {"Xmp.dc.title", "ObjectName", false}, {"Xmp.photoshop.Headline", "Headline", false},
+    {"Xmp.dc.title", "Headline", false},   {"Xmp.dc.creator", "Byline", false},
 };
 
 void readXmpIptc(const Exiv2::XmpData &xmp, ImageMetadata *metadata)

@@ -18,10 +18,7 @@ struct Lister
 
     bool stopped() const { return cancelled && cancelled->load(std::memory_order_relaxed); }
 
-    bool shows(const PXFilePtr &file) const
-    {
-        return file->isImage() || (options.includeVideos && file->isVideo());
-    }
+    bool shows(const PXFilePtr &file) const { return file->isImage() || (options.includeVideos && file->isVideo()); }
 
     // The files of `folder` in name order (with `byFolder`, each subfolder's after them), down
     // to `depth` more levels.

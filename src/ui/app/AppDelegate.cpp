@@ -8,9 +8,9 @@
 #include "ui/app/ActivitiesGate.h"
 #include "ui/app/AuxiliaryWindowsManager.h"
 #include "ui/app/ImageWindowsManager.h"
-#include "ui/app/SlideshowWindowsManager.h"
 #include "ui/app/MainWindowsManager.h"
 #include "ui/app/ServicesProvider.h"
+#include "ui/app/SlideshowWindowsManager.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -73,7 +73,8 @@ void AppDelegate::registerCommands()
     registry.bindApplicationCommand(CommandId::goToSite).on(&AppDelegate::goToSite);
     registry.bindApplicationCommand(CommandId::goToReleaseNotes).on(&AppDelegate::goToReleaseNotes);
     registry.bindApplicationCommand(CommandId::terminate).on(&AppDelegate::requestQuit);
-    registry.bindApplicationCommand(CommandId::openQuickview).on(&AppDelegate::openQuickview, &AppDelegate::quickviewState);
+    registry.bindApplicationCommand(CommandId::openQuickview)
+        .on(&AppDelegate::openQuickview, &AppDelegate::quickviewState);
     registry.bindApplicationCommand(CommandId::startSlideshowWithOpenImageWindows)
         .on(&AppDelegate::startSlideshowWithOpenImageWindows, &AppDelegate::hasImageWindows);
     registry.bindApplicationCommand(CommandId::previousImageWindow)

@@ -8,9 +8,12 @@
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/viewer/MediaViewActionHandler.h"
 #include "ui/viewer/MediaViewController.h"
+#include "ui/viewer/video/VideoView.h"
 
+#include <QGuiApplication>
 #include <QSplitter>
 #include <QVBoxLayout>
+#include <QWindow>
 
 BrowserViewController::BrowserViewController(WindowSettingsPtr settings, QWidget *parent)
     : QWidget(parent)
@@ -29,9 +32,9 @@ BrowserViewController::BrowserViewController(WindowSettingsPtr settings, QWidget
 
     // The viewer's "next" and "previous" are the grid's.
     ThumbnailsActionHandler *pane = m_thumbnails->actionHandler();
-    m_viewer->actionHandler()->setStepper(
-        [pane](int step) { step > 0 ? pane->nextImageInBrowser() : pane->previousImageInBrowser(); },
-        [pane](int) { return pane->hasFiles(); });
+    m_viewer->actionHandler()
+        ->setStepper([pane](int step) { step > 0 ? pane->nextImageInBrowser() : pane->previousImageInBrowser(); },
+                     [pane](int) { return pane->hasFiles(); });
 
     connect(m_thumbnails, &ThumbnailsViewController::selectionChanged, this, [this](const QList<PXFilePtr> &files) {
         showSelection();
@@ -51,6 +54,15 @@ BrowserViewController::BrowserViewController(WindowSettingsPtr settings, QWidget
     });
     if (AppSettings *app = SettingsManager::shared().settings())
         connect(app, &AppSettings::thumbnailBackgroundColorChanged, this, &BrowserViewController::applyViewerSettings);
+    // A video beside the grid pauses when its window is no longer the one in front, if asked to.
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow *focus) {
+        const AppSettings *app = SettingsManager::shared().settings();
+        VideoView *video = m_viewer->currentVideoChild();
+        if (!video || !app || !app->thumbnailsPreviewPauseWhenLosingKey())
+            return;
+        if (!focus || focus != window()->windowHandle())
+            video->pause();
+    });
 }
 
 BrowserViewController::~BrowserViewController() = default;

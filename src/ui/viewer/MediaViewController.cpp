@@ -53,8 +53,8 @@ MediaViewController::MediaViewController(QWidget *parent)
     m_fade->setStartValue(0.0);
     m_fade->setEndValue(1.0);
     connect(m_fade, &QVariantAnimation::valueChanged, this, [this](const QVariant &value) {
-        if (auto *effect = m_currentChild ? qobject_cast<QGraphicsOpacityEffect *>(m_currentChild->graphicsEffect())
-                                          : nullptr)
+        if (auto *effect =
+                m_currentChild ? qobject_cast<QGraphicsOpacityEffect *>(m_currentChild->graphicsEffect()) : nullptr)
             effect->setOpacity(value.toDouble());
     });
     connect(m_fade, &QVariantAnimation::finished, this, &MediaViewController::finishTransition);
@@ -75,8 +75,8 @@ void MediaViewController::setSettings(const MediaViewSettings &settings)
     QPalette colors = palette();
     colors.setColor(QPalette::Window, settings.backgroundColor);
     // Text on the background: light on dark, dark on light.
-    colors.setColor(QPalette::WindowText, settings.backgroundColor.lightnessF() < 0.5 ? QColor(220, 220, 220)
-                                                                                     : QColor(40, 40, 40));
+    colors.setColor(QPalette::WindowText,
+                    settings.backgroundColor.lightnessF() < 0.5 ? QColor(220, 220, 220) : QColor(40, 40, 40));
     setPalette(colors);
     for (ImageViewController *child : m_imageChildren) {
         child->setBackgroundColor(settings.backgroundColor);

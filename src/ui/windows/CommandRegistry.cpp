@@ -79,8 +79,12 @@ void CommandRegistry::declareApplicationCommands()
     // The space bar, as in file managers; a text field still takes its spaces.
     add(CommandId::openQuickview, TITLE("Quick View")).key(Qt::Key_Space).checkable().ownedBy(app);
     add(CommandId::startSlideshowWithOpenImageWindows, TITLE("Slideshow With Open Image Windows")).ownedBy(app);
-    add(CommandId::previousImageWindow, TITLE("Previous Image Window")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketLeft).ownedBy(app);
-    add(CommandId::nextImageWindow, TITLE("Next Image Window")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketRight).ownedBy(app);
+    add(CommandId::previousImageWindow, TITLE("Previous Image Window"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketLeft)
+        .ownedBy(app);
+    add(CommandId::nextImageWindow, TITLE("Next Image Window"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketRight)
+        .ownedBy(app);
     // Windows that do not exist yet.
     add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
     add(CommandId::openActivityWindow, TITLE("Activity")).unavailable();
@@ -216,28 +220,52 @@ void CommandRegistry::declareViewerCommands()
         .checkable()
         .on(&V::scaleToFit, &V::scaleToFitState);
     add(CommandId::fitToScreen, TITLE("Fit Window to Image")).on(&V::fitToScreen, &V::canFitToScreen);
-    add(CommandId::zoomTo200Percent, TITLE("Zoom to 200%")).key(Qt::CTRL | Qt::Key_2).on(&V::zoomTo200Percent, &V::canChangeImage);
-    add(CommandId::zoomTo100Percent, TITLE("Zoom to 100%")).key(Qt::CTRL | Qt::Key_1).on(&V::zoomTo100Percent, &V::canChangeImage);
-    add(CommandId::zoomTo50Percent, TITLE("Zoom to 50%")).key(Qt::CTRL | Qt::Key_5).on(&V::zoomTo50Percent, &V::canChangeImage);
-    add(CommandId::zoomIn, TITLE("Zoom In")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus).on(&V::zoomIn, &V::canChangeImage);
-    add(CommandId::zoomOut, TITLE("Zoom Out")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus).on(&V::zoomOut, &V::canChangeImage);
+    add(CommandId::zoomTo200Percent, TITLE("Zoom to 200%"))
+        .key(Qt::CTRL | Qt::Key_2)
+        .on(&V::zoomTo200Percent, &V::canChangeImage);
+    add(CommandId::zoomTo100Percent, TITLE("Zoom to 100%"))
+        .key(Qt::CTRL | Qt::Key_1)
+        .on(&V::zoomTo100Percent, &V::canChangeImage);
+    add(CommandId::zoomTo50Percent, TITLE("Zoom to 50%"))
+        .key(Qt::CTRL | Qt::Key_5)
+        .on(&V::zoomTo50Percent, &V::canChangeImage);
+    add(CommandId::zoomIn, TITLE("Zoom In"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus)
+        .on(&V::zoomIn, &V::canChangeImage);
+    add(CommandId::zoomOut, TITLE("Zoom Out"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus)
+        .on(&V::zoomOut, &V::canChangeImage);
     add(CommandId::rotate180, TITLE("Rotate 180°")).on(&V::rotate180, &V::canChangeImage);
-    add(CommandId::rotateClockwise, TITLE("Rotate Clockwise")).key(Qt::CTRL | Qt::Key_R).on(&V::rotateClockwise, &V::canChangeImage);
+    add(CommandId::rotateClockwise, TITLE("Rotate Clockwise"))
+        .key(Qt::CTRL | Qt::Key_R)
+        .on(&V::rotateClockwise, &V::canChangeImage);
     add(CommandId::rotateCounterclockwise, TITLE("Rotate Counterclockwise"))
         .key(Qt::CTRL | Qt::Key_L)
         .on(&V::rotateCounterclockwise, &V::canChangeImage);
 
     // Keyboard image scrolling: with Alt and Shift, so that the arrows stay the grid's.
     const auto scroll = Qt::ALT | Qt::SHIFT;
-    add(CommandId::moveImageLeft, TITLE("Scroll Image Left")).key(scroll | Qt::Key_Left).on(&V::moveImageLeft, &V::canChangeImage);
-    add(CommandId::moveImageRight, TITLE("Scroll Image Right")).key(scroll | Qt::Key_Right).on(&V::moveImageRight, &V::canChangeImage);
-    add(CommandId::moveImageUp, TITLE("Scroll Image Up")).key(scroll | Qt::Key_Up).on(&V::moveImageUp, &V::canChangeImage);
-    add(CommandId::moveImageDown, TITLE("Scroll Image Down")).key(scroll | Qt::Key_Down).on(&V::moveImageDown, &V::canChangeImage);
+    add(CommandId::moveImageLeft, TITLE("Scroll Image Left"))
+        .key(scroll | Qt::Key_Left)
+        .on(&V::moveImageLeft, &V::canChangeImage);
+    add(CommandId::moveImageRight, TITLE("Scroll Image Right"))
+        .key(scroll | Qt::Key_Right)
+        .on(&V::moveImageRight, &V::canChangeImage);
+    add(CommandId::moveImageUp, TITLE("Scroll Image Up"))
+        .key(scroll | Qt::Key_Up)
+        .on(&V::moveImageUp, &V::canChangeImage);
+    add(CommandId::moveImageDown, TITLE("Scroll Image Down"))
+        .key(scroll | Qt::Key_Down)
+        .on(&V::moveImageDown, &V::canChangeImage);
     add(CommandId::moveImageUpLeft, TITLE("Scroll Image Up and Left")).on(&V::moveImageUpLeft, &V::canChangeImage);
     add(CommandId::moveImageUpRight, TITLE("Scroll Image Up and Right")).on(&V::moveImageUpRight, &V::canChangeImage);
-    add(CommandId::moveImageDownLeft, TITLE("Scroll Image Down and Left")).on(&V::moveImageDownLeft, &V::canChangeImage);
-    add(CommandId::moveImageDownRight, TITLE("Scroll Image Down and Right")).on(&V::moveImageDownRight, &V::canChangeImage);
-    add(CommandId::recenterImage, TITLE("Center Image")).key(scroll | Qt::Key_Home).on(&V::recenterImage, &V::canChangeImage);
+    add(CommandId::moveImageDownLeft, TITLE("Scroll Image Down and Left"))
+        .on(&V::moveImageDownLeft, &V::canChangeImage);
+    add(CommandId::moveImageDownRight, TITLE("Scroll Image Down and Right"))
+        .on(&V::moveImageDownRight, &V::canChangeImage);
+    add(CommandId::recenterImage, TITLE("Center Image"))
+        .key(scroll | Qt::Key_Home)
+        .on(&V::recenterImage, &V::canChangeImage);
     // Stepping through a viewer window's files; the main window steps through its grid instead.
     add(CommandId::nextImageInFolder, TITLE("Next Image in Folder"))
         .key(Qt::Key_Right)
@@ -248,13 +276,23 @@ void CommandRegistry::declareViewerCommands()
 
     // The video player.
     add(CommandId::videoPlayPause, TITLE("Play or Pause Video")).key(Qt::Key_K).on(&V::videoPlayPause, &V::hasVideo);
-    add(CommandId::videoFastBackward, TITLE("Fast Backward")).key(Qt::SHIFT | Qt::Key_J).on(&V::videoFastBackward, &V::hasVideo);
-    add(CommandId::videoFastForward, TITLE("Fast Forward")).key(Qt::SHIFT | Qt::Key_L).on(&V::videoFastForward, &V::hasVideo);
+    add(CommandId::videoFastBackward, TITLE("Fast Backward"))
+        .key(Qt::SHIFT | Qt::Key_J)
+        .on(&V::videoFastBackward, &V::hasVideo);
+    add(CommandId::videoFastForward, TITLE("Fast Forward"))
+        .key(Qt::SHIFT | Qt::Key_L)
+        .on(&V::videoFastForward, &V::hasVideo);
     add(CommandId::videoSlow, TITLE("Slow Down")).key(Qt::SHIFT | Qt::Key_K).on(&V::videoSlow, &V::hasVideo);
-    add(CommandId::videoJumpBackward15, TITLE("Jump Back 15 Seconds")).key(Qt::Key_J).on(&V::videoJumpBackward15, &V::hasVideo);
-    add(CommandId::videoJumpForward15, TITLE("Jump Forward 15 Seconds")).key(Qt::Key_L).on(&V::videoJumpForward15, &V::hasVideo);
+    add(CommandId::videoJumpBackward15, TITLE("Jump Back 15 Seconds"))
+        .key(Qt::Key_J)
+        .on(&V::videoJumpBackward15, &V::hasVideo);
+    add(CommandId::videoJumpForward15, TITLE("Jump Forward 15 Seconds"))
+        .key(Qt::Key_L)
+        .on(&V::videoJumpForward15, &V::hasVideo);
     add(CommandId::videoNextFrame, TITLE("Next Frame")).key(Qt::Key_Period).on(&V::videoNextFrame, &V::hasVideo);
-    add(CommandId::videoPreviousFrame, TITLE("Previous Frame")).key(Qt::Key_Comma).on(&V::videoPreviousFrame, &V::hasVideo);
+    add(CommandId::videoPreviousFrame, TITLE("Previous Frame"))
+        .key(Qt::Key_Comma)
+        .on(&V::videoPreviousFrame, &V::hasVideo);
     add(CommandId::videoMute, TITLE("Mute")).key(Qt::Key_M).on(&V::videoMute, &V::hasVideo);
     add(CommandId::videoVolumeDown, TITLE("Volume Down")).key(Qt::Key_9).on(&V::videoVolumeDown, &V::hasVideo);
     add(CommandId::videoVolumeUp, TITLE("Volume Up")).key(Qt::Key_0).on(&V::videoVolumeUp, &V::hasVideo);

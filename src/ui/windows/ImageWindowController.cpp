@@ -15,8 +15,7 @@
 #include <QVBoxLayout>
 
 ImageWindowController::ImageWindowController(AppSettings *settings, WindowManager *delegate,
-                                             const QList<PXFilePtr> &files, const PXFilePtr &current,
-                                             QObject *parent)
+                                             const QList<PXFilePtr> &files, const PXFilePtr &current, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
     , m_delegate(delegate)
@@ -51,13 +50,12 @@ ImageWindowController::ImageWindowController(AppSettings *settings, WindowManage
     auto *fullScreen = new QAction(window);
     fullScreen->setShortcut(QKeySequence::FullScreen);
     window->addAction(fullScreen);
-    connect(fullScreen, &QAction::triggered, window, [window] {
-        window->setWindowState(window->windowState() ^ Qt::WindowFullScreen);
-    });
+    connect(fullScreen, &QAction::triggered, window,
+            [window] { window->setWindowState(window->windowState() ^ Qt::WindowFullScreen); });
 
     // Most of the screen: the picture is the point of the window.
-    const QScreen *screen = QApplication::activeWindow() ? QApplication::activeWindow()->screen()
-                                                         : QGuiApplication::primaryScreen();
+    const QScreen *screen =
+        QApplication::activeWindow() ? QApplication::activeWindow()->screen() : QGuiApplication::primaryScreen();
     if (screen) {
         const QRect area = screen->availableGeometry();
         QRect frame(QPoint(), area.size() * 4 / 5);
@@ -105,8 +103,9 @@ void ImageWindowController::showCurrent()
     m_mediaView->prefetch(neighbours);
     if (!m_window || !file)
         return;
-    m_window->setWindowTitle(m_files.size() > 1 ? tr("%1 (%2 of %3)").arg(file->displayName()).arg(m_index + 1).arg(m_files.size())
-                                                : file->displayName());
+    m_window->setWindowTitle(m_files.size() > 1
+                                 ? tr("%1 (%2 of %3)").arg(file->displayName()).arg(m_index + 1).arg(m_files.size())
+                                 : file->displayName());
 }
 
 // The window takes the image's size at 100 %, as far as the screen allows, and stays on screen.

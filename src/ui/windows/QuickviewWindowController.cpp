@@ -36,8 +36,7 @@ QuickviewWindowController::QuickviewWindowController(AppSettings *settings, Wind
         if (m_window)
             m_window->setWindowTitle(shown ? shown->displayName() : tr("Quick View"));
     });
-    connect(qApp, &QGuiApplication::applicationStateChanged, this,
-            &QuickviewWindowController::applicationStateChanged);
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, &QuickviewWindowController::applicationStateChanged);
 
     // The viewer's keys, the space bar that closes it again and Escape.
     ViewerCommands::install(window, m_mediaView->actionHandler(), CommandRegistry::shared(),

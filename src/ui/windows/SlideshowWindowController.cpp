@@ -130,8 +130,7 @@ SlideshowWindowController::SlideshowWindowController(AppSettings *settings, Wind
     m_controls = new SlideshowControls(this, window);
 
     MediaViewActionHandler *handler = m_mediaView->actionHandler();
-    handler->setStepper([this](int offset) { step(offset); },
-                        [this](int) { return m_files.size() > 1; });
+    handler->setStepper([this](int offset) { step(offset); }, [this](int) { return m_files.size() > 1; });
     ViewerCommands::install(window, handler, CommandRegistry::shared());
     const auto key = [this, window](const QKeySequence &sequence, auto action) {
         auto *shortcut = new QAction(window);

@@ -12,12 +12,12 @@
 #include "ui/windows/MainWindowViewController.h"
 
 #include <QAction>
-#include <QSet>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QSet>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTimer>

@@ -24,7 +24,7 @@ QList<CommandAction *> install(QWidget *window, MediaViewActionHandler *handler,
         QObject::connect(action, &QAction::triggered, window, [&registry, target, window, id] {
             const Command &command = registry.command(id);
             QObject *owner = command.owner() == CommandOwner::viewer ? static_cast<QObject *>(target.data())
-                                                                      : registry.application();
+                                                                     : registry.application();
             command.perform(owner, {}, window);
         });
     };

@@ -22,9 +22,9 @@ QStringList namesOf(const QList<PXFilePtr> &files, const QString &root)
 TEST(SlideshowPlaylist, ListsThePicturesOfFilesAndFoldersToTheDepthAsked)
 {
     TestDir dir;
-    for (const char *name : {"trip/IMG_0002.jpg", "trip/IMG_0010.jpg", "trip/clip.mp4", "trip/notes.txt",
-                             "trip/.hidden.jpg", "trip/day 2/IMG_0001.jpg", "trip/day 2/deeper/IMG_0003.jpg",
-                             "loose.png"})
+    for (const char *name :
+         {"trip/IMG_0002.jpg", "trip/IMG_0010.jpg", "trip/clip.mp4", "trip/notes.txt", "trip/.hidden.jpg",
+          "trip/day 2/IMG_0001.jpg", "trip/day 2/deeper/IMG_0003.jpg", "loose.png"})
         dir.write(QLatin1String(name), "x");
     const PXFilePtr trip = PXFile::fileForPath(dir.filePath("trip"));
     const PXFilePtr loose = PXFile::fileForPath(dir.filePath("loose.png"));
@@ -60,8 +60,7 @@ TEST(SlideshowPlaylist, ShufflesTheSameWayForTheSameSeed)
     EXPECT_EQ(once, SlideshowPlaylist::shuffled(files, 42));
     EXPECT_NE(once, files);
     QList<PXFilePtr> sorted = once;
-    std::sort(sorted.begin(), sorted.end(), [&](const PXFilePtr &a, const PXFilePtr &b) {
-        return files.indexOf(a) < files.indexOf(b);
-    });
+    std::sort(sorted.begin(), sorted.end(),
+              [&](const PXFilePtr &a, const PXFilePtr &b) { return files.indexOf(a) < files.indexOf(b); });
     EXPECT_EQ(sorted, files);
 }

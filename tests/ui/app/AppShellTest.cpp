@@ -7,8 +7,8 @@
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
-#include "ui/windows/QuickviewWindowController.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/QuickviewWindowController.h"
 #include "ui/windows/TabbedWindow.h"
 #include "ui/windows/ValidatingToolbar.h"
 

@@ -94,7 +94,8 @@ TEST(ViewerWindows, OpeningFollowsTheOpenImageDestination)
 
     // The chosen application: a script that notes what it was given.
     const QString marker = shell.dir.filePath("opened.txt");
-    const QString editor = shell.dir.write("editor.sh", QStringLiteral("#!/bin/sh\necho \"$1\" > '%1'\n").arg(marker).toUtf8());
+    const QString editor =
+        shell.dir.write("editor.sh", QStringLiteral("#!/bin/sh\necho \"$1\" > '%1'\n").arg(marker).toUtf8());
     QFile(editor).setPermissions(QFile(editor).permissions() | QFileDevice::ExeOwner);
     shell.settings()->setOpenImageDestination(OpenImageDestination::other);
     shell.settings()->setOpenImageCustomApp(PXFile::fileForPath(editor));

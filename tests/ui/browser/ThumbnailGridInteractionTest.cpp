@@ -1,7 +1,7 @@
 #include "ui/browser/BrowserViewController.h"
-#include "ui/viewer/MediaViewController.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
+#include "ui/viewer/MediaViewController.h"
 
 #include "core/model/FileCollectionModel.h"
 #include "core/model/PXFile.h"

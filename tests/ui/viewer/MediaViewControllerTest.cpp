@@ -1,5 +1,5 @@
-#include "ui/viewer/MediaViewActionHandler.h"
 #include "ui/viewer/MediaViewController.h"
+#include "ui/viewer/MediaViewActionHandler.h"
 
 #include "core/model/PXFile.h"
 #include "core/viewer/ImageViewDataSource.h"
@@ -145,10 +145,12 @@ TEST(MediaViewController, FollowsTheShownFileOnDisk)
     v.view.zoomTo(0.5);
     QSignalSpy shown(&v.view, &MediaViewController::fileShown);
     TestImages::writeJpeg(v.a->path(), QSize(900, 900));
-    ASSERT_TRUE(waitUntil([&] {
-        const auto source = v.view.dataSource(v.a);
-        return !shown.isEmpty() && source && source->imageSize() == QSize(900, 900);
-    }, 10000));
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            const auto source = v.view.dataSource(v.a);
+            return !shown.isEmpty() && source && source->imageSize() == QSize(900, 900);
+        },
+        10000));
     EXPECT_DOUBLE_EQ(v.view.dataSource(v.a)->zoomLevel(), 0.5);
     EXPECT_EQ(v.view.currentFile(), v.a);
 
