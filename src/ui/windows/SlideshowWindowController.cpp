@@ -170,7 +170,7 @@ SlideshowWindowController::SlideshowWindowController(AppSettings *settings, Wind
     });
     pointer->start();
     m_controls->setVisible(settings->slideshowControlsVisibleOnStart());
-    if (m_controls->isVisible())
+    if (!m_controls->isHidden())
         hideTimer->start();
 }
 
@@ -337,7 +337,7 @@ void SlideshowWindowController::updateInfo()
     m_info->adjustSize();
     m_info->move(area.topLeft() + QPoint(16, 16));
     m_info->setVisible(visibility == SlideshowInfoVisibility::showAlways
-                       || (visibility == SlideshowInfoVisibility::showAutomatic && m_controls->isVisible()));
+                       || (visibility == SlideshowInfoVisibility::showAutomatic && !m_controls->isHidden()));
     m_info->raise();
     m_controls->raise();
 }

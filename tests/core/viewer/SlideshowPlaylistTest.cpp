@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 QStringList namesOf(const QList<PXFilePtr> &files, const QString &root)

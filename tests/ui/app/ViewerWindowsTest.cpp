@@ -1,5 +1,6 @@
 #include "ui/app/ActivitiesGate.h"
 #include "ui/app/AppDelegate.h"
+#include "ui/browser/BrowserViewController.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/viewer/MediaViewController.h"
 #include "ui/windows/ImageWindowController.h"
