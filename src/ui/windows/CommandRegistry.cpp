@@ -340,7 +340,7 @@ void CommandRegistry::declarePaneCommands()
     add(CommandId::revealOriginal, TITLE("Reveal Original")).unavailable();
     add(CommandId::ejectSelected, TITLE("Eject")).unavailable();
     add(CommandId::changeFinderLabel, TITLE("Label:")).unavailable();
-    add(CommandId::startSlideshow, TITLE("Slideshow")).on(&P::startSlideshow, &P::canStartSlideshow);
+    add(CommandId::startSlideshow, TITLE("Slideshow With Selected")).on(&P::startSlideshow, &P::canStartSlideshow);
     add(CommandId::startSlideshowWithSelected, TITLE("Slideshow With Selected"))
         .key(Qt::CTRL | Qt::ALT | Qt::Key_S)
         .on(&P::startSlideshowWithSelected, &P::hasSelection);

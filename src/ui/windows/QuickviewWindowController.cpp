@@ -39,8 +39,8 @@ QuickviewWindowController::QuickviewWindowController(AppSettings *settings, Wind
     connect(qApp, &QGuiApplication::applicationStateChanged, this, &QuickviewWindowController::applicationStateChanged);
 
     // The viewer's keys, the space bar that closes it again and Escape.
-    ViewerCommands::install(window, m_mediaView->actionHandler(), CommandRegistry::shared(),
-                            {CommandId::openQuickview});
+    ViewerCommands::install(window, m_mediaView->actionHandler(), CommandRegistry::shared(), {CommandId::openQuickview},
+                            false);
     auto *escape = new QAction(window);
     escape->setShortcut(Qt::Key_Escape);
     window->addAction(escape);

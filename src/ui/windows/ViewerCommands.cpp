@@ -10,7 +10,7 @@
 namespace ViewerCommands {
 
 QList<CommandAction *> install(QWidget *window, MediaViewActionHandler *handler, const CommandRegistry &registry,
-                               const QList<CommandId> &applicationCommands)
+                               const QList<CommandId> &applicationCommands, bool stepping)
 {
     QList<CommandAction *> actions;
     const auto add = [&](const Command &command) {
@@ -29,7 +29,9 @@ QList<CommandAction *> install(QWidget *window, MediaViewActionHandler *handler,
         });
     };
     for (const Command &command : registry.commands()) {
-        if (command.owner() == CommandOwner::viewer && !command.defaultKey().isEmpty())
+        const bool steps =
+            command.id() == CommandId::nextImageInFolder || command.id() == CommandId::previousImageInFolder;
+        if (command.owner() == CommandOwner::viewer && !command.defaultKey().isEmpty() && (stepping || !steps))
             add(command);
     }
     for (CommandId id : applicationCommands)
