@@ -83,7 +83,8 @@ int main(int argc, char **argv)
     const int count = argc > 2 ? std::atoi(argv[2]) : 500;
     QList<PXFilePtr> files;
     for (const QString &name :
-         folder.entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG")}, QDir::Files, QDir::Name)) {
+         folder.entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG"), QStringLiteral("*.jpeg")}, QDir::Files,
+                          QDir::Name)) {
         files.append(PXFile::fileForPath(folder.absoluteFilePath(name)));
         if (files.size() == count)
             break;

@@ -100,7 +100,7 @@ def main():
     pixcove, folder = sys.argv[1], sys.argv[2]
     count = int(sys.argv[3]) if len(sys.argv) > 3 else 500
     delay_ms = int(sys.argv[4]) if len(sys.argv) > 4 else 100
-    names = sorted(n for n in os.listdir(folder) if n.lower().endswith(".jpg"))[:count]
+    names = sorted(n for n in os.listdir(folder) if n.lower().endswith((".jpg", ".jpeg")))[:count]
     paths = [os.path.join(folder, n) for n in names]
     programs = [("pixcove", [pixcove] + paths)]
     for name in ("qimgv", "eog", "gwenview"):
