@@ -39,7 +39,7 @@ struct Times
 
 double cpuMilliseconds()
 {
-    rusage usage {};
+    rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000.0
         + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000.0;
@@ -47,7 +47,7 @@ double cpuMilliseconds()
 
 long long epochMicroseconds()
 {
-    timespec now {};
+    timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     return now.tv_sec * 1000000LL + now.tv_nsec / 1000;
 }

@@ -9,6 +9,7 @@
 
 #include <lcms2.h>
 
+#include <cmath>
 #include <memory>
 
 namespace ColorTransform {
@@ -49,14 +50,60 @@ cmsUInt32Number pixelType()
     return Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? TYPE_BGRA_8 : TYPE_ARGB_8;
 }
 
-Transform makeTransform(const QByteArray &source, const QByteArray &target)
+// Whether `profile` is sRGB in all but name: the same primaries and tone curves (most cameras
+// and editors embed one of several sRGB profiles). Converting from it would change nothing.
+bool isSrgbLike(cmsHPROFILE profile)
+{
+    if (!cmsIsMatrixShaper(profile))
+        return false;
+    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+    bool same = srgb != nullptr;
+    // Colorants within 0.002 of sRGB's (D50-adapted) values: far below what an eye sees.
+    const cmsTagSignature colorants[] = {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
+    for (const cmsTagSignature tag : colorants) {
+        const auto *theirs = static_cast<const cmsCIEXYZ *>(cmsReadTag(profile, tag));
+        const auto *ours = srgb ? static_cast<const cmsCIEXYZ *>(cmsReadTag(srgb, tag)) : nullptr;
+        if (!same || !theirs || !ours || std::abs(theirs->X - ours->X) > 0.002 || std::abs(theirs->Y - ours->Y) > 0.002
+            || std::abs(theirs->Z - ours->Z) > 0.002) {
+            same = false;
+            break;
+        }
+    }
+    const cmsTagSignature curves[] = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
+    for (const cmsTagSignature tag : curves) {
+        if (!same)
+            break;
+        const auto *theirs = static_cast<const cmsToneCurve *>(cmsReadTag(profile, tag));
+        const auto *ours = static_cast<const cmsToneCurve *>(cmsReadTag(srgb, tag));
+        if (!theirs || !ours) {
+            same = false;
+            break;
+        }
+        // Within half a step of 8-bit output along the curve.
+        for (int i = 0; i <= 32 && same; ++i) {
+            const float x = float(i) / 32;
+            same = std::abs(cmsEvalToneCurveFloat(theirs, x) - cmsEvalToneCurveFloat(ours, x)) < 0.002f;
+        }
+    }
+    if (srgb)
+        cmsCloseProfile(srgb);
+    return same;
+}
+
+// A transform from `source` to `target`; null when there is nothing to do (`identity` set) or
+// the profiles cannot be used.
+Transform makeTransform(const QByteArray &source, const QByteArray &target, bool *identity)
 {
     cmsHPROFILE input = openProfile(source);
     cmsHPROFILE output = openProfile(target);
     cmsHTRANSFORM transform = nullptr;
-    if (input && output && cmsGetColorSpace(input) == cmsSigRgbData && cmsGetColorSpace(output) == cmsSigRgbData) {
-        // The alpha byte is copied as it is; perceptual intent as photo viewers use it.
-        transform = cmsCreateTransform(input, pixelType(), output, pixelType(), INTENT_PERCEPTUAL, cmsFLAGS_COPY_ALPHA);
+    *identity = target.isEmpty() && input && isSrgbLike(input);
+    if (!*identity && input && output && cmsGetColorSpace(input) == cmsSigRgbData
+        && cmsGetColorSpace(output) == cmsSigRgbData) {
+        // The alpha byte is copied as it is; perceptual intent as photo viewers use it; no
+        // one-pixel cache, so that several threads may share the transform.
+        transform = cmsCreateTransform(input, pixelType(), output, pixelType(), INTENT_PERCEPTUAL,
+                                       cmsFLAGS_COPY_ALPHA | cmsFLAGS_NOCACHE);
     }
     if (input)
         cmsCloseProfile(input);
@@ -81,8 +128,9 @@ Transform transformFor(const QByteArray &source, const QByteArray &target)
         if (it != s.transforms.constEnd())
             return it.value();
     }
-    Transform transform = makeTransform(source, target);
-    if (!transform)
+    bool identity = false;
+    Transform transform = makeTransform(source, target, &identity);
+    if (!transform && !identity)
         logDebug(QStringLiteral("An embedded colour profile cannot be applied; the picture is shown unconverted"));
     QMutexLocker lock(&s.mutex);
     s.transforms.insert(key, transform);

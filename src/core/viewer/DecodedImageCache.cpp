@@ -2,21 +2,8 @@
 
 #include <QMutexLocker>
 
-#include <algorithm>
-#include <limits>
-
-namespace {
-
-// QCache costs are ints: KiB, rounded up so that no picture is free.
-int kibibytes(qint64 bytes)
-{
-    return int(std::min<qint64>((bytes + 1023) / 1024, std::numeric_limits<int>::max()));
-}
-
-} // namespace
-
 DecodedImageCache::DecodedImageCache(qint64 capacityBytes)
-    : m_entries(kibibytes(capacityBytes))
+    : m_entries(capacityBytes)
 { }
 
 DecodedImageCache &DecodedImageCache::shared()
@@ -36,7 +23,7 @@ void DecodedImageCache::insert(const QByteArray &nativePath, const Entry &entry)
             || (held->quality == entry.quality && held->image.width() > entry.image.width())))
         return;
     // QCache refuses (and deletes) what costs more than its whole capacity.
-    m_entries.insert(nativePath, new Entry(entry), kibibytes(costOf(entry.image)));
+    m_entries.insert(nativePath, new Entry(entry), costOf(entry.image));
 }
 
 DecodedImageCache::Entry DecodedImageCache::find(const QByteArray &nativePath) const
@@ -62,17 +49,17 @@ void DecodedImageCache::clear()
 qint64 DecodedImageCache::capacity() const
 {
     QMutexLocker lock(&m_mutex);
-    return qint64(m_entries.maxCost()) * 1024;
+    return m_entries.maxCost();
 }
 
 void DecodedImageCache::setCapacity(qint64 bytes)
 {
     QMutexLocker lock(&m_mutex);
-    m_entries.setMaxCost(kibibytes(bytes));
+    m_entries.setMaxCost(bytes);
 }
 
 qint64 DecodedImageCache::totalCost() const
 {
     QMutexLocker lock(&m_mutex);
-    return qint64(m_entries.totalCost()) * 1024;
+    return m_entries.totalCost();
 }

@@ -44,6 +44,6 @@ public:
 
 private:
     mutable QMutex m_mutex;
-    // QCache counts in ints: costs are kept in KiB so that 512 MB and more fit.
+    // Costed in bytes (QCache's costs are 64-bit).
     mutable QCache<QByteArray, Entry> m_entries;
 };

@@ -169,7 +169,7 @@ void ImageViewDataSource::startPreviewStep()
         [self, cancelled, generation, path] {
             if (*cancelled)
                 return;
-            StepResult step{ImageLoading::preview(path, previewPixels), true, Quality::preview};
+            StepResult step{ImageLoading::preview(path, previewPixels), true, Quality::preview, {}};
             postToGui([self, step, generation] {
                 if (self)
                     self->finishStep(step, generation);
@@ -190,10 +190,10 @@ void ImageViewDataSource::startDecodeStep(QSize neededPixels, Quality quality)
     const QByteArray path = m_nativePath;
     const QSize fitSize = quality == Quality::full ? QSize() : neededPixels;
     const qint64 memoryLimit = m_memoryLimit;
-    runOnPool(poolName, [self, cancelled, generation, path, fitSize, memoryLimit, quality] {
+    runOnPool(poolName, [self, cancelled, generation, path, fitSize, memoryLimit, quality, neededPixels] {
         if (*cancelled)
             return;
-        StepResult step{ImageLoading::decode(path, fitSize, memoryLimit), false, quality};
+        StepResult step{ImageLoading::decode(path, fitSize, memoryLimit), false, quality, neededPixels};
         postToGui([self, step, generation] {
             if (self)
                 self->finishStep(step, generation);

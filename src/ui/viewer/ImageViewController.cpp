@@ -134,11 +134,11 @@ void ImageViewController::dataSourceChanged()
             runImageReady();
         return;
     }
-    showPicture();
+    showPicture(true);
     requestNeededPicture();
 }
 
-void ImageViewController::showPicture()
+void ImageViewController::showPicture(bool followSize)
 {
     const QSize before = m_scrollView->state().imageSize();
     m_imageView->setCurrentImage(m_dataSource->image());
@@ -147,7 +147,7 @@ void ImageViewController::showPicture()
     m_scrollView->setRotation(m_dataSource->rotationAngle());
     m_scrollView->setImageSize(m_dataSource->imageSize());
     // A decode that corrected the size a preview gave: the fit follows.
-    if (m_ready && before != m_dataSource->imageSize() && !before.isEmpty())
+    if (followSize && before != m_dataSource->imageSize() && !before.isEmpty())
         fitUpdate(false);
 }
 
@@ -155,7 +155,7 @@ void ImageViewController::runImageReady()
 {
     m_ignoreFrameUpdates = false;
     m_ready = true;
-    showPicture();
+    showPicture(false);
     setCurrentlySticky(false);
     const ZoomState &state = m_scrollView->state();
     const ZoomRules::FitDecision decision = ZoomRules::fitUpdate(m_dataSource->stickiness(), m_dataSource->zoomLevel(),

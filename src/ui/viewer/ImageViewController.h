@@ -127,7 +127,9 @@ private:
     void setCurrentlySticky(bool sticky);
     void setZoomAt(double zoomLevel, std::optional<QPointF> anchor);
     void requestNeededPicture();
-    void showPicture();
+    // Puts the data source's picture and texts in the view; with `followSize`, a changed image
+    // size refits.
+    void showPicture(bool followSize);
     void move(int dx, int dy);
     void rotateBy(int degrees);
     void viewportResized();

@@ -4,7 +4,6 @@
 #include "ui/viewer/ImageView.h"
 
 #include <QMouseEvent>
-#include <QNativeGestureEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QVariantAnimation>

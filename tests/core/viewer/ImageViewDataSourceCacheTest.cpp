@@ -1,6 +1,6 @@
+#include "core/viewer/ImageViewDataSourceCache.h"
 #include "core/model/PXFile.h"
 #include "core/viewer/DecodedImageCache.h"
-#include "core/viewer/ImageViewDataSourceCache.h"
 
 #include <QImage>
 

@@ -1,9 +1,9 @@
+#include "core/viewer/ImageViewDataSource.h"
 #include "core/app/Dispatch.h"
 #include "core/model/PXFile.h"
 #include "core/viewer/ColorTransform.h"
 #include "core/viewer/DecodedImageCache.h"
 #include "core/viewer/ImageLoading.h"
-#include "core/viewer/ImageViewDataSource.h"
 
 #include "support/CameraJpegs.h"
 #include "support/TestDir.h"
@@ -47,9 +47,8 @@ protected:
 
 TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThenWhole)
 {
-    const QString path =
-        CameraJpegs::write(dir.filePath(QStringLiteral("IMG_0001.JPG")), QSize(3000, 2000), QSize(160, 120),
-                           QSize(1200, 800));
+    const QString path = CameraJpegs::write(dir.filePath(QStringLiteral("IMG_0001.JPG")), QSize(3000, 2000),
+                                            QSize(160, 120), QSize(1200, 800));
     const ImageViewDataSourcePtr dataSource = sourceFor(path);
     QList<Quality> seen;
     QObject::connect(dataSource.get(), &ImageViewDataSource::changed, [&] {
@@ -80,7 +79,7 @@ TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThe
     dataSource->requestImage(QSize(3000, 2000));
     ASSERT_TRUE(waitForQuality(dataSource, Quality::full));
     EXPECT_EQ(dataSource->image().size(), QSize(3000, 2000));
-    EXPECT_EQ(seen, (QList<Quality> {Quality::none, Quality::preview, Quality::scaled, Quality::full}));
+    EXPECT_EQ(seen, (QList<Quality>{Quality::none, Quality::preview, Quality::scaled, Quality::full}));
     EXPECT_TRUE(dataSource->notice().isEmpty());
 
     // Another viewer's data source for the file starts from the cache, whole at once.
@@ -93,8 +92,8 @@ TEST_F(ImageViewDataSourceTest, ACameraJpegArrivesAsPreviewThenAtTheViewsSizeThe
 
 TEST_F(ImageViewDataSourceTest, APictureDroppedOrCancelledIgnoresTheResultsStillRunning)
 {
-    const QString path = CameraJpegs::write(dir.filePath(QStringLiteral("DSC_0002.JPG")), QSize(3000, 2000), QSize(),
-                                            QSize(1200, 800));
+    const QString path =
+        CameraJpegs::write(dir.filePath(QStringLiteral("DSC_0002.JPG")), QSize(3000, 2000), QSize(), QSize(1200, 800));
     const ImageViewDataSourcePtr dataSource = sourceFor(path);
     dataSource->requestImage(QSize(3000, 2000));
     EXPECT_TRUE(dataSource->imageLoading());
@@ -198,4 +197,11 @@ TEST_F(ImageViewDataSourceTest, AnEmbeddedProfileIsConvertedToSrgb)
     EXPECT_NEAR(shown.blue(), expected.blue(), 6);
     // The conversion is visible: Adobe RGB's green is far wider than sRGB's.
     EXPECT_GT(std::abs(shown.red() - stored.red()) + std::abs(shown.blue() - stored.blue()), 10);
+
+    // An sRGB profile, and bytes that are no profile, leave the picture as it is.
+    QImage untouched = image;
+    ColorTransform::toDisplay(untouched, QColorSpace(QColorSpace::SRgb).iccProfile());
+    EXPECT_EQ(untouched, image);
+    ColorTransform::toDisplay(untouched, QByteArray(600, 'p'));
+    EXPECT_EQ(untouched, image);
 }

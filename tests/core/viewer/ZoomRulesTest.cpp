@@ -1,5 +1,5 @@
-#include "core/viewer/Stickiness.h"
 #include "core/viewer/ZoomRules.h"
+#include "core/viewer/Stickiness.h"
 #include "core/viewer/ZoomState.h"
 
 #include <gtest/gtest.h>

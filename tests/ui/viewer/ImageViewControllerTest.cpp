@@ -306,7 +306,7 @@ TEST(ImageViewPainting, OneImagePixelCoversOneDevicePixelAt100Percent)
         imageView.setBackgroundColor(Qt::red);
         imageView.setCurrentImage(checker);
 
-        QImage screen(QSize(101 * ratio, 77 * ratio), QImage::Format_RGB32);
+        QImage screen(QSize(int(101 * ratio), int(77 * ratio)), QImage::Format_RGB32);
         screen.setDevicePixelRatio(ratio);
         {
             QPainter painter(&screen);
