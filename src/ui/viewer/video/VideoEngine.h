@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 // A player library behind a plain interface: Qt Multimedia and libvlc each live in a module of
 // their own (pixcove_qtmedia.so, pixcove_vlc.so) that implements it, so that neither the program's
@@ -29,9 +30,16 @@ public:
     };
     struct Event
     {
+        Event(EventType type, qint64 time = 0, double rate = 0, QString text = {})
+            : type(type)
+            , time(time)
+            , rate(rate)
+            , text(std::move(text))
+        { }
+
         EventType type;
-        qint64 time = 0; // milliseconds
-        double rate = 0;
+        qint64 time; // milliseconds
+        double rate;
         QString text;
     };
     struct Handlers

@@ -2,6 +2,7 @@
 #include "ui/viewer/video/VideoEngine.h"
 
 #include <QAudio>
+#include <QAudioDevice>
 #include <QAudioOutput>
 #include <QCoreApplication>
 #include <QFile>
