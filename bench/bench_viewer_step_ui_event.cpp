@@ -3,7 +3,9 @@
 // time the key is pressed. Reports the time from the key's command to the end of the window's
 // paint showing the next picture (median, 95th percentile, worst, how many within one frame of
 // 16 ms), how long the picture ahead took to decode, and the resident memory after all the steps.
-// Usage: bench_viewer_step_ui_event FOLDER [COUNT]   (COUNT pictures, 500 by default)
+// Usage: bench_viewer_step_ui_event FOLDER [COUNT] [CACHE_MB]
+//   COUNT pictures (500 by default); CACHE_MB sets the decoded-picture cache's capacity (its
+//   default otherwise), to see what the cache costs in resident memory.
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
@@ -81,6 +83,8 @@ int main(int argc, char **argv)
     }
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     const int count = argc > 2 ? std::atoi(argv[2]) : 500;
+    if (argc > 3)
+        DecodedImageCache::shared().setCapacity(qint64(std::atoi(argv[3])) * 1024 * 1024);
     QList<PXFilePtr> files;
     for (const QString &name :
          folder.entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG"), QStringLiteral("*.jpeg")}, QDir::Files,
@@ -140,7 +144,8 @@ int main(int argc, char **argv)
     }
     const double cpu = cpuSeconds() - cpuBefore;
     const int withinFrame = int(std::count_if(stepMs.begin(), stepMs.end(), [](double ms) { return ms < 16.0; }));
-    std::printf("steps: %zu pictures of %s, window 1280 x 800\n", stepMs.size() + 1, argv[1]);
+    std::printf("steps: %zu pictures of %s, window 1280 x 800, decoded-picture cache %lld MB\n", stepMs.size() + 1,
+                argv[1], DecodedImageCache::shared().capacity() / (1024 * 1024));
     std::printf("key to painted next picture: median %.1f ms, 95th percentile %.1f ms, worst %.1f ms; "
                 "%d of %zu within 16 ms\n",
                 percentile(stepMs, 0.5), percentile(stepMs, 0.95), percentile(stepMs, 1.0), withinFrame, stepMs.size());
