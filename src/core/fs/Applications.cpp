@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QFileInfo>
+#include <QStringList>
 #include <QUrl>
 
 // GLib's headers use "signals" as a member name, which Qt's keyword macro would break.
@@ -46,6 +48,37 @@ QString defaultApplicationFile(const QString &mimeType, bool forEditing)
     }
     if (preferred)
         g_object_unref(preferred);
+    return result;
+}
+
+QString creatorApplicationFile(const QString &mimeType, const QString &creator)
+{
+    if (mimeType.isEmpty() || creator.trimmed().isEmpty())
+        return {};
+    const QByteArray type = mimeType.toUtf8();
+    QString result;
+    GList *applications = g_app_info_get_all_for_type(type.constData());
+    for (GList *item = applications; item && result.isEmpty(); item = item->next) {
+        auto *info = static_cast<GAppInfo *>(item->data);
+        const QString file = fileOf(info);
+        if (file.isEmpty() || file.endsWith(QLatin1String("/pixcove.desktop")))
+            continue;
+        const char *name = g_app_info_get_name(info);
+        const char *executable = g_app_info_get_executable(info);
+        QStringList names;
+        if (name)
+            names.append(QString::fromUtf8(name));
+        if (executable)
+            names.append(QFileInfo(QFile::decodeName(executable)).fileName());
+        for (const QString &candidate : std::as_const(names)) {
+            // Three letters at least: a program called "rt" is not named by "Sport".
+            if (candidate.size() >= 3 && creator.contains(candidate, Qt::CaseInsensitive)) {
+                result = file;
+                break;
+            }
+        }
+    }
+    g_list_free_full(applications, g_object_unref);
     return result;
 }
 

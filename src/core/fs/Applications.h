@@ -10,6 +10,12 @@ namespace Applications {
 // back to the default: the desktop has no separate editor role.
 QString defaultApplicationFile(const QString &mimeType, bool forEditing);
 
+// The .desktop file of the installed application, among those that open `mimeType`, that
+// `creator` names (a file's creator software: "GIMP 2.10.34", "darktable 4.4.2"), or empty.
+// An application is named when its name or its program's name is in the text. Pixcove itself
+// is never the answer.
+QString creatorApplicationFile(const QString &mimeType, const QString &creator);
+
 } // namespace Applications
 
 namespace Applications {

@@ -3,6 +3,7 @@
 #include "core/app/Log.h"
 
 #include <QStringDecoder>
+#include <QStringList>
 #include <QVariantList>
 
 #include <exiv2/exiv2.hpp>
@@ -389,9 +390,82 @@ void readIptc(const Exiv2::IptcData &iptc, ImageMetadata *metadata)
         metadata->iptc.insert(QStringLiteral("Keywords"), keywords);
 }
 
+// An XMP text: the default language of a language alternative (else its first), the items of a
+// bag or sequence joined by commas (several creators), else the value as written.
+QString xmpText(const Exiv2::Value &value)
+{
+    if (const auto *langAlt = dynamic_cast<const Exiv2::LangAltValue *>(&value)) {
+        const auto found = langAlt->value_.find("x-default");
+        if (found != langAlt->value_.end())
+            return decodeText(found->second);
+        return langAlt->value_.empty() ? QString() : decodeText(langAlt->value_.begin()->second);
+    }
+    if (const auto *array = dynamic_cast<const Exiv2::XmpArrayValue *>(&value)) {
+        QStringList items;
+        for (long i = 0; i < array->count(); ++i) {
+            if (const QString text = decodeText(array->toString(i)); !text.isEmpty())
+                items.append(text);
+        }
+        return items.join(QStringLiteral(", "));
+    }
+    return decodeText(value.toString());
+}
+
+// The items of an XMP bag or sequence (one item for a plain text), blanks left out.
+QVariantList xmpTexts(const Exiv2::Value &value)
+{
+    QVariantList texts;
+    if (const auto *array = dynamic_cast<const Exiv2::XmpArrayValue *>(&value)) {
+        for (long i = 0; i < array->count(); ++i) {
+            if (const QString text = decodeText(array->toString(i)); !text.isEmpty())
+                texts.append(text);
+        }
+    } else if (const QString text = xmpText(value); !text.isEmpty()) {
+        texts.append(text);
+    }
+    return texts;
+}
+
+// Dublin Core properties that stand for IPTC datasets: many programs write the description,
+// keywords, title and creator to XMP only. They fill the IPTC group where the file's IPTC block
+// has no value of its own, so the IPTC block wins when both are there.
+struct XmpIptcRule
+{
+    const char *xmpKey;
+    const char *iptcKey;
+    bool list;
+};
+
+// In order of precedence: a headline of its own before the title.
+constexpr XmpIptcRule XmpIptcRules[] = {
+    {"Xmp.dc.subject", "Keywords", true},  {"Xmp.dc.description", "Caption/Abstract", false},
+    {"Xmp.dc.title", "ObjectName", false}, {"Xmp.photoshop.Headline", "Headline", false},
+    {"Xmp.dc.title", "Headline", false},   {"Xmp.dc.creator", "Byline", false},
+};
+
+void readXmpIptc(const Exiv2::XmpData &xmp, ImageMetadata *metadata)
+{
+    for (const XmpIptcRule &rule : XmpIptcRules) {
+        const QString iptcKey = QLatin1String(rule.iptcKey);
+        // The IPTC block is read first; what it (or a rule before) gave stays.
+        if (metadata->iptc.contains(iptcKey))
+            continue;
+        const auto datum = xmp.findKey(Exiv2::XmpKey(rule.xmpKey));
+        if (datum == xmp.end())
+            continue;
+        if (rule.list) {
+            if (const QVariantList texts = xmpTexts(datum->value()); !texts.isEmpty())
+                metadata->iptc.insert(iptcKey, texts);
+        } else if (const QString text = xmpText(datum->value()); !text.isEmpty()) {
+            metadata->iptc.insert(iptcKey, text);
+        }
+    }
+}
+
 // The few XMP properties that have a place in the groups.
 void readXmp(const Exiv2::XmpData &xmp, ImageMetadata *metadata)
 {
+    readXmpIptc(xmp, metadata);
     for (const Exiv2::Xmpdatum &datum : xmp) {
         const std::string key = datum.key();
         const Exiv2::Value &value = datum.value();
@@ -400,17 +474,7 @@ void readXmp(const Exiv2::XmpData &xmp, ImageMetadata *metadata)
             if (value.ok())
                 metadata->iptc.insert(QStringLiteral("StarRating"), int(rating));
         } else if (key == "Xmp.xmpRights.UsageTerms") {
-            std::string text;
-            if (const auto *langAlt = dynamic_cast<const Exiv2::LangAltValue *>(&value)) {
-                const auto found = langAlt->value_.find("x-default");
-                if (found != langAlt->value_.end())
-                    text = found->second;
-                else if (!langAlt->value_.empty())
-                    text = langAlt->value_.begin()->second;
-            } else {
-                text = value.toString();
-            }
-            const QString usageTerms = decodeText(text);
+            const QString usageTerms = xmpText(value);
             if (!usageTerms.isEmpty())
                 metadata->iptc.insert(QStringLiteral("RightsUsageTerms"), usageTerms);
         } else if (key == "Xmp.tiff.Orientation" && !metadata->orientation) {

@@ -32,21 +32,16 @@ QImage decodeJpeg(const QByteArray &nativePath, const Options &options, QString 
         *error = file.errorString();
         return {};
     }
-    // Mapped, not read: the decoder walks the bytes once and the page cache keeps them anyway.
-    const qint64 size = file.size();
-    const uchar *mapped = file.map(0, size);
-    QByteArray copy;
-    const char *data = reinterpret_cast<const char *>(mapped);
-    if (!mapped) {
-        copy = file.readAll();
-        data = copy.constData();
-    }
+    // Read, not mapped: a file written over in place while it is decoded (an editor saving, a
+    // copy arriving) would take mapped pages away under the decoder, and the program would end
+    // with a bus error. The copy costs a few milliseconds beside the decode.
+    const QByteArray copy = file.readAll();
+    const qint64 size = copy.size();
+    const char *data = copy.constData();
     QImage image = JpegDecoder::decode(data, size, options.fitSize, options.memoryLimit, error);
     int orientation = 1;
     if (!image.isNull() && options.applyOrientation)
         orientation = JpegStructure::parse(QByteArray::fromRawData(data, qsizetype(size))).orientation;
-    if (mapped)
-        file.unmap(const_cast<uchar *>(mapped));
     if (image.isNull())
         return {};
     // Fitting the unrotated image into the rotated box fits the upright one into the box.

@@ -107,15 +107,12 @@ Result decodeJpeg(const NativeFile &native, const QByteArray &head, const QByteA
         result.error = unreadable(file.errorString());
         return result;
     }
-    // Mapped, not read: the decoder walks the bytes once and the page cache keeps them anyway.
-    const qint64 size = file.size();
-    const uchar *mapped = file.map(0, size);
-    QByteArray copy;
-    const char *data = reinterpret_cast<const char *>(mapped);
-    if (!mapped) {
-        copy = file.readAll();
-        data = copy.constData();
-    }
+    // Read, not mapped: a file written over in place while it is decoded (an editor saving, a
+    // copy arriving) would take mapped pages away under the decoder, and the program would end
+    // with a bus error. The copy costs a few milliseconds beside the decode.
+    const QByteArray copy = file.readAll();
+    const qint64 size = copy.size();
+    const char *data = copy.constData();
     // Fitting the stored image into the turned box fits the upright one into the box.
     QSize storedFit = fitSize;
     if (facts.orientation >= 5)
@@ -127,8 +124,6 @@ Result decodeJpeg(const NativeFile &native, const QByteArray &head, const QByteA
         storedFit = largest;
     QString warning;
     QImage image = JpegDecoder::decode(data, size, storedFit, memoryLimit, &error, &warning);
-    if (mapped)
-        file.unmap(const_cast<uchar *>(mapped));
     if (image.isNull() && error == QLatin1String("CMYK JPEG")) {
         // Qt's reader converts CMYK; it turns the picture upright itself.
         ImageDecoder::Options options;

@@ -7,8 +7,10 @@
 #include "core/settings/SettingsManager.h"
 #include "ui/app/ActivitiesGate.h"
 #include "ui/app/AuxiliaryWindowsManager.h"
+#include "ui/app/ImageWindowsManager.h"
 #include "ui/app/MainWindowsManager.h"
 #include "ui/app/ServicesProvider.h"
+#include "ui/app/SlideshowWindowsManager.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -36,6 +38,8 @@ AppDelegate::AppDelegate(QObject *parent)
     : QObject(parent)
     , m_settingsManager(&SettingsManager::shared())
     , m_auxiliaryWindowsManager(&AuxiliaryWindowsManager::shared())
+    , m_slideshowWindowsManager(&SlideshowWindowsManager::shared())
+    , m_imageWindowsManager(&ImageWindowsManager::shared())
     , m_mainWindowsManager(&MainWindowsManager::shared())
     , m_flagManager(&FlagManager::shared())
     , m_activitiesGate(&noActivities)
@@ -44,6 +48,7 @@ AppDelegate::AppDelegate(QObject *parent)
     m_servicesProvider =
         std::make_unique<ServicesProvider>([this](const QList<PXFilePtr> &files) { openRenamer(files); },
                                            [this](const QList<PXFilePtr> &files) { startSlideshow(files); });
+    closeSlideshows = [this] { m_slideshowWindowsManager->closeAll(); };
     terminate = [] { QCoreApplication::quit(); };
     showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
     registerCommands();
@@ -68,6 +73,14 @@ void AppDelegate::registerCommands()
     registry.bindApplicationCommand(CommandId::goToSite).on(&AppDelegate::goToSite);
     registry.bindApplicationCommand(CommandId::goToReleaseNotes).on(&AppDelegate::goToReleaseNotes);
     registry.bindApplicationCommand(CommandId::terminate).on(&AppDelegate::requestQuit);
+    registry.bindApplicationCommand(CommandId::openQuickview)
+        .on(&AppDelegate::openQuickview, &AppDelegate::quickviewState);
+    registry.bindApplicationCommand(CommandId::startSlideshowWithOpenImageWindows)
+        .on(&AppDelegate::startSlideshowWithOpenImageWindows, &AppDelegate::hasImageWindows);
+    registry.bindApplicationCommand(CommandId::previousImageWindow)
+        .on(&AppDelegate::previousImageWindow, &AppDelegate::hasImageWindows);
+    registry.bindApplicationCommand(CommandId::nextImageWindow)
+        .on(&AppDelegate::nextImageWindow, &AppDelegate::hasImageWindows);
     registry.setApplication(this);
 }
 
@@ -129,8 +142,10 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
         settings->setFirstLaunchDate(QDateTime::currentDateTimeUtc());
     }
     if (request.kind == LaunchRequest::Kind::plain) {
-        if (!m_auxiliaryWindowsManager->consumeLaunchFlag())
-            m_mainWindowsManager->newMainWindow();
+        m_mainWindowsManager->newMainWindow();
+        // After the main window, whose selection it shows.
+        if (m_auxiliaryWindowsManager->opensQuickviewOnLaunch())
+            m_auxiliaryWindowsManager->showQuickview();
         return;
     }
     logDebug(QStringLiteral("Launched for special purpose, not opening default windows."));
@@ -166,8 +181,9 @@ void AppDelegate::applicationShouldHandleReopen()
     }
 }
 
-// Folders open in a window of their own; a file opens its folder. The volumes folder itself is
-// not a place to browse.
+// Folders open in a main window of their own. Images and videos are shown in the viewer, exactly
+// the ones given being the set it steps through; any other file opens its folder in a main window
+// with the file selected. The volumes folder itself is not a place to browse.
 void AppDelegate::openFiles(const QStringList &paths)
 {
     QList<QUrl> urls;
@@ -178,17 +194,24 @@ void AppDelegate::openFiles(const QStringList &paths)
         logError(QStringLiteral("Error getting file objects for urls opened in app."));
         return;
     }
+    QList<PXFilePtr> media;
     QList<const ZQStandardFile *> openedFolders;
     for (const ZQFilePtr &file : files) {
         const PXFilePtr record = PXFile::from(file);
         if (record->isVolumesDirectory())
             continue;
+        if (!record->isDirectory() && (record->isImage() || record->isVideo())) {
+            media.append(record);
+            continue;
+        }
         const ZQStandardFile *folder = record->isDirectory() ? record.get() : record->parentItem().get();
         if (openedFolders.contains(folder))
             continue;
         openedFolders.append(folder);
         m_mainWindowsManager->newMainWindow(record);
     }
+    if (!media.isEmpty())
+        m_imageWindowsManager->openFile(media.first(), media);
 }
 
 QString AppDelegate::performService(const LaunchRequest &request)
@@ -209,9 +232,7 @@ void AppDelegate::openRenamer(const QList<PXFilePtr> &files)
 
 void AppDelegate::startSlideshow(const QList<PXFilePtr> &files)
 {
-    showMessage(tr("Slideshow"),
-                tr("Slideshows are not available in this version of Pixcove yet (%n item(s) given).", nullptr,
-                   int(files.size())));
+    m_slideshowWindowsManager->startSlideshow(files);
 }
 
 void AppDelegate::applicationDidResignActive()
@@ -283,6 +304,36 @@ void AppDelegate::newMainWindowTab()
 void AppDelegate::openAboutWindow(QWidget *window)
 {
     m_auxiliaryWindowsManager->openAboutWindow(window);
+}
+
+void AppDelegate::openQuickview()
+{
+    m_auxiliaryWindowsManager->toggleQuickview();
+}
+
+CommandState AppDelegate::quickviewState() const
+{
+    return {true, m_auxiliaryWindowsManager->quickviewWindowController() != nullptr};
+}
+
+void AppDelegate::startSlideshowWithOpenImageWindows()
+{
+    m_slideshowWindowsManager->startSlideshow(m_imageWindowsManager->shownFiles());
+}
+
+void AppDelegate::previousImageWindow()
+{
+    m_imageWindowsManager->previousImageWindow();
+}
+
+void AppDelegate::nextImageWindow()
+{
+    m_imageWindowsManager->nextImageWindow();
+}
+
+bool AppDelegate::hasImageWindows() const
+{
+    return m_imageWindowsManager->hasImageWindows();
 }
 
 void AppDelegate::goToSite()

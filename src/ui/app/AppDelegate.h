@@ -16,6 +16,8 @@ class ActivitiesGate;
 class AppSettings;
 class AuxiliaryWindowsManager;
 class FlagManager;
+class ImageWindowsManager;
+class SlideshowWindowsManager;
 class MainWindowsManager;
 class ServicesProvider;
 class SettingsManager;
@@ -71,6 +73,13 @@ public:
     void openAboutWindow(QWidget *window);
     void goToSite();
     void goToReleaseNotes();
+    // Toggles the quick view; checked while it is open.
+    void openQuickview();
+    CommandState quickviewState() const;
+    void startSlideshowWithOpenImageWindows();
+    void previousImageWindow();
+    void nextImageWindow();
+    bool hasImageWindows() const;
 
     bool finishedLaunching() const { return m_finishedLaunching; }
 
@@ -96,6 +105,8 @@ private:
 
     SettingsManager *m_settingsManager;
     AuxiliaryWindowsManager *m_auxiliaryWindowsManager;
+    SlideshowWindowsManager *m_slideshowWindowsManager;
+    ImageWindowsManager *m_imageWindowsManager;
     MainWindowsManager *m_mainWindowsManager;
     FlagManager *m_flagManager;
     std::unique_ptr<ServicesProvider> m_servicesProvider;

@@ -1,8 +1,8 @@
 #include "ui/app/AuxiliaryWindowsManager.h"
 
-#include "core/app/Log.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "ui/windows/QuickviewWindowController.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -29,13 +29,16 @@ void AuxiliaryWindowsManager::setShared(AuxiliaryWindowsManager *manager)
     installedManager = manager;
 }
 
-bool AuxiliaryWindowsManager::consumeLaunchFlag()
+bool AuxiliaryWindowsManager::opensQuickviewOnLaunch() const
 {
-    if (!m_settings->quickviewOpensOnLaunch())
-        return false;
-    m_settings->setQuickviewOpensOnLaunch(false);
-    toggleQuickview();
-    return true;
+    return m_settings->quickviewOpensOnLaunch();
+}
+
+void AuxiliaryWindowsManager::setRecentlySelectedFiles(const QList<PXFilePtr> &files)
+{
+    m_recentlySelectedFiles = files;
+    if (m_quickviewWindowController)
+        m_quickviewWindowController->setFiles(files);
 }
 
 void AuxiliaryWindowsManager::openAboutWindow(QWidget *parent)
@@ -55,13 +58,40 @@ void AuxiliaryWindowsManager::openAboutWindow(QWidget *parent)
     box->show();
 }
 
-void AuxiliaryWindowsManager::toggleQuickview()
+QuickviewWindowController *AuxiliaryWindowsManager::quickviewWindowController() const
 {
-    logDebug(QStringLiteral("The quick view is not available in this build"));
+    return m_quickviewWindowController;
 }
 
+void AuxiliaryWindowsManager::toggleQuickview()
+{
+    if (m_quickviewWindowController) {
+        m_quickviewWindowController->close();
+        return;
+    }
+    showQuickview();
+}
+
+void AuxiliaryWindowsManager::showQuickview()
+{
+    if (m_quickviewWindowController)
+        return;
+    auto *controller = new QuickviewWindowController(m_settings, this, m_recentlySelectedFiles.value(0));
+    controller->setFiles(m_recentlySelectedFiles);
+    m_quickviewWindowController = controller;
+    controller->show();
+    Q_EMIT quickviewChanged();
+}
+
+// The quick view, about and bug-reporter slots are checked in that order; the first match goes.
 void AuxiliaryWindowsManager::windowControllerWillClose(QObject *controller)
 {
-    if (controller && controller == m_aboutWindowController.data())
+    if (!controller)
+        return;
+    if (controller == m_quickviewWindowController.data()) {
+        m_quickviewWindowController = nullptr;
+        Q_EMIT quickviewChanged();
+    } else if (controller == m_aboutWindowController.data()) {
         m_aboutWindowController = nullptr;
+    }
 }

@@ -8,13 +8,15 @@
 #include <QPointer>
 
 class AppSettings;
+class QuickviewWindowController;
 class QWidget;
 
-// The windows that exist at most once (quick view, about, bug reporter, settings), the files last
-// selected in any main window, and the one-shot launch flag.
+// The windows that exist at most once (quick view, about, bug reporter, settings) and the files
+// last selected in any main window, which the quick view follows.
 //
-// The launch flag is `quickviewOpensOnLaunch`: set, the next plain start opens the quick view on
-// its own instead of a main window, and the flag is cleared as it is read, so it fires once.
+// `quickviewOpensOnLaunch` is the user's preference that a plain start opens the quick view beside
+// the main window; it is read, never cleared, so it holds for every start until the user changes
+// it.
 class AuxiliaryWindowsManager : public QObject, public WindowManager
 {
     Q_OBJECT
@@ -24,21 +26,28 @@ public:
     static AuxiliaryWindowsManager &shared();
     static void setShared(AuxiliaryWindowsManager *manager); // not owned
 
-    // Whether this plain start is taken by the one-shot launch flag (cleared on reading).
-    bool consumeLaunchFlag();
+    // Whether a plain start opens the quick view too.
+    bool opensQuickviewOnLaunch() const;
 
     const QList<PXFilePtr> &recentlySelectedFiles() const { return m_recentlySelectedFiles; }
-    // Main windows tell it their selection.
-    void setRecentlySelectedFiles(const QList<PXFilePtr> &files) { m_recentlySelectedFiles = files; }
+    // Main windows tell it their selection; an open quick view shows it.
+    void setRecentlySelectedFiles(const QList<PXFilePtr> &files);
 
     void openAboutWindow(QWidget *parent);
-    // The quick view arrives with the viewer; until then toggling says so in the log.
+    // Opens the quick view on the first of the recently selected files, or closes it.
     void toggleQuickview();
+    // Opens the quick view unless it is open.
+    void showQuickview();
+    QuickviewWindowController *quickviewWindowController() const;
 
     void windowControllerWillClose(QObject *controller) override;
 
+Q_SIGNALS:
+    void quickviewChanged();
+
 private:
     AppSettings *m_settings;
+    QPointer<QuickviewWindowController> m_quickviewWindowController;
     QPointer<QWidget> m_aboutWindowController;
     QList<PXFilePtr> m_recentlySelectedFiles;
 };

@@ -3,6 +3,8 @@
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/app/AuxiliaryWindowsManager.h"
+#include "ui/app/ImageWindowsManager.h"
+#include "ui/app/SlideshowWindowsManager.h"
 #include "ui/app/WarningsManager.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -121,4 +123,14 @@ void MainWindowsManager::folderDepthIncreased(QWidget *window)
 void MainWindowsManager::thumbnailSelectionChanged(const QList<PXFilePtr> &files)
 {
     AuxiliaryWindowsManager::shared().setRecentlySelectedFiles(files);
+}
+
+void MainWindowsManager::openInViewer(const PXFilePtr &file, const QList<PXFilePtr> &set)
+{
+    ImageWindowsManager::shared().openFile(file, set);
+}
+
+void MainWindowsManager::startSlideshow(const QList<PXFilePtr> &sources)
+{
+    SlideshowWindowsManager::shared().startSlideshow(sources);
 }

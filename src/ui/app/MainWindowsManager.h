@@ -45,6 +45,8 @@ public:
     void windowControllerWillClose(QObject *controller) override;
     void folderDepthIncreased(QWidget *window) override;
     void thumbnailSelectionChanged(const QList<PXFilePtr> &files) override;
+    void openInViewer(const PXFilePtr &file, const QList<PXFilePtr> &set) override;
+    void startSlideshow(const QList<PXFilePtr> &sources) override;
 
 Q_SIGNALS:
     void windowControllersChanged();

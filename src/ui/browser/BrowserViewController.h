@@ -6,13 +6,15 @@
 #include <QList>
 #include <QWidget>
 
-class PreviewView;
+class MediaViewController;
 class QSplitter;
 class ThumbnailsViewController;
 
 // The browser of a main window: the thumbnail grid and, on the side the window's browserLayout
-// chooses, a preview of the selected image scaled to fit. With the preview on top the grid
-// becomes one row under it.
+// chooses, the embedded viewer, which shows the first selected file (an image zoomable and
+// rotatable, a video with its controls) and decodes the files beside it in the grid ahead, so
+// that stepping through a folder shows each picture at once. With the preview on top the grid
+// becomes one row under it; with no preview the viewer shows nothing and decodes nothing.
 class BrowserViewController : public QWidget
 {
     Q_OBJECT
@@ -22,7 +24,7 @@ public:
     ~BrowserViewController() override;
 
     ThumbnailsViewController *thumbnailsViewController() const { return m_thumbnails; }
-    PreviewView *previewView() const { return m_preview; }
+    MediaViewController *mediaView() const { return m_viewer; }
     // The sidebar's selection.
     void setSources(const QList<PXFilePtr> &folders);
 
@@ -34,9 +36,11 @@ Q_SIGNALS:
 
 private:
     void applyLayout();
+    void showSelection();
+    void applyViewerSettings();
 
     WindowSettingsPtr m_windowSettings;
     QSplitter *m_splitter;
     ThumbnailsViewController *m_thumbnails;
-    PreviewView *m_preview;
+    MediaViewController *m_viewer;
 };

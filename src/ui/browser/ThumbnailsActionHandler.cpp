@@ -243,6 +243,36 @@ void ThumbnailsActionHandler::previousImageInBrowser()
     stepImage(-1);
 }
 
+void ThumbnailsActionHandler::startSlideshow()
+{
+    if (hasSelection())
+        startSlideshowWithSelected();
+    else
+        startSlideshowInFolder();
+}
+
+void ThumbnailsActionHandler::startSlideshowWithSelected()
+{
+    if (const QList<PXFilePtr> selected = m_pane->selectedFiles(); !selected.isEmpty())
+        Q_EMIT slideshowRequested(selected);
+}
+
+void ThumbnailsActionHandler::startSlideshowInFolder()
+{
+    if (!m_pane->sources().isEmpty())
+        Q_EMIT slideshowRequested(m_pane->sources());
+}
+
+bool ThumbnailsActionHandler::canStartSlideshow() const
+{
+    return hasSelection() || canStartSlideshowInFolder();
+}
+
+bool ThumbnailsActionHandler::canStartSlideshowInFolder() const
+{
+    return !m_pane->sources().isEmpty() && hasFiles();
+}
+
 void ThumbnailsActionHandler::scrollSelectionToVisible()
 {
     ThumbnailGridView *grid = m_pane->gridView();

@@ -63,6 +63,12 @@ public:
     void nextImageInBrowser();
     void previousImageInBrowser();
     void scrollSelectionToVisible();
+    // Slideshows: of the selection (else of the pane's folders), of the selection, of the folders.
+    void startSlideshow();
+    void startSlideshowWithSelected();
+    void startSlideshowInFolder();
+    bool canStartSlideshow() const;
+    bool canStartSlideshowInFolder() const;
 
     bool hasSelection() const;
     bool hasFiles() const;
@@ -78,6 +84,8 @@ public:
 
 Q_SIGNALS:
     void openRequested(const QList<PXFilePtr> &files);
+    // Files and folders to show as a slideshow.
+    void slideshowRequested(const QList<PXFilePtr> &sources);
     void flagChangeRequested(const QList<PXFilePtr> &files, FileFlag flag);
     void errorOccurred(const QString &title, const QString &text);
 

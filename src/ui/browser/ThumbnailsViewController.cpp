@@ -173,6 +173,8 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     m_dropValidator.reset();
     m_selectedFiles.clear();
     m_newFile.reset();
+    if (m_fileToSelect && !folders.contains(PXFile::from(m_fileToSelect->parentItem())))
+        m_fileToSelect.reset();
     // The grid empties at once; the new folders' files follow as they are listed.
     // Offscreen first: that takes the waiting requests out of the generator's queue.
     for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile)) {
@@ -334,6 +336,8 @@ void ThumbnailsViewController::publish()
     updateVisibility();
     updateStatus();
     restoreStateIfSettled();
+    if (m_fileToSelect)
+        selectWhenShown(m_fileToSelect);
     if (m_collection->isSettled())
         checkSourcesExist();
 }
@@ -565,6 +569,17 @@ void ThumbnailsViewController::editNameWhenShown(const PXFilePtr &file)
         m_newFile.reset();
         m_grid->setSelectedIndexes({*it}, *it);
         m_grid->editName(*it);
+    }
+}
+
+void ThumbnailsViewController::selectWhenShown(const PXFilePtr &file)
+{
+    m_fileToSelect = file;
+    const auto it = m_indexByFile.constFind(file.get());
+    if (it != m_indexByFile.cend()) {
+        m_fileToSelect.reset();
+        m_grid->setSelectedIndexes({*it}, *it);
+        m_grid->scrollToItem(*it);
     }
 }
 

@@ -69,6 +69,9 @@ public:
     void selectFiles(const QList<PXFilePtr> &files, bool scroll = true);
     // Selects `file` and opens its name for editing, now or as soon as it is listed (a new folder).
     void editNameWhenShown(const PXFilePtr &file);
+    // Selects `file` and brings it into view, now or as soon as it is listed (a file handed to
+    // a new window); forgotten when the pane moves to sources that do not hold its folder.
+    void selectWhenShown(const PXFilePtr &file);
 
     ThumbnailGridView *gridView() const { return m_grid; }
     ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
@@ -132,6 +135,7 @@ private:
     QHash<QString, ThumbnailsSavedState> m_savedStates;
     bool m_needsRestore = false;
     PXFilePtr m_newFile;
+    PXFilePtr m_fileToSelect;
     ThumbnailsSearchType m_searchType = ThumbnailsSearchType::filename;
     QString m_searchString;
     FileDropValidator m_dropValidator;

@@ -86,6 +86,29 @@ enum class Id : int {
     rotate180,
     rotateClockwise,
     rotateCounterclockwise,
+    // The viewer's commands without menu items (hotkeys only)
+    moveImageLeft,
+    moveImageRight,
+    moveImageUp,
+    moveImageDown,
+    moveImageUpLeft,
+    moveImageUpRight,
+    moveImageDownLeft,
+    moveImageDownRight,
+    recenterImage,
+    nextImageInFolder,
+    previousImageInFolder,
+    videoPlayPause,
+    videoFastBackward,
+    videoFastForward,
+    videoSlow,
+    videoJumpBackward15,
+    videoJumpForward15,
+    videoNextFrame,
+    videoPreviousFrame,
+    videoMute,
+    videoVolumeDown,
+    videoVolumeUp,
     // The thumbnail pane
     performOpen,
     openInApp,
@@ -124,8 +147,9 @@ Q_ENUM_NS(Id)
 using CommandId = Commands::Id;
 
 // The object that runs a command: the tabbed top-level window, the content of its current tab,
-// that content's thumbnail pane, or the application.
-enum class CommandOwner { tabbedWindow, window, pane, application };
+// that content's thumbnail pane, the media viewer of the window (the main window's embedded
+// viewer, the quick view's, an image window's, a slideshow's), or the application.
+enum class CommandOwner { tabbedWindow, window, pane, viewer, application };
 
 // What a command takes besides the window it was sent from: nothing, a number (the value of a
 // choice, a step) or a text (a path, a search).

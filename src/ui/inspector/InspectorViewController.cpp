@@ -24,6 +24,7 @@ InspectorViewController::InspectorViewController(WindowSettingsPtr settings, QWi
     , m_windowSettings(settings ? std::move(settings) : std::make_shared<WindowSettings>())
     , m_stack(new QStackedWidget(this))
     , m_placeholder(new QLabel(tr("No Selection"), this))
+    , m_failureLabel(new QLabel(this))
     , m_tabs(new QTabWidget(this))
     , m_loader(new ImagePropertiesLoader(nullptr, this))
 {
@@ -33,7 +34,20 @@ InspectorViewController::InspectorViewController(WindowSettingsPtr settings, QWi
     m_placeholder->setAlignment(Qt::AlignCenter);
     m_placeholder->setEnabled(false);
     m_stack->addWidget(m_placeholder);
-    m_stack->addWidget(m_tabs);
+    auto *page = new QWidget(this);
+    auto *pageLayout = new QVBoxLayout(page);
+    pageLayout->setContentsMargins(0, 0, 0, 0);
+    pageLayout->setSpacing(0);
+    m_failureLabel->setWordWrap(true);
+    m_failureLabel->setTextFormat(Qt::PlainText);
+    m_failureLabel->setContentsMargins(8, 6, 8, 6);
+    m_failureLabel->setForegroundRole(QPalette::BrightText);
+    m_failureLabel->setBackgroundRole(QPalette::Dark);
+    m_failureLabel->setAutoFillBackground(true);
+    m_failureLabel->hide();
+    pageLayout->addWidget(m_failureLabel);
+    pageLayout->addWidget(m_tabs, 1);
+    m_stack->addWidget(page);
     m_tabs->setDocumentMode(true);
     // Going back to a file shown before costs no read while the file is unchanged.
     m_loader->setCache(&ImagePropertiesManager::shared());
@@ -71,6 +85,7 @@ void InspectorViewController::setFiles(const QList<PXFilePtr> &files)
     m_items.clear();
     m_loader->cancel();
     ++m_generation;
+    showFailures({});
     if (files.isEmpty()) {
         m_rowsPending = false;
         for (QList<InspectorRow> &rows : m_rows)
@@ -81,7 +96,7 @@ void InspectorViewController::setFiles(const QList<PXFilePtr> &files)
         Q_EMIT rowsChanged();
         return;
     }
-    m_stack->setCurrentWidget(m_tabs);
+    m_stack->setCurrentWidget(m_tabs->parentWidget());
     rebuildRows(true);
 }
 
@@ -119,6 +134,7 @@ void InspectorViewController::rebuildRows(bool startLoading)
                 if (!self || generation != self->m_generation)
                     return;
                 self->m_items = state.results;
+                self->showFailures(state.errors);
                 self->rebuildRows(false);
             });
         });
@@ -132,6 +148,22 @@ void InspectorViewController::showRows(const QList<QList<InspectorRow>> &rowsByT
         fillTab(m_trees[i], rowsByTab[i]);
     }
     Q_EMIT rowsChanged();
+}
+
+void InspectorViewController::showFailures(const QList<ImagePropertiesError> &errors)
+{
+    QStringList lines;
+    for (const ImagePropertiesError &error : errors) {
+        const QString reason = error.reason.isEmpty() ? tr("it cannot be read as an image") : error.reason;
+        lines.append(tr("The metadata of “%1” cannot be shown: %2").arg(error.file->displayName(), reason));
+    }
+    m_failureLabel->setText(lines.join(QLatin1Char('\n')));
+    m_failureLabel->setVisible(!lines.isEmpty());
+}
+
+QString InspectorViewController::failureText() const
+{
+    return m_failureLabel->text();
 }
 
 QList<InspectorRow> InspectorViewController::rows(InspectorTab tab) const

@@ -18,7 +18,8 @@ class QTreeWidget;
 // EXIF, IPTC, GPS and TIFF, each a list of sections and rows ("Mixed Values" where the selected
 // files differ). A new selection cancels the running load: the file rows show at once, the image
 // rows follow when the records are read. Rows are made off the GUI thread, since some of them
-// open the files.
+// open the files. A file whose metadata cannot be read says so above the tabs, with the reader's
+// reason, and keeps its file rows.
 class InspectorViewController : public QWidget
 {
     Q_OBJECT
@@ -34,6 +35,8 @@ public:
     // What the tab shows now, for tests and the window's copy command.
     QList<InspectorRow> rows(InspectorTab tab) const;
     bool isLoading() const;
+    // Why files of the selection could not be read, one line each; empty when all were read.
+    QString failureText() const;
 
     // The OpenStreetMap address of a position.
     static QUrl mapUrl(double latitude, double longitude);
@@ -45,12 +48,14 @@ Q_SIGNALS:
 private:
     void rebuildRows(bool startLoading);
     void showRows(const QList<QList<InspectorRow>> &rowsByTab);
+    void showFailures(const QList<ImagePropertiesError> &errors);
     void fillTab(QTreeWidget *tree, const QList<InspectorRow> &rows);
     QString mapText(const InspectorRow &row) const;
 
     WindowSettingsPtr m_windowSettings;
     QStackedWidget *m_stack;
     QLabel *m_placeholder;
+    QLabel *m_failureLabel;
     QTabWidget *m_tabs;
     QList<QTreeWidget *> m_trees;
     ImagePropertiesLoader *m_loader;

@@ -1,6 +1,7 @@
 #include "ui/windows/CommandRegistry.h"
 
 #include "ui/browser/ThumbnailsActionHandler.h"
+#include "ui/viewer/MediaViewActionHandler.h"
 #include "ui/windows/MainWindowActionHandler.h"
 #include "ui/windows/TabbedWindow.h"
 
@@ -20,6 +21,7 @@ CommandRegistry::CommandRegistry()
     declareApplicationCommands();
     declareFrameCommands();
     declareWindowCommands();
+    declareViewerCommands();
     declarePaneCommands();
     // A command left out of the table, or declared twice, is a programming error.
     for (int i = 0; i < ids.keyCount(); ++i) {
@@ -74,17 +76,22 @@ void CommandRegistry::declareApplicationCommands()
     add(CommandId::goToSite, TITLE("Pixcove Website")).ownedBy(app);
     add(CommandId::goToReleaseNotes, TITLE("Release Notes")).ownedBy(app);
     add(CommandId::terminate, TITLE("Quit")).key(QKeySequence::Quit).ownedBy(app);
+    // The space bar, as in file managers; a text field still takes its spaces.
+    add(CommandId::openQuickview, TITLE("Quick View")).key(Qt::Key_Space).checkable().ownedBy(app);
+    add(CommandId::startSlideshowWithOpenImageWindows, TITLE("Slideshow With Open Image Windows")).ownedBy(app);
+    add(CommandId::previousImageWindow, TITLE("Previous Image Window"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketLeft)
+        .ownedBy(app);
+    add(CommandId::nextImageWindow, TITLE("Next Image Window"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketRight)
+        .ownedBy(app);
     // Windows that do not exist yet.
     add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
     add(CommandId::openActivityWindow, TITLE("Activity")).unavailable();
-    add(CommandId::openQuickview, TITLE("Quick View")).key(Qt::CTRL | Qt::Key_Y).unavailable();
     add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).unavailable();
     add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
     add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();
     add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).unavailable();
-    add(CommandId::startSlideshowWithOpenImageWindows, TITLE("Slideshow With Open Image Windows")).unavailable();
-    add(CommandId::previousImageWindow, TITLE("Previous Image Window")).unavailable();
-    add(CommandId::nextImageWindow, TITLE("Next Image Window")).unavailable();
     add(CommandId::checkForUpdates, TITLE("Check for Updates…")).unavailable();
 }
 
@@ -201,18 +208,94 @@ void CommandRegistry::declareWindowCommands()
     add(CommandId::changeSidebarInfo, TITLE("Sidebar Counts"))
         .checkable()
         .on(&W::changeSidebarInfo, &W::changeSidebarInfoState);
+}
 
-    // The embedded viewer, which does not exist yet.
-    add(CommandId::scaleToFit, TITLE("Scale to Fit")).key(Qt::CTRL | Qt::Key_0).unavailable();
-    add(CommandId::fitToScreen, TITLE("Fit to Screen")).unavailable();
-    add(CommandId::zoomTo200Percent, TITLE("Zoom to 200%")).unavailable();
-    add(CommandId::zoomTo100Percent, TITLE("Zoom to 100%")).key(Qt::CTRL | Qt::Key_1).unavailable();
-    add(CommandId::zoomTo50Percent, TITLE("Zoom to 50%")).unavailable();
-    add(CommandId::zoomIn, TITLE("Zoom In")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus).unavailable();
-    add(CommandId::zoomOut, TITLE("Zoom Out")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus).unavailable();
-    add(CommandId::rotate180, TITLE("Rotate 180°")).unavailable();
-    add(CommandId::rotateClockwise, TITLE("Rotate Clockwise")).key(Qt::CTRL | Qt::Key_R).unavailable();
-    add(CommandId::rotateCounterclockwise, TITLE("Rotate Counterclockwise")).key(Qt::CTRL | Qt::Key_L).unavailable();
+// The media viewer's: the main window's embedded viewer, the quick view, image windows and
+// slideshows run them on their own viewer.
+void CommandRegistry::declareViewerCommands()
+{
+    using V = MediaViewActionHandler;
+    add(CommandId::scaleToFit, TITLE("Scale to Fit"))
+        .key(Qt::CTRL | Qt::Key_0)
+        .checkable()
+        .on(&V::scaleToFit, &V::scaleToFitState);
+    add(CommandId::fitToScreen, TITLE("Fit Window to Image")).on(&V::fitToScreen, &V::canFitToScreen);
+    add(CommandId::zoomTo200Percent, TITLE("Zoom to 200%"))
+        .key(Qt::CTRL | Qt::Key_2)
+        .on(&V::zoomTo200Percent, &V::canChangeImage);
+    add(CommandId::zoomTo100Percent, TITLE("Zoom to 100%"))
+        .key(Qt::CTRL | Qt::Key_1)
+        .on(&V::zoomTo100Percent, &V::canChangeImage);
+    add(CommandId::zoomTo50Percent, TITLE("Zoom to 50%"))
+        .key(Qt::CTRL | Qt::Key_5)
+        .on(&V::zoomTo50Percent, &V::canChangeImage);
+    add(CommandId::zoomIn, TITLE("Zoom In"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus)
+        .on(&V::zoomIn, &V::canChangeImage);
+    add(CommandId::zoomOut, TITLE("Zoom Out"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus)
+        .on(&V::zoomOut, &V::canChangeImage);
+    add(CommandId::rotate180, TITLE("Rotate 180°")).on(&V::rotate180, &V::canChangeImage);
+    add(CommandId::rotateClockwise, TITLE("Rotate Clockwise"))
+        .key(Qt::CTRL | Qt::Key_R)
+        .on(&V::rotateClockwise, &V::canChangeImage);
+    add(CommandId::rotateCounterclockwise, TITLE("Rotate Counterclockwise"))
+        .key(Qt::CTRL | Qt::Key_L)
+        .on(&V::rotateCounterclockwise, &V::canChangeImage);
+
+    // Keyboard image scrolling: with Alt and Shift, so that the arrows stay the grid's.
+    const auto scroll = Qt::ALT | Qt::SHIFT;
+    add(CommandId::moveImageLeft, TITLE("Scroll Image Left"))
+        .key(scroll | Qt::Key_Left)
+        .on(&V::moveImageLeft, &V::canChangeImage);
+    add(CommandId::moveImageRight, TITLE("Scroll Image Right"))
+        .key(scroll | Qt::Key_Right)
+        .on(&V::moveImageRight, &V::canChangeImage);
+    add(CommandId::moveImageUp, TITLE("Scroll Image Up"))
+        .key(scroll | Qt::Key_Up)
+        .on(&V::moveImageUp, &V::canChangeImage);
+    add(CommandId::moveImageDown, TITLE("Scroll Image Down"))
+        .key(scroll | Qt::Key_Down)
+        .on(&V::moveImageDown, &V::canChangeImage);
+    add(CommandId::moveImageUpLeft, TITLE("Scroll Image Up and Left")).on(&V::moveImageUpLeft, &V::canChangeImage);
+    add(CommandId::moveImageUpRight, TITLE("Scroll Image Up and Right")).on(&V::moveImageUpRight, &V::canChangeImage);
+    add(CommandId::moveImageDownLeft, TITLE("Scroll Image Down and Left"))
+        .on(&V::moveImageDownLeft, &V::canChangeImage);
+    add(CommandId::moveImageDownRight, TITLE("Scroll Image Down and Right"))
+        .on(&V::moveImageDownRight, &V::canChangeImage);
+    add(CommandId::recenterImage, TITLE("Center Image"))
+        .key(scroll | Qt::Key_Home)
+        .on(&V::recenterImage, &V::canChangeImage);
+    // Stepping through a viewer window's files; the main window steps through its grid instead.
+    add(CommandId::nextImageInFolder, TITLE("Next Image in Folder"))
+        .key(Qt::Key_Right)
+        .on(&V::nextImageInFolder, &V::canStepForward);
+    add(CommandId::previousImageInFolder, TITLE("Previous Image in Folder"))
+        .key(Qt::Key_Left)
+        .on(&V::previousImageInFolder, &V::canStepBackward);
+
+    // The video player.
+    add(CommandId::videoPlayPause, TITLE("Play or Pause Video")).key(Qt::Key_K).on(&V::videoPlayPause, &V::hasVideo);
+    add(CommandId::videoFastBackward, TITLE("Fast Backward"))
+        .key(Qt::SHIFT | Qt::Key_J)
+        .on(&V::videoFastBackward, &V::hasVideo);
+    add(CommandId::videoFastForward, TITLE("Fast Forward"))
+        .key(Qt::SHIFT | Qt::Key_L)
+        .on(&V::videoFastForward, &V::hasVideo);
+    add(CommandId::videoSlow, TITLE("Slow Down")).key(Qt::SHIFT | Qt::Key_K).on(&V::videoSlow, &V::hasVideo);
+    add(CommandId::videoJumpBackward15, TITLE("Jump Back 15 Seconds"))
+        .key(Qt::Key_J)
+        .on(&V::videoJumpBackward15, &V::hasVideo);
+    add(CommandId::videoJumpForward15, TITLE("Jump Forward 15 Seconds"))
+        .key(Qt::Key_L)
+        .on(&V::videoJumpForward15, &V::hasVideo);
+    add(CommandId::videoNextFrame, TITLE("Next Frame")).key(Qt::Key_Period).on(&V::videoNextFrame, &V::hasVideo);
+    add(CommandId::videoPreviousFrame, TITLE("Previous Frame"))
+        .key(Qt::Key_Comma)
+        .on(&V::videoPreviousFrame, &V::hasVideo);
+    add(CommandId::videoMute, TITLE("Mute")).key(Qt::Key_M).on(&V::videoMute, &V::hasVideo);
+    add(CommandId::videoVolumeDown, TITLE("Volume Down")).key(Qt::Key_9).on(&V::videoVolumeDown, &V::hasVideo);
+    add(CommandId::videoVolumeUp, TITLE("Volume Up")).key(Qt::Key_0).on(&V::videoVolumeUp, &V::hasVideo);
 }
 
 void CommandRegistry::declarePaneCommands()
@@ -252,16 +335,17 @@ void CommandRegistry::declarePaneCommands()
     add(CommandId::scrollSelectionToVisible, TITLE("Show Selection"))
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_L)
         .on(&P::scrollSelectionToVisible, &P::hasSelection);
-    // Activities, slideshows, colour labels and volumes, which the pane does not run yet.
+    // Activities, colour labels and volumes, which the pane does not run yet.
     add(CommandId::moveToMenuAction, TITLE("Move To")).unavailable();
     add(CommandId::revealOriginal, TITLE("Reveal Original")).unavailable();
     add(CommandId::ejectSelected, TITLE("Eject")).unavailable();
     add(CommandId::changeFinderLabel, TITLE("Label:")).unavailable();
-    add(CommandId::startSlideshow, TITLE("Slideshow With Selected")).unavailable();
+    add(CommandId::startSlideshow, TITLE("Slideshow With Selected")).on(&P::startSlideshow, &P::canStartSlideshow);
     add(CommandId::startSlideshowWithSelected, TITLE("Slideshow With Selected"))
         .key(Qt::CTRL | Qt::ALT | Qt::Key_S)
-        .unavailable();
-    add(CommandId::startSlideshowInFolder, TITLE("Slideshow With Contents")).unavailable();
+        .on(&P::startSlideshowWithSelected, &P::hasSelection);
+    add(CommandId::startSlideshowInFolder, TITLE("Slideshow With Contents"))
+        .on(&P::startSlideshowInFolder, &P::canStartSlideshowInFolder);
     add(CommandId::rotateClockwisePermanent, TITLE("Rotate Clockwise")).unavailable();
     add(CommandId::rotateCounterclockwisePermanent, TITLE("Rotate Counterclockwise")).unavailable();
 }

@@ -39,6 +39,7 @@ private:
     void declareApplicationCommands();
     void declareFrameCommands();
     void declareWindowCommands();
+    void declareViewerCommands();
     void declarePaneCommands();
 
     // Never resized after the table is declared: items keep references to their commands.

@@ -18,4 +18,9 @@ public:
     // A window's thumbnail selection changed; the latest of any window is the one the quick view
     // and the services follow.
     virtual void thumbnailSelectionChanged(const QList<PXFilePtr> &files) = 0;
+    // The user opened `file` (Return, a double click, "Open"): shown where the settings say, in
+    // a viewer that steps through `set`.
+    virtual void openInViewer(const PXFilePtr &file, const QList<PXFilePtr> &set) = 0;
+    // A slideshow of files and folders.
+    virtual void startSlideshow(const QList<PXFilePtr> &sources) = 0;
 };

@@ -6,6 +6,7 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/thumbnails/ThumbnailItem.h"
 #include "ui/browser/BrowserViewController.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
@@ -14,6 +15,8 @@
 #include "ui/sidebar/FolderTreeModel.h"
 #include "ui/sidebar/PathBar.h"
 #include "ui/sidebar/SidebarViewController.h"
+#include "ui/viewer/MediaViewActionHandler.h"
+#include "ui/viewer/MediaViewController.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainToolbarBuilder.h"
 #include "ui/windows/MainWindowActionHandler.h"
@@ -145,6 +148,13 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, M
     connect(m_browserViewController, &BrowserViewController::openRequested, this, &MainWindowViewController::openFiles);
     connect(m_browserViewController, &BrowserViewController::sourceVanished, this,
             &MainWindowViewController::showNearestExistingParent);
+    connect(thumbnailsViewController()->actionHandler(), &ThumbnailsActionHandler::slideshowRequested, this,
+            [this](const QList<PXFilePtr> &sources) {
+                if (m_host)
+                    m_host->startSlideshow(sources);
+            });
+    connect(m_browserViewController->mediaView(), &MediaViewController::commandsChanged, this,
+            &MainWindowViewController::commandsChanged);
     connect(m_pathBar, &PathBar::folderChosen, m_sidebarViewController, &SidebarViewController::revealFolder);
     connectFlagsAndErrors();
     // The pane's context menu is made of the registry's commands, like this window's menus.
@@ -162,6 +172,9 @@ MainWindowViewController::MainWindowViewController(WindowSettingsPtr settings, M
         sourcesChanged(m_sidebarViewController->sources());
         recordPlace();
     }
+    // A file handed over is selected (and so shown) in its folder, not only its folder opened.
+    if (file && !file->isDirectory())
+        thumbnailsViewController()->selectWhenShown(file);
     m_layoutComplete = true;
 }
 
@@ -395,8 +408,9 @@ void MainWindowViewController::thumbnailSelectionChanged(const QList<PXFilePtr> 
     Q_EMIT commandsChanged();
 }
 
-// Folders are entered; other files open in their default application until Pixcove's own viewer
-// windows arrive.
+// A folder is entered. Images and videos are shown in Pixcove's viewer (or where the settings
+// send them): several opened together are the set the viewer steps through, one alone steps
+// through the grid's pictures. Other files go to the application the desktop opens them with.
 void MainWindowViewController::openFiles(const QList<PXFilePtr> &files)
 {
     for (const PXFilePtr &file : files) {
@@ -405,10 +419,25 @@ void MainWindowViewController::openFiles(const QList<PXFilePtr> &files)
             return;
         }
     }
+    QList<PXFilePtr> media;
     for (const PXFilePtr &file : files) {
-        if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file->path())))
+        if (file->isImage() || file->isVideo())
+            media.append(file);
+        else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file->path())))
             showNotice(tr("No application opens “%1”.").arg(file->displayName()));
     }
+    if (media.isEmpty() || !m_host)
+        return;
+    QList<PXFilePtr> set = media;
+    if (media.size() == 1) {
+        set.clear();
+        ThumbnailsViewController *pane = thumbnailsViewController();
+        for (int i = 0; i < pane->fileCount(); ++i) {
+            if (const PXFilePtr file = pane->itemAt(i)->file(); file->isImage() || file->isVideo())
+                set.append(file);
+        }
+    }
+    m_host->openInViewer(media.first(), set);
 }
 
 void MainWindowViewController::showNearestExistingParent(const PXFilePtr &folder, const QString &reason)
@@ -454,6 +483,7 @@ QObject *MainWindowViewController::ownerObject(CommandOwner owner) const
     switch (owner) {
     case CommandOwner::window: return m_actionHandler;
     case CommandOwner::pane: return thumbnailsViewController()->actionHandler();
+    case CommandOwner::viewer: return m_browserViewController->mediaView()->actionHandler();
     case CommandOwner::tabbedWindow:
     case CommandOwner::application: break;
     }

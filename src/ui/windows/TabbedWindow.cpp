@@ -17,6 +17,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QSet>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QTimer>
@@ -61,6 +62,20 @@ TabbedWindow::TabbedWindow(QWidget *parent)
     setCentralWidget(central);
 
     m_actions = MainMenuBar::build(menuBar(), m_registry);
+    // The viewer's commands without a menu item work by their keys. Stepping is the grid's here:
+    // its arrows stay with it.
+    QSet<int> inMenus;
+    for (const CommandAction *action : std::as_const(m_actions))
+        inMenus.insert(int(action->commandId()));
+    for (const Command &command : m_registry.commands()) {
+        if (command.owner() != CommandOwner::viewer || inMenus.contains(int(command.id()))
+            || command.id() == CommandId::nextImageInFolder || command.id() == CommandId::previousImageInFolder)
+            continue;
+        auto *action = new CommandAction(command, {}, {}, this);
+        action->setShortcut(command.defaultKey());
+        action->setEnabled(false);
+        m_actions.append(action);
+    }
     for (CommandAction *action : std::as_const(m_actions)) {
         addAction(action); // shortcuts work while the menu bar is hidden too
         connect(action, &QAction::triggered, this,
@@ -171,7 +186,8 @@ bool TabbedWindow::performCommand(CommandId id, const QVariant &argument)
     case CommandOwner::tabbedWindow: return command.perform(this, argument, this);
     case CommandOwner::application: return command.perform(m_registry.application(), argument, this);
     case CommandOwner::window:
-    case CommandOwner::pane: break;
+    case CommandOwner::pane:
+    case CommandOwner::viewer: break;
     }
     MainWindowController *controller = currentController();
     return controller && controller->mainViewController()->performCommand(command, argument);
@@ -184,7 +200,8 @@ CommandState TabbedWindow::commandState(CommandId id, const QVariant &argument) 
     case CommandOwner::tabbedWindow: return command.state(this, argument);
     case CommandOwner::application: return command.state(m_registry.application(), argument);
     case CommandOwner::window:
-    case CommandOwner::pane: break;
+    case CommandOwner::pane:
+    case CommandOwner::viewer: break;
     }
     const MainWindowController *controller = currentController();
     return controller ? controller->mainViewController()->commandState(command, argument) : CommandState{};

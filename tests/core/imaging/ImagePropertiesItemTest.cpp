@@ -188,3 +188,34 @@ TEST(ImagePropertiesItem, loadsAFileOrSaysWhyNot)
     EXPECT_EQ(error, LoadingError::cannotLoadData);
     EXPECT_FALSE(reason.isEmpty());
 }
+
+// Many programs write the description, keywords, title and creator to XMP only; the IPTC block
+// keeps precedence where a file has both.
+TEST(ImagePropertiesItem, fillsTheIptcValuesFromXmpWhereTheIptcBlockHasNone)
+{
+    TestDir dir;
+    TestImages::JpegOptions xmpOnly;
+    xmpOnly.extra.insert(QStringLiteral("Xmp.dc.subject"), QStringLiteral("harbour"));
+    xmpOnly.extra.insert(QStringLiteral("Xmp.dc.description"), QStringLiteral("Boats at dawn"));
+    xmpOnly.extra.insert(QStringLiteral("Xmp.dc.title"), QStringLiteral("Morning"));
+    xmpOnly.extra.insert(QStringLiteral("Xmp.dc.creator"), QStringLiteral("Ana Lima"));
+    const QString onlyXmp = TestImages::writeJpeg(dir.filePath(QStringLiteral("xmp.jpg")), QSize(32, 32), xmpOnly);
+    const ImagePropertiesItemPtr fromXmp = ImagePropertiesItem::load(PXFile::fileForPath(onlyXmp));
+    ASSERT_TRUE(fromXmp);
+    EXPECT_EQ(fromXmp->keywords, QStringList{QStringLiteral("harbour")});
+    EXPECT_EQ(fromXmp->caption, QStringLiteral("Boats at dawn"));
+    EXPECT_EQ(fromXmp->headline, QStringLiteral("Morning"));
+    EXPECT_EQ(fromXmp->byline, QStringLiteral("Ana Lima"));
+
+    TestImages::JpegOptions both = xmpOnly;
+    both.keywords = {QStringLiteral("quay")};
+    both.extra.insert(QStringLiteral("Iptc.Application2.Caption"), QStringLiteral("Fishing boats"));
+    both.extra.insert(QStringLiteral("Xmp.photoshop.Headline"), QStringLiteral("Dawn"));
+    const QString bothPath = TestImages::writeJpeg(dir.filePath(QStringLiteral("both.jpg")), QSize(32, 32), both);
+    const ImagePropertiesItemPtr fromBoth = ImagePropertiesItem::load(PXFile::fileForPath(bothPath));
+    ASSERT_TRUE(fromBoth);
+    EXPECT_EQ(fromBoth->keywords, QStringList{QStringLiteral("quay")});
+    EXPECT_EQ(fromBoth->caption, QStringLiteral("Fishing boats"));
+    EXPECT_EQ(fromBoth->headline, QStringLiteral("Dawn"));
+    EXPECT_EQ(fromBoth->byline, QStringLiteral("Ana Lima"));
+}

@@ -8,6 +8,7 @@
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/QuickviewWindowController.h"
 #include "ui/windows/TabbedWindow.h"
 #include "ui/windows/ValidatingToolbar.h"
 
@@ -153,19 +154,27 @@ TEST(AppShell, QuittingAsksTheActivitiesThenClosesEverythingInOrder)
     Q_UNUSED(first);
 }
 
-TEST(AppShell, LaunchOpensAWindowOnlyForAPlainStartNotTakenByTheLaunchFlag)
+TEST(AppShell, LaunchOpensAWindowForAPlainStartAndTheQuickViewWhenTheSettingSaysSo)
 {
     ShellFixture shell;
     {
+        // The preference opens the quick view beside the main window, and stays set.
         Delegate app;
         shell.settings()->setQuickviewOpensOnLaunch(true);
         app.delegate.applicationDidFinishLaunching({});
-        EXPECT_TRUE(shell.windows->windowControllers().isEmpty());
-        EXPECT_FALSE(shell.settings()->quickviewOpensOnLaunch());
+        EXPECT_EQ(shell.windows->windowControllers().size(), 1);
+        ASSERT_TRUE(shell.auxiliary->quickviewWindowController());
+        EXPECT_TRUE(shell.auxiliary->quickviewWindowController()->window()->isVisible());
+        EXPECT_TRUE(shell.settings()->quickviewOpensOnLaunch());
+        shell.auxiliary->toggleQuickview();
+        EXPECT_FALSE(shell.auxiliary->quickviewWindowController());
+        shell.settings()->setQuickviewOpensOnLaunch(false);
     }
+    shell.windows->closeAll();
     {
         Delegate app;
         app.delegate.applicationDidFinishLaunching({});
+        EXPECT_FALSE(shell.auxiliary->quickviewWindowController());
         ASSERT_EQ(shell.windows->windowControllers().size(), 1);
         // Starting again with a visible window opens none; with the window closed, one.
         app.delegate.applicationShouldHandleReopen();
@@ -351,6 +360,21 @@ TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
         CommandId::scrollSelectionToVisible,
         CommandId::selectAll,
         CommandId::newFolder,
+        // The viewer's, with nothing shown, and the image windows', with none open.
+        CommandId::scaleToFit,
+        CommandId::fitToScreen,
+        CommandId::zoomTo200Percent,
+        CommandId::zoomTo100Percent,
+        CommandId::zoomTo50Percent,
+        CommandId::zoomIn,
+        CommandId::zoomOut,
+        CommandId::rotate180,
+        CommandId::rotateClockwise,
+        CommandId::rotateCounterclockwise,
+        CommandId::startSlideshowWithSelected,
+        CommandId::startSlideshowWithOpenImageWindows,
+        CommandId::previousImageWindow,
+        CommandId::nextImageWindow,
     });
     ASSERT_TRUE(window->mainViewController()->selectedFiles().isEmpty());
     QSet<QString> disabled;
@@ -363,7 +387,8 @@ TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
             unavailable.insert(command.identifier());
     }
     EXPECT_EQ(disabled, unavailable);
-    EXPECT_TRUE(unavailable.contains(QStringLiteral("zoomIn")));
+    EXPECT_TRUE(unavailable.contains(QStringLiteral("checkForUpdates")));
+    EXPECT_FALSE(unavailable.contains(QStringLiteral("zoomIn")));
 
     ThumbnailsViewController *pane = window->mainViewController()->thumbnailsViewController();
     ASSERT_TRUE(waitUntil([&] { return !pane->isLoading() && pane->fileCount() > 0; }));

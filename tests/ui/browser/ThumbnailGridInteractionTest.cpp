@@ -1,7 +1,7 @@
 #include "ui/browser/BrowserViewController.h"
-#include "ui/browser/PreviewView.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
+#include "ui/viewer/MediaViewController.h"
 
 #include "core/model/FileCollectionModel.h"
 #include "core/model/PXFile.h"
@@ -221,14 +221,15 @@ TEST(BrowserViewController, PreviewFollowsTheSelectionAndTheLayout)
     ThumbnailsViewController *pane = browser.thumbnailsViewController();
     ASSERT_TRUE(waitUntil([&] { return !pane->isLoading() && pane->files().size() == 3; }));
 
-    QSignalSpy shown(browser.previewView(), &PreviewView::imageShown);
+    // The viewer shows the first selected file: an image as a picture, another file as its name.
+    MediaViewController *viewer = browser.mediaView();
     pane->selectFiles({pane->files().at(0)});
     pane->selectFiles({pane->files().at(1)});
-    ASSERT_TRUE(waitUntil(
-        [&] { return browser.previewView()->file() == pane->files().at(1) && browser.previewView()->hasImage(); }));
+    ASSERT_TRUE(waitUntil([&] { return viewer->currentFile() == pane->files().at(1) && viewer->isShowingImage(); }));
     pane->selectFiles({pane->files().at(2)});
-    ASSERT_TRUE(waitUntil([&] { return browser.previewView()->file() == pane->files().at(2); }));
-    EXPECT_FALSE(browser.previewView()->hasImage());
+    ASSERT_TRUE(waitUntil([&] { return viewer->currentFile() == pane->files().at(2); }));
+    EXPECT_FALSE(viewer->isShowingImage());
+    EXPECT_TRUE(viewer->message().contains("c.txt"));
 
     auto *splitter = browser.findChild<QSplitter *>();
     ASSERT_TRUE(splitter);
@@ -236,7 +237,7 @@ TEST(BrowserViewController, PreviewFollowsTheSelectionAndTheLayout)
     EXPECT_EQ(splitter->widget(0), pane);
     settings->setBrowserLayout(BrowserLayout::topPreview);
     EXPECT_EQ(splitter->orientation(), Qt::Vertical);
-    EXPECT_EQ(splitter->widget(0), browser.previewView());
+    EXPECT_EQ(splitter->widget(0), viewer);
     settings->setBrowserLayout(BrowserLayout::noPreview);
-    EXPECT_FALSE(browser.previewView()->isVisible());
+    EXPECT_FALSE(viewer->isVisible());
 }

@@ -105,3 +105,27 @@ TEST(InspectorViewController, ReselectingAFileTakesItsRecordFromTheSharedCache)
     EXPECT_TRUE(valueOf(inspector.rows(InspectorTab::tiff), "tiffHardwareModel").contains("D70"));
     EXPECT_NE(cache.item(first), record);
 }
+
+// A file that cannot be read says why above the tabs and keeps its file rows; a readable one
+// selected next clears the message. Values written to XMP only reach the IPTC tab.
+TEST(InspectorViewController, ShowsAReadFailureInPlaceAndTheXmpOnlyValues)
+{
+    TestDir dir;
+    const PXFilePtr broken = PXFile::fileForPath(dir.write("broken.jpg", "not a picture at all"));
+    TestImages::JpegOptions xmp;
+    xmp.extra.insert("Xmp.dc.subject", "harbour");
+    xmp.extra.insert("Xmp.dc.creator", "Ana Lima");
+    const PXFilePtr tagged = PXFile::fileForPath(TestImages::writeJpeg(dir.filePath("tagged.jpg"), QSize(32, 32), xmp));
+
+    InspectorViewController inspector(std::make_shared<WindowSettings>());
+    inspector.setFiles({broken});
+    ASSERT_TRUE(settle(inspector));
+    EXPECT_TRUE(inspector.failureText().contains("broken.jpg")) << qPrintable(inspector.failureText());
+    EXPECT_NE(valueOf(inspector.rows(InspectorTab::general), "filename"), "<absent>");
+
+    inspector.setFiles({tagged});
+    ASSERT_TRUE(settle(inspector));
+    EXPECT_TRUE(inspector.failureText().isEmpty());
+    EXPECT_EQ(valueOf(inspector.rows(InspectorTab::iptc), "keywords"), "harbour");
+    EXPECT_EQ(valueOf(inspector.rows(InspectorTab::iptc), "bylineInformation"), "Ana Lima");
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "core/viewer/VideoPlayerChooser.h"
+
+#include <QString>
+
+#include <memory>
+
+class VideoEngine;
+
+// Makes the engines of the two player libraries, loading each library's module on its first use
+// (pixcove_qtmedia.so for `native`, pixcove_vlc.so for `vlc`): from $PIXCOVE_QTMEDIA_MODULE or
+// $PIXCOVE_VLC_MODULE when set, else beside the program when installed, else from the build tree.
+// A module that is missing or whose library cannot start is reported once in the log and then
+// through `error` at each call. GUI thread only.
+namespace VideoEngineLoader {
+
+// A new engine for `source` (`native` or `vlc`), or null with the reason in `error`.
+std::unique_ptr<VideoEngine> newEngine(VideoPlayerSource source, QString *error = nullptr);
+
+// Whether an engine for `source` can be made: loads the module and starts its library once.
+bool isAvailable(VideoPlayerSource source);
+
+} // namespace VideoEngineLoader

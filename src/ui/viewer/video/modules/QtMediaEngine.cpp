@@ -1,0 +1,238 @@
+// Built into the pixcove_qtmedia module only: the one file that sees Qt Multimedia.
+#include "ui/viewer/video/VideoEngine.h"
+
+#include <QAudio>
+#include <QAudioDevice>
+#include <QAudioOutput>
+#include <QCoreApplication>
+#include <QFile>
+#include <QMediaDevices>
+#include <QMediaMetaData>
+#include <QMediaPlayer>
+#include <QUrl>
+#include <QVideoFrame>
+#include <QVideoSink>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("NativeVideoView", text);
+}
+
+// The reason shown after "This video cannot be played: ".
+QString failureReason(QMediaPlayer::Error error, const QString &detail)
+{
+    QString reason;
+    switch (error) {
+    case QMediaPlayer::ResourceError: reason = tr("the file could not be opened or read"); break;
+    case QMediaPlayer::FormatError: reason = tr("its format is not supported"); break;
+    case QMediaPlayer::AccessDeniedError: reason = tr("access to the file was denied"); break;
+    default: reason = tr("the player reported an error"); break;
+    }
+    if (!detail.isEmpty())
+        reason += QStringLiteral(" (%1)").arg(detail);
+    return reason + QLatin1Char('.');
+}
+
+// Qt Multimedia's player with a sink that hands each decoded picture over as an image. One
+// QMediaPlayer per file: replacing it stops the old file's threads before the next one starts,
+// so no picture of an old file can arrive afterwards. Lives on the GUI thread; pictures are
+// converted on the player's rendering thread.
+class QtMediaEngine final : public VideoEngine
+{
+public:
+    QtMediaEngine() { makePlayer(); }
+
+    ~QtMediaEngine() override { dropPlayer(); }
+
+    bool isAvailable() const { return m_player && m_player->isAvailable(); }
+
+    void setHandlers(Handlers handlers) override { *m_handlers = std::move(handlers); }
+    void setWindow(quint64) override { }
+    bool deliversFrames() const override { return true; }
+
+    void open(const QByteArray &nativePath) override
+    {
+        if (m_used)
+            makePlayer();
+        m_used = true;
+        m_opened = false;
+        m_failed = false;
+        m_player->setSource(QUrl::fromLocalFile(QFile::decodeName(nativePath)));
+    }
+
+    void close() override
+    {
+        if (m_used)
+            makePlayer();
+    }
+
+    void play() override { m_player->play(); }
+    void pause() override { m_player->pause(); }
+    void seek(qint64 position) override { m_player->setPosition(position); }
+
+    void setVolume(int percent) override
+    {
+        m_volume = percent;
+        if (m_audio)
+            m_audio->setVolume(
+                QAudio::convertVolume(percent / 100.0, QAudio::LogarithmicVolumeScale, QAudio::LinearVolumeScale));
+    }
+
+    void setMuted(bool muted) override
+    {
+        m_muted = muted;
+        if (m_audio)
+            m_audio->setMuted(muted);
+    }
+
+    void setRate(double rate) override
+    {
+        m_rate = rate;
+        m_player->setPlaybackRate(rate);
+    }
+
+    bool stepForward() override { return false; }
+
+private:
+    void send(Event event) const
+    {
+        if (m_handlers->event)
+            m_handlers->event(event);
+    }
+
+    void dropPlayer()
+    {
+        // The player first: its threads stop before the sink they deliver to goes.
+        delete m_player;
+        m_player = nullptr;
+        delete m_sink;
+        m_sink = nullptr;
+        delete m_audio;
+        m_audio = nullptr;
+    }
+
+    void makePlayer()
+    {
+        dropPlayer();
+        m_used = false;
+        m_player = new QMediaPlayer;
+        m_sink = new QVideoSink;
+        m_player->setVideoSink(m_sink);
+        // Without a sound device the player would wait for one; play the picture alone then.
+        if (!QMediaDevices::audioOutputs().isEmpty()) {
+            m_audio = new QAudioOutput;
+            m_player->setAudioOutput(m_audio);
+            setVolume(m_volume);
+            setMuted(m_muted);
+        }
+        m_player->setPlaybackRate(m_rate);
+
+        const std::shared_ptr<Handlers> handlers = m_handlers;
+        // The rendering thread: convert there, never on the GUI thread.
+        QObject::connect(
+            m_sink, &QVideoSink::videoFrameChanged, m_sink,
+            [handlers](const QVideoFrame &frame) {
+                if (!frame.isValid() || !handlers->frame)
+                    return;
+                const QImage image = frame.toImage();
+                if (!image.isNull())
+                    handlers->frame(image);
+            },
+            Qt::DirectConnection);
+        QObject::connect(m_player, &QMediaPlayer::mediaStatusChanged, m_player,
+                         [this](QMediaPlayer::MediaStatus status) { statusChanged(status); });
+        QObject::connect(m_player, &QMediaPlayer::playbackStateChanged, m_player,
+                         [this](QMediaPlayer::PlaybackState state) {
+                             if (!m_opened)
+                                 return;
+                             if (state == QMediaPlayer::PlayingState)
+                                 send({EventType::playing});
+                             else if (state == QMediaPlayer::PausedState)
+                                 send({EventType::paused});
+                         });
+        QObject::connect(m_player, &QMediaPlayer::positionChanged, m_player, [this](qint64 position) {
+            if (m_opened)
+                send({EventType::positionChanged, position});
+        });
+        QObject::connect(m_player, &QMediaPlayer::durationChanged, m_player, [this](qint64 duration) {
+            if (m_opened)
+                send({EventType::durationChanged, duration});
+        });
+        QObject::connect(m_player, &QMediaPlayer::errorOccurred, m_player,
+                         [this](QMediaPlayer::Error error, const QString &detail) { fail(error, detail); });
+    }
+
+    void statusChanged(QMediaPlayer::MediaStatus status)
+    {
+        switch (status) {
+        case QMediaPlayer::LoadedMedia:
+            if (!m_opened && !m_failed) {
+                m_opened = true;
+                send({EventType::opened, m_player->duration(), frameRate()});
+            }
+            break;
+        case QMediaPlayer::EndOfMedia:
+            if (m_opened)
+                send({EventType::finished});
+            break;
+        case QMediaPlayer::InvalidMedia:
+            fail(m_player->error() == QMediaPlayer::NoError ? QMediaPlayer::FormatError : m_player->error(),
+                 m_player->errorString());
+            break;
+        default: break;
+        }
+    }
+
+    void fail(QMediaPlayer::Error error, const QString &detail)
+    {
+        if (m_failed || error == QMediaPlayer::NoError)
+            return;
+        m_failed = true;
+        send({EventType::failed, 0, 0, failureReason(error, detail)});
+    }
+
+    double frameRate() const
+    {
+        const QList<QMediaMetaData> tracks = m_player->videoTracks();
+        const int active = std::max(0, m_player->activeVideoTrack());
+        if (active < tracks.size()) {
+            const double rate = tracks.at(active).value(QMediaMetaData::VideoFrameRate).toDouble();
+            if (rate > 0)
+                return rate;
+        }
+        return m_player->metaData().value(QMediaMetaData::VideoFrameRate).toDouble();
+    }
+
+    std::shared_ptr<Handlers> m_handlers = std::make_shared<Handlers>();
+    QMediaPlayer *m_player = nullptr;
+    QVideoSink *m_sink = nullptr;
+    QAudioOutput *m_audio = nullptr;
+    bool m_used = false;
+    bool m_opened = false;
+    bool m_failed = false;
+    int m_volume = 100;
+    bool m_muted = false;
+    double m_rate = 1.0;
+};
+
+} // namespace
+
+extern "C" Q_DECL_EXPORT VideoEngine *pixcove_new_video_engine(QString *error)
+{
+    // Qt's GStreamer backend crashes making a player on a machine without its plugins; the FFmpeg
+    // backend needs nothing beyond FFmpeg. A backend chosen in the environment is kept.
+    if (!qEnvironmentVariableIsSet("QT_MEDIA_BACKEND"))
+        qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+    auto engine = std::make_unique<QtMediaEngine>();
+    if (!engine->isAvailable()) {
+        if (error)
+            *error = tr("Qt Multimedia has no media backend on this system");
+        return nullptr;
+    }
+    return engine.release();
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+
+// The top-level widget of a viewer window (quick view, image window, slideshow): it hands its
+// closing (the title bar's button, the window manager) to its controller, which decides.
+class ViewerWindow : public QWidget
+{
+public:
+    explicit ViewerWindow(std::function<void()> closeRequested, QWidget *parent = nullptr,
+                          Qt::WindowFlags flags = Qt::Window);
+
+    // Lets the next close through: the controller closes the window itself.
+    void allowClose() { m_closing = true; }
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    std::function<void()> m_closeRequested;
+    bool m_closing = false;
+};
