@@ -30,6 +30,11 @@ NativeVideoView::~NativeVideoView()
     stopEngine();
 }
 
+void NativeVideoView::prepareEngine(VideoEngine &engine)
+{
+    engine.setFrameSize(targetSize());
+}
+
 void NativeVideoView::openMedia(const QString &path)
 {
     m_shown = {};
@@ -111,6 +116,8 @@ void NativeVideoView::resizeEvent(QResizeEvent *event)
         m_slot->target = targetSize();
         original = m_slot->lastOriginal;
     }
+    if (engine())
+        engine()->setFrameSize(targetSize());
     // A paused picture is rescaled at once; a playing one gets the new size with its next frame.
     if (!original.isNull() && videoState() != VideoState::playing)
         m_shown = scaledToFit(original, targetSize());

@@ -23,6 +23,7 @@ public:
     bool hasFrame() const { return !m_shown.isNull(); }
 
 protected:
+    void prepareEngine(VideoEngine &engine) override;
     void openMedia(const QString &path) override;
     void closeMedia() override;
     void takeFrame(const QImage &frame, quint64 generation) override;

@@ -83,6 +83,7 @@ VideoView *SwitchingVideoView::playerFor(VideoPlayerSource source)
         } else {
             player = new NativeVideoView(this);
         }
+        player->setLogsFailures(false);
         player->setMouseTracking(true);
         player->setFocusPolicy(Qt::NoFocus);
         follow(player);

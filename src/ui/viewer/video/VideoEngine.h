@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QImage>
+#include <QSize>
 #include <QString>
 
 #include <functional>
@@ -57,6 +58,9 @@ public:
     virtual void setWindow(quint64 windowId) = 0;
     // Whether pictures come through the frame handler (else into the window).
     virtual bool deliversFrames() const = 0;
+    // Engines that hand pictures over: the size (device pixels) they are shown at, so that they
+    // come scaled to fit it. Any time; empty for their own size.
+    virtual void setFrameSize(QSize fitSize) { Q_UNUSED(fitSize); }
 
     virtual void open(const QByteArray &nativePath) = 0;
     virtual void close() = 0;

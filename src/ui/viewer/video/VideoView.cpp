@@ -274,7 +274,8 @@ void VideoView::showFailureMessage(const QString &message)
     if (!m_errorMessage.isEmpty())
         return; // the first reason is the one that counts
     closeMedia();
-    logError(QStringLiteral("%1 (%2)").arg(message, m_path));
+    if (m_logsFailures)
+        logError(QStringLiteral("%1 (%2)").arg(message, m_path));
     m_errorMessage = message;
     m_playWhenReady = false;
     setCanPlay(false);

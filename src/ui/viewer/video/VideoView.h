@@ -76,6 +76,9 @@ public:
     // Whether the next loads start playing as soon as they can.
     bool autoplay() const { return m_autoplay; }
     void setAutoplay(bool autoplay) { m_autoplay = autoplay; }
+    // Whether failures are written to the log (off for a player inside another view, which
+    // may still play the file with the other library and logs what it finally shows).
+    void setLogsFailures(bool logs) { m_logsFailures = logs; }
 
     // The speeds that faster() and slower() step through.
     static constexpr double rateSteps[] = {0.25, 0.5, 1.0, 2.0, 4.0, 8.0};
@@ -179,6 +182,7 @@ private:
     bool m_muted = false;
     double m_rate = 1.0;
     bool m_autoplay = false;
+    bool m_logsFailures = true;
 };
 
 // The video view the viewer uses: the library chosen by the settings (`alwaysUseThirdPartyVideoPlayer`

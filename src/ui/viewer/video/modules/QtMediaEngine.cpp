@@ -1,5 +1,6 @@
 // Built into the pixcove_qtmedia module only: the one file that sees Qt Multimedia.
 #include "ui/viewer/video/VideoEngine.h"
+#include "ui/viewer/video/modules/VideoFrameConverter.h"
 
 #include <QAudio>
 #include <QAudioDevice>
@@ -14,6 +15,7 @@
 #include <QVideoSink>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 
 namespace {
@@ -54,6 +56,11 @@ public:
     void setHandlers(Handlers handlers) override { *m_handlers = std::move(handlers); }
     void setWindow(quint64) override { }
     bool deliversFrames() const override { return true; }
+
+    void setFrameSize(QSize fitSize) override
+    {
+        m_fitSize->store(quint64(quint32(fitSize.width())) << 32 | quint32(fitSize.height()));
+    }
 
     void open(const QByteArray &nativePath) override
     {
@@ -133,13 +140,16 @@ private:
         m_player->setPlaybackRate(m_rate);
 
         const std::shared_ptr<Handlers> handlers = m_handlers;
-        // The rendering thread: convert there, never on the GUI thread.
+        const std::shared_ptr<std::atomic<quint64>> fitSize = m_fitSize;
+        // The rendering thread (one per player, so one converter each): convert there, to the
+        // size shown, never on the GUI thread.
         QObject::connect(
             m_sink, &QVideoSink::videoFrameChanged, m_sink,
-            [handlers](const QVideoFrame &frame) {
+            [handlers, fitSize, converter = std::make_shared<VideoFrameConverter>()](const QVideoFrame &frame) {
                 if (!frame.isValid() || !handlers->frame)
                     return;
-                const QImage image = frame.toImage();
+                const quint64 packed = fitSize->load();
+                const QImage image = converter->convert(frame, QSize(int(packed >> 32), int(packed & 0xffffffff)));
                 if (!image.isNull())
                     handlers->frame(image);
             },
@@ -209,6 +219,8 @@ private:
     }
 
     std::shared_ptr<Handlers> m_handlers = std::make_shared<Handlers>();
+    // Width and height the pictures are shown at, packed in one word for the rendering thread.
+    std::shared_ptr<std::atomic<quint64>> m_fitSize = std::make_shared<std::atomic<quint64>>(0);
     QMediaPlayer *m_player = nullptr;
     QVideoSink *m_sink = nullptr;
     QAudioOutput *m_audio = nullptr;

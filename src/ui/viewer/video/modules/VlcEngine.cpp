@@ -2,6 +2,7 @@
 #include "ui/viewer/video/VideoEngine.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QObject>
 
 #include <vlc/vlc.h>
@@ -11,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -24,12 +26,16 @@ QString tr(const char *text)
 libvlc_instance_t *sharedInstance(QString *error)
 {
     static libvlc_instance_t *const instance = [] {
-        const char *const arguments[] = {
+        std::vector<const char *> arguments = {
             "--quiet",
             "--no-video-title-show", // no file name drawn over the first seconds of the picture
             "--no-stats",
         };
-        return libvlc_new(static_cast<int>(std::size(arguments)), arguments);
+        // Without an X11 window to draw into (Wayland, the offscreen platform) libvlc would open
+        // a window of its own, or draw in the terminal: decode without a picture instead.
+        if (QGuiApplication::platformName() != QLatin1String("xcb"))
+            arguments.push_back("--vout=dummy");
+        return libvlc_new(static_cast<int>(arguments.size()), arguments.data());
     }();
     if (!instance && error) {
         const char *message = libvlc_errmsg();
@@ -77,7 +83,6 @@ public:
 
     void setWindow(quint64 windowId) override
     {
-        m_window = windowId;
         if (windowId)
             libvlc_media_player_set_xwindow(m_player, static_cast<uint32_t>(windowId));
     }
@@ -91,6 +96,7 @@ public:
         m_opened = false;
         m_ended = false;
         m_failed = false;
+        m_hasStreams = false;
         m_length = 0;
         start(true);
     }
@@ -169,7 +175,7 @@ private:
         libvlc_MediaPlayerPlaying,     libvlc_MediaPlayerPaused,
         libvlc_MediaPlayerEndReached,  libvlc_MediaPlayerEncounteredError,
         libvlc_MediaPlayerTimeChanged, libvlc_MediaPlayerLengthChanged,
-        libvlc_MediaPlayerVout,
+        libvlc_MediaPlayerVout,        libvlc_MediaPlayerESAdded,
     };
 
     // Plays m_path from its start; `paused`: held on its first picture.
@@ -189,9 +195,6 @@ private:
         }
         if (paused)
             libvlc_media_add_option(media, ":start-paused");
-        // No window to draw into: decode without a picture rather than open a window of its own.
-        if (!m_window)
-            libvlc_media_add_option(media, ":vout=dummy");
         libvlc_media_player_set_media(m_player, media);
         libvlc_media_release(media);
         applyAudio();
@@ -241,19 +244,33 @@ private:
             return;
         switch (event.type) {
         case libvlc_MediaPlayerPlaying:
+            // libvlc "plays" any file, a text file too: the file counts as open only once it
+            // holds on its first picture (or shows one).
+            if (m_opened)
+                send({EventType::playing});
+            break;
         case libvlc_MediaPlayerPaused:
-            if (event.type == libvlc_MediaPlayerPaused)
-                heldAtStart();
-            if (!m_opened.exchange(true)) {
-                send({EventType::opened, m_length.load()});
-                if (event.type == libvlc_MediaPlayerPaused)
-                    send({EventType::paused});
-                return;
+            heldAtStart();
+            if (!m_opened && !m_hasStreams) {
+                // Held at the start of a file with neither picture nor sound: not a video.
+                m_failed = true;
+                send({EventType::failed, 0, 0, tr("VLC found no picture or sound in it.")});
+                break;
             }
-            send({event.type == libvlc_MediaPlayerPlaying ? EventType::playing : EventType::paused});
+            if (!m_opened.exchange(true)) {
+                // Held on the first picture, which is on screen.
+                send({EventType::opened, m_length.load()});
+                send({EventType::firstFrame});
+            }
+            send({EventType::paused});
             break;
         case libvlc_MediaPlayerEndReached:
             m_ended = true;
+            if (!m_opened) {
+                m_failed = true;
+                send({EventType::failed, 0, 0, tr("VLC found no picture or sound in it.")});
+                break;
+            }
             send({EventType::finished});
             break;
         case libvlc_MediaPlayerEncounteredError:
@@ -268,9 +285,17 @@ private:
             if (m_opened)
                 send({EventType::durationChanged, m_length.load()});
             break;
+        case libvlc_MediaPlayerESAdded:
+            if (event.u.media_player_es_changed.i_type == libvlc_track_video
+                || event.u.media_player_es_changed.i_type == libvlc_track_audio)
+                m_hasStreams = true;
+            break;
         case libvlc_MediaPlayerVout:
-            if (event.u.media_player_vout.new_count > 0)
+            if (event.u.media_player_vout.new_count > 0) {
+                if (!m_opened.exchange(true))
+                    send({EventType::opened, m_length.load()});
                 send({EventType::firstFrame});
+            }
             break;
         default: break;
         }
@@ -279,7 +304,6 @@ private:
     libvlc_instance_t *m_instance;
     libvlc_media_player_t *m_player;
     Handlers m_handlers;
-    quint64 m_window = 0;
     int m_volume = 100;
     bool m_muted = false;
     double m_rate = 1.0;
@@ -293,6 +317,7 @@ private:
     std::atomic<bool> m_opened = false;
     std::atomic<bool> m_ended = false;
     std::atomic<bool> m_failed = false;
+    std::atomic<bool> m_hasStreams = false; // a picture or sound stream was found
     std::atomic<qint64> m_length = 0;
 };
 
