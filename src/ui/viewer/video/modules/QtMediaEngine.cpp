@@ -69,18 +69,48 @@ public:
         m_used = true;
         m_opened = false;
         m_failed = false;
-        m_player->setSource(QUrl::fromLocalFile(QFile::decodeName(nativePath)));
+        m_ended = false;
+        m_restarting = false;
+        m_url = QUrl::fromLocalFile(QFile::decodeName(nativePath));
+        m_player->setSource(m_url);
     }
 
     void close() override
     {
         if (m_used)
             makePlayer();
+        m_ended = false;
+        m_restarting = false;
     }
 
-    void play() override { m_player->play(); }
-    void pause() override { m_player->pause(); }
-    void seek(qint64 position) override { m_player->setPosition(position); }
+    void play() override
+    {
+        if (m_ended || m_restarting) {
+            restart();
+            m_playWhenRestarted = true;
+            return;
+        }
+        m_player->play();
+    }
+
+    void pause() override
+    {
+        if (m_restarting) {
+            m_playWhenRestarted = false;
+            return;
+        }
+        m_player->pause();
+    }
+
+    void seek(qint64 position) override
+    {
+        if (m_ended || m_restarting) {
+            restart();
+            m_seekWhenRestarted = position;
+            return;
+        }
+        m_player->setPosition(position);
+    }
 
     void setVolume(int percent) override
     {
@@ -181,12 +211,17 @@ private:
     {
         switch (status) {
         case QMediaPlayer::LoadedMedia:
+            if (m_restarting) {
+                restarted();
+                break;
+            }
             if (!m_opened && !m_failed) {
                 m_opened = true;
                 send({EventType::opened, m_player->duration(), frameRate()});
             }
             break;
         case QMediaPlayer::EndOfMedia:
+            m_ended = true;
             if (m_opened)
                 send({EventType::finished});
             break;
@@ -196,6 +231,32 @@ private:
             break;
         default: break;
         }
+    }
+
+    // After the end the player does not reliably seek or play again (a play can end at once at
+    // the old end): a fresh player opens the file again, then seeks and plays as asked meanwhile.
+    void restart()
+    {
+        if (m_restarting)
+            return;
+        m_ended = false;
+        m_restarting = true;
+        m_playWhenRestarted = false;
+        m_seekWhenRestarted = 0;
+        makePlayer();
+        m_used = true;
+        m_player->setSource(m_url);
+    }
+
+    void restarted()
+    {
+        m_restarting = false;
+        if (m_seekWhenRestarted > 0)
+            m_player->setPosition(m_seekWhenRestarted);
+        if (m_playWhenRestarted)
+            m_player->play();
+        else
+            m_player->pause();
     }
 
     void fail(QMediaPlayer::Error error, const QString &detail)
@@ -227,6 +288,11 @@ private:
     bool m_used = false;
     bool m_opened = false;
     bool m_failed = false;
+    QUrl m_url;
+    bool m_ended = false;
+    bool m_restarting = false;
+    bool m_playWhenRestarted = false;
+    qint64 m_seekWhenRestarted = 0;
     int m_volume = 100;
     bool m_muted = false;
     double m_rate = 1.0;
