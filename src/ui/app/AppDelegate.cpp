@@ -49,7 +49,9 @@ AppDelegate::AppDelegate(QObject *parent)
         std::make_unique<ServicesProvider>([this](const QList<PXFilePtr> &files) { openRenamer(files); },
                                            [this](const QList<PXFilePtr> &files) { startSlideshow(files); });
     closeSlideshows = [this] { m_slideshowWindowsManager->closeAll(); };
-    terminate = [] { QCoreApplication::quit(); };
+    // The windows have been closed by then; quit() would ask them again, and one that refused
+    // would keep the program running.
+    terminate = [] { QCoreApplication::exit(0); };
     showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
     registerCommands();
 }
@@ -283,6 +285,11 @@ void AppDelegate::continueShutdown()
     if (closeSlideshows)
         closeSlideshows();
     Q_EMIT shutdownStep(QStringLiteral("slideshows"));
+    // Viewer windows hand their closing to their controllers, so a quit that asked the windows to
+    // close would be refused by them: their controllers close them first.
+    m_imageWindowsManager->closeAll();
+    m_auxiliaryWindowsManager->closeAll();
+    Q_EMIT shutdownStep(QStringLiteral("viewers"));
     if (closeRenamer)
         closeRenamer();
     Q_EMIT shutdownStep(QStringLiteral("renamer"));

@@ -72,6 +72,14 @@ void AuxiliaryWindowsManager::toggleQuickview()
     showQuickview();
 }
 
+void AuxiliaryWindowsManager::closeAll()
+{
+    if (m_quickviewWindowController)
+        m_quickviewWindowController->close();
+    if (m_aboutWindowController)
+        m_aboutWindowController->close();
+}
+
 void AuxiliaryWindowsManager::showQuickview()
 {
     if (m_quickviewWindowController)

@@ -39,6 +39,8 @@ public:
     // Opens the quick view unless it is open.
     void showQuickview();
     QuickviewWindowController *quickviewWindowController() const;
+    // Closes the quick view and the About window (the program is quitting).
+    void closeAll();
 
     void windowControllerWillClose(QObject *controller) override;
 

@@ -1,5 +1,7 @@
 #include "ui/app/ActivitiesGate.h"
 #include "ui/app/AppDelegate.h"
+#include "ui/app/AuxiliaryWindowsManager.h"
+#include "ui/app/ImageWindowsManager.h"
 #include "ui/app/InstanceChannel.h"
 #include "ui/app/ServicesProvider.h"
 #include "ui/app/TerminationWatcher.h"
@@ -13,6 +15,7 @@
 #include "ui/windows/ValidatingToolbar.h"
 
 #include "core/model/PXFile.h"
+#include "support/TestImages.h"
 #include "ui/ShellFixture.h"
 
 #include <QAction>
@@ -23,6 +26,7 @@
 #include <QMetaMethod>
 #include <QSessionManager>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QToolButton>
 #include <QUuid>
 
@@ -84,8 +88,9 @@ void collectCommandItems(QMenu *menu, QList<CommandAction *> &items)
     }
 }
 
-// Runs in a child process: a window whose latest change waits for a save an hour away, then
-// SIGTERM. Exits 0 when the program's event loop ended cleanly with every window closed.
+// Runs in a child process: a window whose latest change waits for a save an hour away, an image
+// window and the quick view (viewer windows refuse a close they did not ask for), then SIGTERM.
+// Exits 0 when the program's event loop ended cleanly with every window closed.
 [[noreturn]] void runUntilSignalled(const QString &settingsFile, const QString &folder)
 {
     SettingsManager settingsManager(settingsFile);
@@ -101,9 +106,21 @@ void collectCommandItems(QMenu *menu, QList<CommandAction *> &items)
     if (!saved.wait()) // the window's first change, written at once
         ::_exit(2);
     window->tabbedWindow()->performCommand(CommandId::changeThumbnailFileSort, int(FileSortType::exifDate));
+    const PXFilePtr photo =
+        PXFile::fileForPath(TestImages::writeJpeg(folder + QStringLiteral("/1.jpg"), QSize(64, 48)));
+    ImageWindowsManager::shared().openFile(photo, {photo});
+    AuxiliaryWindowsManager::shared().setRecentlySelectedFiles({photo});
+    AuxiliaryWindowsManager::shared().showQuickview();
+    if (ImageWindowsManager::shared().imageWindowControllers().isEmpty()
+        || !AuxiliaryWindowsManager::shared().quickviewWindowController())
+        ::_exit(4);
+    // A program that ignores the signal fails here rather than hanging the test.
+    QTimer::singleShot(std::chrono::seconds(20), [] { ::_exit(5); });
     ::kill(::getpid(), SIGTERM);
     const int exitCode = QApplication::exec();
-    ::_exit(exitCode == 0 && windows.windowControllers().isEmpty() ? 0 : 3);
+    const bool closed =
+        windows.windowControllers().isEmpty() && ImageWindowsManager::shared().imageWindowControllers().isEmpty();
+    ::_exit(exitCode == 0 && closed ? 0 : 3);
 }
 
 // Emits one of the session manager's requests as the platform does; the handlers are given a
