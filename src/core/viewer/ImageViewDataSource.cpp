@@ -312,6 +312,10 @@ void ImageViewDataSource::cancelLoading()
 
 void ImageViewDataSource::dropImage()
 {
+    // The shared copy goes too: otherwise every file stepped past stays decoded until the cache
+    // is full, and a long walk through a folder ends with the whole capacity resident.
+    if (m_cache && !m_nativePath.isEmpty())
+        m_cache->remove(m_nativePath);
     newGeneration();
     m_image = {};
     m_quality = Quality::none;

@@ -122,7 +122,8 @@ public:
     // view moved on to another file); the picture held stays. A later request starts afresh.
     void cancelLoading();
     // Forgets the picture (the owner's trimming): image null, size empty, loaded and completion
-    // flags false; a running step's result is dropped. The view state stays.
+    // flags false; a running step's result is dropped; the decoded-picture cache forgets the
+    // file as well. The view state stays.
     void dropImage();
 
     // The decoded-picture cache this source reads and fills; the shared one unless a test sets

@@ -117,6 +117,28 @@ TEST_F(ImageViewDataSourceCacheTest, TheSixteenthMostRecentFileDropsItsPictureOn
     EXPECT_EQ(cache.count(), 18);
 }
 
+// A long walk through a folder keeps the decoded pictures of the recent files only, not as many
+// as the shared cache's capacity would hold.
+TEST_F(ImageViewDataSourceCacheTest, FilesSteppedPastLeaveTheDecodedPictureCacheToo)
+{
+    DecodedImageCache decoded;
+    cache.setImageCache(&decoded);
+    QImage large(400, 300, QImage::Format_RGB32);
+    large.fill(Qt::darkGray);
+    QList<ImageViewDataSourcePtr> shown;
+    for (int number = 1; number <= 40; ++number) {
+        shown.append(cache.dataSourceForShowing(fileNamed(number), {}));
+        shown.last()->setThumbnail(picture());
+        // As a finished decode does: the picture goes into the shared cache.
+        decoded.insert(shown.last()->nativePath(),
+                       {large, ImageViewDataSource::Quality::scaled, QSize(4000, 3000), {}});
+    }
+    EXPECT_EQ(decoded.find(shown.first()->nativePath()).quality, ImageViewDataSource::Quality::none);
+    EXPECT_EQ(decoded.find(shown.last()->nativePath()).quality, ImageViewDataSource::Quality::scaled);
+    EXPECT_LE(decoded.totalCost(),
+              (ImageViewDataSourceCache::decodedImagesKept + 1) * DecodedImageCache::costOf(large));
+}
+
 TEST_F(ImageViewDataSourceCacheTest, PastAThousandFilesTheLeastRecentIsForgotten)
 {
     for (int number = 1; number <= 1000; ++number)
