@@ -7,6 +7,7 @@
 #include "ui/app/InstanceChannel.h"
 #include "ui/app/ServicesProvider.h"
 #include "ui/app/TerminationWatcher.h"
+#include "ui/viewer/DisplayProfile.h"
 
 #include <QApplication>
 #include <QDir>
@@ -39,6 +40,7 @@ int runPixcove(int argc, char **argv)
     // Without a desktop session (a bare X server, a minimal window manager) Qt finds no icon theme.
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("Adwaita"));
+    DisplayProfile::install();
     logDebug(QStringLiteral("Start-up: application object after %1 ms").arg(startup.elapsed()));
     QApplication::setWindowIcon(
         QIcon::fromTheme(QStringLiteral("pixcove"), QIcon(QStringLiteral(":/pixcove/pixcove.svg"))));
