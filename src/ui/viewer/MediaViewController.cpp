@@ -169,6 +169,10 @@ void MediaViewController::showFile(const PXFilePtr &file, const QImage &thumbnai
         m_filesSubscription->removeFile(m_currentFile);
     m_currentFile = file;
 
+    if (!file && !m_emptyText.isEmpty()) {
+        showMessage(m_emptyText);
+        return;
+    }
     if (!file) {
         ImageViewController *empty = otherImageChild();
         empty->setDataSource(nullptr);

@@ -66,11 +66,13 @@ public:
     void setSettings(const MediaViewSettings &settings);
     const MediaViewSettings &settings() const { return m_settings; }
 
-    // Shows `file`; null shows nothing. Showing the file already shown keeps its zoom and
-    // position. A file that is neither an image nor a playable video shows its name and kind.
-    // `thumbnail` (upright; the grid's picture) is shown until a better picture is decoded.
+    // Shows `file`; null shows nothing, or the empty text when one is set. Showing the file already shown keeps its
+    // zoom and position. A file that is neither an image nor a playable video shows its name and kind. `thumbnail`
+    // (upright; the grid's picture) is shown until a better picture is decoded.
     void showFile(const PXFilePtr &file, const QImage &thumbnail = {});
     const PXFilePtr &currentFile() const { return m_currentFile; }
+    // What the view says while it has no file (the quick view before anything is selected).
+    void setEmptyText(const QString &text) { m_emptyText = text; }
     // Decodes these files ahead (the next and previous of the current one), most likely first;
     // what was asked before and is not in the list is no longer wanted.
     void prefetch(const QList<PXFilePtr> &files);
@@ -141,6 +143,7 @@ private:
     std::array<ImageViewController *, 2> m_imageChildren{};
     std::array<VideoView *, 2> m_videoChildren{}; // made with the first video
     QLabel *m_messageView;
+    QString m_emptyText;
     QVariantAnimation *m_fade;
     QWidget *m_currentChild = nullptr;
     QPointer<QWidget> m_fadingOutChild; // the child left, shown under the new one while it fades in

@@ -46,8 +46,8 @@ QuickviewWindowController::QuickviewWindowController(AppSettings *settings, Wind
     window->addAction(escape);
     connect(escape, &QAction::triggered, this, &QuickviewWindowController::close);
 
-    if (file)
-        m_mediaView->showFile(file);
+    m_mediaView->setEmptyText(tr("Select a picture or a video in a browser window to see it here."));
+    m_mediaView->showFile(file);
 }
 
 QuickviewWindowController::~QuickviewWindowController()

@@ -140,6 +140,11 @@ TEST(ViewerWindows, TheEmbeddedViewerAndTheQuickViewFollowTheSelection)
     ASSERT_TRUE(waitUntil([&] { return embedded->currentFile() == shell.notes; }));
     EXPECT_FALSE(tabbed->commandState(CommandId::zoomIn).enabled);
 
+    // Nothing selected: the quick view says where its pictures come from instead of staying black.
+    pane->selectFiles({});
+    ASSERT_TRUE(waitUntil([&] { return !quickview->mediaView()->currentFile(); }));
+    EXPECT_TRUE(quickview->mediaView()->message().contains(QStringLiteral("Select a picture")));
+
     ASSERT_TRUE(tabbed->performCommand(CommandId::openQuickview));
     EXPECT_FALSE(shell.auxiliary->quickviewWindowController());
 }
