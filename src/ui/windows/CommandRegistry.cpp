@@ -230,10 +230,10 @@ void CommandRegistry::declareViewerCommands()
         .key(Qt::CTRL | Qt::Key_5)
         .on(&V::zoomTo50Percent, &V::canChangeImage);
     add(CommandId::zoomIn, TITLE("Zoom In"))
-        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus)
+        .key(Qt::CTRL | Qt::Key_Plus)
         .on(&V::zoomIn, &V::canChangeImage);
     add(CommandId::zoomOut, TITLE("Zoom Out"))
-        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus)
+        .key(Qt::CTRL | Qt::Key_Minus)
         .on(&V::zoomOut, &V::canChangeImage);
     add(CommandId::rotate180, TITLE("Rotate 180°")).on(&V::rotate180, &V::canChangeImage);
     add(CommandId::rotateClockwise, TITLE("Rotate Clockwise"))
