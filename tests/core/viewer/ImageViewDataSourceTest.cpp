@@ -5,6 +5,7 @@
 #include "core/viewer/DecodedImageCache.h"
 #include "core/viewer/ImageLoading.h"
 
+#include "core/fs/FileOperationsSupport.h"
 #include "support/CameraJpegs.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
@@ -157,6 +158,27 @@ TEST_F(ImageViewDataSourceTest, BadFilesSayWhyInPlaceAndPartialOnesShowWhatDecod
         EXPECT_TRUE(bad->image().isNull());
         EXPECT_FALSE(bad->errorMessage().isEmpty()) << qPrintable(path);
     }
+}
+
+// A picture the user may not read (tests run as root: the reading runs as another user).
+TEST_F(ImageViewDataSourceTest, AnUnreadableFileSaysSoInsteadOfAPicture)
+{
+    ::chmod(QFile::encodeName(dir.path()).constData(), 0755);
+    const QString path = TestImages::writeJpeg(dir.filePath(QStringLiteral("private.jpg")), QSize(320, 240));
+    QFile(path).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    const QByteArray answer = inChildProcess(
+        [&] {
+            const ImageLoading::Result preview = ImageLoading::preview(QFile::encodeName(path), 800);
+            const ImageLoading::Result decoded = ImageLoading::decode(QFile::encodeName(path), QSize(800, 600), 0);
+            return (preview.error + QLatin1Char('|') + decoded.error + QLatin1Char('|')
+                    + (decoded.image.isNull() ? QLatin1String("no picture") : QLatin1String("a picture")))
+                .toUtf8();
+        },
+        65534);
+    const QStringList parts = QString::fromUtf8(answer).split(QLatin1Char('|'));
+    ASSERT_EQ(parts.size(), 3) << answer.constData();
+    EXPECT_TRUE(parts[1].contains(QStringLiteral("ermission"))) << answer.constData();
+    EXPECT_EQ(parts[2], QStringLiteral("no picture"));
 }
 
 TEST_F(ImageViewDataSourceTest, AHugeJpegIsDecodedReducedWithinTheMemoryLimit)
