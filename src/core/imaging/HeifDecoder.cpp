@@ -1,5 +1,7 @@
 #include "core/imaging/HeifDecoder.h"
 
+#include <QColorSpace>
+
 #include <libheif/heif.h>
 
 #include <memory>
@@ -91,6 +93,16 @@ QImage decode(const QByteArray &nativePath, QSize fitSize, qint64 memoryLimit, Q
     if (!handle)
         return {};
     QImage image = decodeHandle(handle.get(), memoryLimit, error);
+    // Phones shoot in wide gamuts: the file's profile goes with the picture, for the viewer to
+    // convert (a picture shown as if it were sRGB looks dull).
+    const heif_color_profile_type profileType = heif_image_handle_get_color_profile_type(handle.get());
+    if (!image.isNull()
+        && (profileType == heif_color_profile_type_prof || profileType == heif_color_profile_type_rICC)) {
+        QByteArray profile(qsizetype(heif_image_handle_get_raw_color_profile_size(handle.get())), Qt::Uninitialized);
+        if (!profile.isEmpty()
+            && heif_image_handle_get_raw_color_profile(handle.get(), profile.data()).code == heif_error_Ok)
+            image.setColorSpace(QColorSpace::fromIccProfile(profile));
+    }
     if (image.isNull() || fitSize.isEmpty() || (image.width() <= fitSize.width() && image.height() <= fitSize.height()))
         return image;
     return image.scaled(fitSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);

@@ -5,6 +5,7 @@
 #include "core/imaging/EmbeddedPreview.h"
 #include "core/imaging/ImageDecoder.h"
 
+#include <QColorSpace>
 #include <QDir>
 #include <QFile>
 #include <QPainter>
@@ -113,6 +114,11 @@ TEST(ImageDecoderTest, HeifDecodesAndHasAThumbnail)
             // Same picture, same way up.
             EXPECT_EQ(preview.width() > preview.height(), image.width() > image.height());
         }
+        // The phone's Display P3 profile comes with its picture; the small file has none.
+        if (path.endsWith(QLatin1String(".HEIC")))
+            EXPECT_EQ(image.colorSpace().primaries(), QColorSpace::Primaries::DciP3D65);
+        else
+            EXPECT_FALSE(image.colorSpace().isValid());
     }
 }
 
