@@ -5,6 +5,7 @@
 #include "core/imaging/JpegDecoder.h"
 #include "core/imaging/JpegStructure.h"
 #include "core/imaging/NativeFile.h"
+#include "core/imaging/PngDecoder.h"
 #include "core/imaging/RawDecoder.h"
 
 #include <QBuffer>
@@ -99,6 +100,20 @@ QImage decodeWithQt(const QByteArray &nativePath, const Options &options, QStrin
     return scaledToFit(image, options.fitSize);
 }
 
+// A PNG larger than the size to fit, read a row at a time and reduced on the way (Qt's reader
+// would decode it whole first). Null when Qt's reader should read it instead: nothing to reduce,
+// an interlaced file, or a file this reader gives up on.
+QImage decodePngReduced(const QByteArray &nativePath, const Options &options, QString *error)
+{
+    if (options.fitSize.isEmpty())
+        return {};
+    const QSize size = QImageReader(QFile::decodeName(nativePath), "png").size();
+    if (!size.isValid() || (size.width() <= options.fitSize.width() && size.height() <= options.fitSize.height())
+        || PngDecoder::isInterlaced(nativePath))
+        return {};
+    return PngDecoder::decodeReduced(nativePath, options.fitSize, error);
+}
+
 } // namespace
 
 QByteArray sniffFormat(const QByteArray &head, const QByteArray &nativePath)
@@ -157,6 +172,10 @@ QImage decode(const QByteArray &nativePath, const Options &options, QString *err
     if (format == "jpeg") {
         image = decodeJpeg(nativePath, options, &message);
         if (image.isNull() && message == QLatin1String("CMYK JPEG"))
+            image = decodeWithQt(nativePath, options, &message);
+    } else if (format == "png") {
+        image = decodePngReduced(nativePath, options, &message);
+        if (image.isNull())
             image = decodeWithQt(nativePath, options, &message);
     } else if (format == "heif") {
         image = HeifDecoder::decode(nativePath, options.fitSize, options.memoryLimit, &message);

@@ -20,10 +20,37 @@
 
 #include <gtest/gtest.h>
 
+#include <png.h>
+
+#include <cstdio>
+#include <vector>
+
 // Loading a file's picture in steps, off the GUI thread, from camera-like JPEGs and from files
 // that are damaged, unreadable or very large.
 
 namespace {
+
+// A grey PNG, black above and white below, written a row at a time (too large to hold whole).
+QString writeGrayPng(const QString &path, int width, int height)
+{
+    FILE *file = std::fopen(QFile::encodeName(path).constData(), "wb");
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_init_io(png, file);
+    png_set_compression_level(png, 1);
+    png_set_IHDR(png, info, png_uint_32(width), png_uint_32(height), 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(png, info);
+    std::vector<png_byte> row(static_cast<size_t>(width));
+    for (int y = 0; y < height; ++y) {
+        std::fill(row.begin(), row.end(), y < height / 2 ? 0 : 255);
+        png_write_row(png, row.data());
+    }
+    png_write_end(png, nullptr);
+    png_destroy_write_struct(&png, &info);
+    std::fclose(file);
+    return path;
+}
 
 using Quality = ImageViewDataSource::Quality;
 
@@ -198,6 +225,17 @@ TEST_F(ImageViewDataSourceTest, AHugeJpegIsDecodedReducedWithinTheMemoryLimit)
     EXPECT_FALSE(dataSource->image().isNull());
     EXPECT_LE(dataSource->image().sizeInBytes(), limit);
     EXPECT_EQ(dataSource->image().size(), QSize(3750, 3750));
+
+    // A scan as a PNG, 12 000 x 12 000 (576 MB decoded whole): read reduced a row at a time.
+    const QString scan = writeGrayPng(dir.filePath(QStringLiteral("scan.png")), 12000, 12000);
+    const ImageLoading::Result reduced = ImageLoading::decode(QFile::encodeName(scan), {}, limit);
+    EXPECT_TRUE(reduced.error.isEmpty()) << qPrintable(reduced.error);
+    EXPECT_EQ(reduced.imageSize, QSize(12000, 12000));
+    EXPECT_LE(reduced.image.sizeInBytes(), limit);
+    EXPECT_GT(reduced.image.width(), 3000);
+    // The top half is black and the bottom half white, averaged as such.
+    EXPECT_EQ(qGray(reduced.image.pixel(10, 10)), 0);
+    EXPECT_EQ(qGray(reduced.image.pixel(10, reduced.image.height() - 10)), 255);
 
     const QSize within = ImageLoading::sizeWithinMemory(QSize(30000, 20000), limit);
     EXPECT_LE(qint64(within.width()) * within.height() * 4, limit);
