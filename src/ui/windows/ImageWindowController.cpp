@@ -148,10 +148,7 @@ void ImageWindowController::close()
     if (m_delegate)
         m_delegate->windowControllerWillClose(this);
     Q_EMIT closed(this);
-    if (auto *window = static_cast<ViewerWindow *>(m_window.data())) {
-        window->allowClose();
-        window->close();
-        window->deleteLater();
-    }
+    if (auto *window = static_cast<ViewerWindow *>(m_window.data()))
+        window->closeAndDelete();
     deleteLater();
 }

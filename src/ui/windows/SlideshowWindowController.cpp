@@ -360,16 +360,10 @@ void SlideshowWindowController::close()
         m_delegate->windowControllerWillClose(this);
     Q_EMIT closed(this);
     for (const QPointer<QWidget> &blackout : std::as_const(m_blackouts)) {
-        if (auto *window = static_cast<ViewerWindow *>(blackout.data())) {
-            window->allowClose();
-            window->close();
-            window->deleteLater();
-        }
+        if (auto *window = static_cast<ViewerWindow *>(blackout.data()))
+            window->closeAndDelete();
     }
-    if (auto *window = static_cast<ViewerWindow *>(m_window.data())) {
-        window->allowClose();
-        window->close();
-        window->deleteLater();
-    }
+    if (auto *window = static_cast<ViewerWindow *>(m_window.data()))
+        window->closeAndDelete();
     deleteLater();
 }

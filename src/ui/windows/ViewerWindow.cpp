@@ -18,3 +18,10 @@ void ViewerWindow::closeEvent(QCloseEvent *event)
     if (m_closeRequested)
         m_closeRequested();
 }
+
+void ViewerWindow::closeAndDelete()
+{
+    m_closing = true;
+    close();
+    deleteLater();
+}

@@ -12,8 +12,8 @@ public:
     explicit ViewerWindow(std::function<void()> closeRequested, QWidget *parent = nullptr,
                           Qt::WindowFlags flags = Qt::Window);
 
-    // Lets the next close through: the controller closes the window itself.
-    void allowClose() { m_closing = true; }
+    // Closes the window for good (the controller's decision) and deletes it later.
+    void closeAndDelete();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
