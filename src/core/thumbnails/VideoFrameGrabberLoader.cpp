@@ -2,9 +2,8 @@
 #include "core/thumbnails/VideoFrameGrabberExports.h"
 
 #include "core/app/Log.h"
+#include "core/app/ModuleLoader.h"
 
-#include <QCoreApplication>
-#include <QFileInfo>
 #include <QLibrary>
 
 #ifndef PIXCOVE_VIDEO_MODULE_BUILD
@@ -29,34 +28,21 @@ struct VideoModule
 
 VideoModule loadModule()
 {
-    QStringList candidates;
-    if (const QString chosen = qEnvironmentVariable("PIXCOVE_VIDEO_MODULE"); !chosen.isEmpty())
-        candidates.append(chosen);
-    if (QCoreApplication::instance())
-        candidates.append(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/pixcove/pixcove_video.so"));
-    candidates.append(QStringLiteral(PIXCOVE_VIDEO_MODULE_INSTALLED));
-    candidates.append(QStringLiteral(PIXCOVE_VIDEO_MODULE_BUILD));
     VideoModule module;
-    for (const QString &path : std::as_const(candidates)) {
-        if (path.isEmpty() || !QFileInfo::exists(path))
-            continue;
-        auto *library = new QLibrary(path); // kept loaded for the rest of the run
-        if (!library->load()) {
-            module.error = library->errorString();
-            delete library;
-            continue;
-        }
+    const auto resolve = [&module](QLibrary &library) {
         module.thumbnailFrame =
-            reinterpret_cast<PixcoveVideoThumbnailFrame>(library->resolve("pixcove_video_thumbnail_frame"));
-        module.framesAt = reinterpret_cast<PixcoveVideoFramesAt>(library->resolve("pixcove_video_frames_at"));
-        module.duration = reinterpret_cast<PixcoveVideoDuration>(library->resolve("pixcove_video_duration"));
-        if (module.thumbnailFrame && module.framesAt && module.duration)
-            return module;
-        module = {};
-        module.error = QStringLiteral("%1 lacks its entry points").arg(path);
-    }
-    if (module.error.isEmpty())
-        module.error = QStringLiteral("the video module is not installed");
+            reinterpret_cast<PixcoveVideoThumbnailFrame>(library.resolve("pixcove_video_thumbnail_frame"));
+        module.framesAt = reinterpret_cast<PixcoveVideoFramesAt>(library.resolve("pixcove_video_frames_at"));
+        module.duration = reinterpret_cast<PixcoveVideoDuration>(library.resolve("pixcove_video_duration"));
+        return module.thumbnailFrame && module.framesAt && module.duration;
+    };
+    if (ModuleLoader::load({"PIXCOVE_VIDEO_MODULE", "pixcove_video.so", PIXCOVE_VIDEO_MODULE_INSTALLED,
+                            PIXCOVE_VIDEO_MODULE_BUILD},
+                           resolve, &module.error))
+        return module;
+    const QString error = module.error.isEmpty() ? QStringLiteral("the video module is not installed") : module.error;
+    module = {};
+    module.error = error;
     logError(QStringLiteral("Videos cannot be read: %1").arg(module.error));
     return module;
 }

@@ -3,9 +3,9 @@
 #include "ui/viewer/video/VideoEngine.h"
 
 #include "core/app/Log.h"
+#include "core/app/ModuleLoader.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QHash>
 #include <QLibrary>
 
@@ -33,39 +33,15 @@ struct EngineModule
     QString error;
 };
 
-struct ModulePaths
+EngineModule loadModule(const ModuleLoader::Location &location, const QString &libraryName)
 {
-    const char *environment;
-    const char *fileName;
-    const char *installed;
-    const char *build;
-};
-
-EngineModule loadModule(const ModulePaths &paths, const QString &libraryName)
-{
-    QStringList candidates;
-    if (const QString chosen = qEnvironmentVariable(paths.environment); !chosen.isEmpty())
-        candidates.append(chosen);
-    if (QCoreApplication::instance())
-        candidates.append(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/pixcove/")
-                          + QLatin1String(paths.fileName));
-    candidates.append(QString::fromUtf8(paths.installed));
-    candidates.append(QString::fromUtf8(paths.build));
     EngineModule module;
-    for (const QString &path : std::as_const(candidates)) {
-        if (path.isEmpty() || !QFileInfo::exists(path))
-            continue;
-        auto *library = new QLibrary(path); // kept loaded for the rest of the run
-        if (!library->load()) {
-            module.error = library->errorString();
-            delete library;
-            continue;
-        }
-        module.newEngine = reinterpret_cast<PixcoveNewVideoEngine>(library->resolve("pixcove_new_video_engine"));
-        if (module.newEngine)
-            return module;
-        module.error = QStringLiteral("%1 lacks its entry point").arg(path);
-    }
+    const auto resolve = [&module](QLibrary &library) {
+        module.newEngine = reinterpret_cast<PixcoveNewVideoEngine>(library.resolve("pixcove_new_video_engine"));
+        return module.newEngine != nullptr;
+    };
+    if (ModuleLoader::load(location, resolve, &module.error))
+        return module;
     if (module.error.isEmpty())
         module.error = QCoreApplication::translate("VideoEngineLoader", "%1 support is not installed").arg(libraryName);
     logError(QStringLiteral("Videos cannot be played with %1: %2").arg(libraryName, module.error));
