@@ -16,7 +16,7 @@ import subprocess
 import sys
 import time
 
-from viewer_session import fresh_environment, start_xvfb, visible_window
+from viewer_session import fresh_environment, start_xvfb, stop, wait_for_window
 
 RUNS = 5
 POLL = 0.010  # the 10 ms poll interval of the measurement
@@ -57,25 +57,12 @@ def run_once(command, display, measure_memory):
     env, home = fresh_environment(display)
     start = time.monotonic()
     process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    elapsed = None
-    while time.monotonic() - start < TIMEOUT:
-        if visible_window(process.pid, env):
-            elapsed = time.monotonic() - start
-            break
-        if process.poll() is not None:
-            break
-        time.sleep(POLL)
+    elapsed = wait_for_window(process, env, TIMEOUT, POLL, start)
     memory = None
     if elapsed is not None and measure_memory:
         time.sleep(SETTLE_FOR_MEMORY)
         memory = rss_mb(process.pid)
-    process.terminate()
-    try:
-        process.wait(timeout=5)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        process.wait()
-    shutil.rmtree(home, ignore_errors=True)
+    stop(process, home)
     return elapsed, memory
 
 

@@ -13,7 +13,7 @@ import subprocess
 import sys
 import time
 
-from viewer_session import fresh_environment, start_xvfb, visible_window
+from viewer_session import fresh_environment, start_xvfb, stop, wait_for_window
 
 RUNS = 5
 POLL = 0.010
@@ -45,21 +45,8 @@ def run_theirs(command, display):
     env, home = environment(display)
     start = time.monotonic()
     process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    elapsed = None
-    while time.monotonic() - start < TIMEOUT:
-        if visible_window(process.pid, env):
-            elapsed = time.monotonic() - start
-            break
-        if process.poll() is not None:
-            break
-        time.sleep(POLL)
-    process.terminate()
-    try:
-        process.wait(timeout=5)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        process.wait()
-    shutil.rmtree(home, ignore_errors=True)
+    elapsed = wait_for_window(process, env, TIMEOUT, POLL, start)
+    stop(process, home)
     return elapsed
 
 

@@ -14,68 +14,22 @@ import os
 import shutil
 import subprocess
 import sys
-import tempfile
 import time
+
+from viewer_session import cpu_seconds, fresh_environment, memory_mb, start_xvfb, stop, wait_for_window, xdotool
 
 WINDOW = (1280, 800)
 TIMEOUT = 30.0
 SETTLE = 3.0
 
 
-def start_xvfb():
-    for display in range(120, 150):
-        if os.path.exists("/tmp/.X%d-lock" % display):
-            continue
-        server = subprocess.Popen(["Xvfb", ":%d" % display, "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        time.sleep(0.5)
-        if server.poll() is None:
-            return server, ":%d" % display
-    raise SystemExit("no free X display")
-
-
-def xdotool(env, *args):
-    result = subprocess.run(["xdotool"] + list(args), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=env)
-    return result.stdout.decode().split()
-
-
-def memory_mb(pid):
-    fields = {}
-    try:
-        with open("/proc/%d/smaps_rollup" % pid) as rollup:
-            for line in rollup:
-                parts = line.split()
-                if len(parts) >= 2 and parts[0].endswith(":"):
-                    fields[parts[0][:-1]] = int(parts[1]) / 1024.0
-    except OSError:
-        return None
-    return fields.get("Rss", 0.0), fields.get("Anonymous", 0.0)
-
-
-def cpu_seconds(pid):
-    try:
-        with open("/proc/%d/stat" % pid) as stat:
-            parts = stat.read().rsplit(")", 1)[1].split()
-        return (int(parts[11]) + int(parts[12])) / os.sysconf("SC_CLK_TCK")
-    except (OSError, IndexError, ValueError):
-        return 0.0
-
-
 def run_once(command, display, steps, delay_ms):
-    home = tempfile.mkdtemp(prefix="viewer-home-")
-    os.chmod(home, 0o700)
-    env = {"PATH": os.environ["PATH"], "DISPLAY": display, "HOME": home, "TMPDIR": home,
-           "XDG_RUNTIME_DIR": home, "LANG": os.environ.get("LANG", "C.UTF-8")}
+    env, home = fresh_environment(display)
     process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     try:
-        start = time.monotonic()
-        windows = []
-        while time.monotonic() - start < TIMEOUT and process.poll() is None and not windows:
-            windows = xdotool(env, "search", "--onlyvisible", "--pid", str(process.pid))
-            time.sleep(0.05)
-        if not windows:
+        if wait_for_window(process, env, TIMEOUT) is None:
             return None
-        window = windows[-1]
+        window = xdotool(env, "search", "--onlyvisible", "--pid", str(process.pid))[-1]
         xdotool(env, "windowmove", window, "0", "0")
         xdotool(env, "windowsize", window, str(WINDOW[0]), str(WINDOW[1]))
         xdotool(env, "windowfocus", "--sync", window)
@@ -87,13 +41,7 @@ def run_once(command, display, steps, delay_ms):
         memory = memory_mb(process.pid)
         return memory + (cpu_seconds(process.pid), stepping) if memory else None
     finally:
-        process.terminate()
-        try:
-            process.wait(timeout=5)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
-        shutil.rmtree(home, ignore_errors=True)
+        stop(process, home)
 
 
 def main():

@@ -11,13 +11,12 @@ itself is counted: helper processes (a viewer's thumbnailing workers) are not.
 Usage: bench/window_memory.py PIXCOVE_BINARY FOLDER [VIEWER...]
   VIEWER: other programs to measure the same way when installed (default: qimgv gwenview).
 """
-import os
 import shutil
 import subprocess
 import sys
 import time
 
-from viewer_session import fresh_environment, start_xvfb
+from viewer_session import fresh_environment, memory_mb, start_xvfb, stop, wait_for_window, xdotool
 
 RUNS = 3
 WINDOW = (1400, 900)
@@ -28,37 +27,13 @@ BURSTS = 5  # ten notches each: about a page of the grid per burst
 SETTLE = 10.0
 
 
-def xdotool(env, *args):
-    result = subprocess.run(["xdotool"] + list(args), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=env)
-    return result.stdout.decode().split()
-
-
-def memory_mb(pid):
-    """(resident, anonymous, file-backed) in MB, from smaps_rollup."""
-    fields = {}
-    try:
-        with open("/proc/%d/smaps_rollup" % pid) as rollup:
-            for line in rollup:
-                parts = line.split()
-                if len(parts) >= 2 and parts[0].endswith(":"):
-                    fields[parts[0][:-1]] = int(parts[1]) / 1024.0
-    except OSError:
-        return None
-    return fields.get("Rss", 0.0), fields.get("Anonymous", 0.0), fields.get("Rss", 0.0) - fields.get("Anonymous", 0.0)
-
-
 def run_once(command, display):
     env, home = fresh_environment(display)
     process = subprocess.Popen(command, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     result = None
     try:
-        start = time.monotonic()
-        windows = []
-        while time.monotonic() - start < TIMEOUT and process.poll() is None and not windows:
-            windows = xdotool(env, "search", "--onlyvisible", "--pid", str(process.pid))
-            time.sleep(POLL)
-        if windows:
-            window = windows[-1]
+        if wait_for_window(process, env, TIMEOUT, POLL) is not None:
+            window = xdotool(env, "search", "--onlyvisible", "--pid", str(process.pid))[-1]
             xdotool(env, "windowmove", window, "0", "0")
             xdotool(env, "windowsize", window, str(WINDOW[0]), str(WINDOW[1]))
             time.sleep(SHOW_FOR)
@@ -69,15 +44,11 @@ def run_once(command, display):
                 xdotool(env, "click", "--repeat", "10", "--delay", "30", "5")
                 time.sleep(1.0)
             time.sleep(SETTLE)
-            result = memory_mb(process.pid)
+            memory = memory_mb(process.pid)
+            if memory:
+                result = memory + (memory[0] - memory[1],)  # resident, anonymous, files
     finally:
-        process.terminate()
-        try:
-            process.wait(timeout=5)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
-        shutil.rmtree(home, ignore_errors=True)
+        stop(process, home)
     return result
 
 
