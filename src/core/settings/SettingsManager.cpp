@@ -145,7 +145,9 @@ bool SettingsManager::saveNow()
     // save's own error below.
     QDir().mkpath(QFileInfo(m_settingsFile).absolutePath());
     QSaveFile file(m_settingsFile);
-    if (!file.open(QIODevice::WriteOnly)) {
+    // Unbuffered: a buffered write that fails when commit() flushes it (a full disk) is not
+    // reported, and the cut-off file would replace the settings.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         reportSaveFailure(file.errorString());
         return false;
     }

@@ -324,7 +324,8 @@ bool ThumbnailCache::writeAtomically(const QString &path, const QImage &image, c
         return false;
     }
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    // Unbuffered, so that a full disk fails the write instead of committing a cut-off thumbnail.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         if (error)
             *error = QStringLiteral("cannot write the thumbnail %1: %2").arg(path, file.errorString());
         return false;

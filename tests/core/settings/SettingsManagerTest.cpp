@@ -2,6 +2,7 @@
 #include "core/settings/AppSettings.h"
 
 #include "core/app/Log.h"
+#include "core/fs/FileOperationsSupport.h"
 #include "core/model/PXFile.h"
 #include "core/settings/SettingsCoding.h"
 #include "support/LogCapture.h"
@@ -397,6 +398,35 @@ TEST_F(SettingsManagerTest, ASettingThatCannotBeWrittenLeavesTheFileAsItWas)
     EXPECT_EQ(failed.at(0).at(0).toString(),
               "windowSettings[0].toolbarConfiguration: the dictionary holds a value of type QColor");
     EXPECT_EQ(savedObject(), before);
+}
+
+// A disk that fills up while the settings are written: the save fails and the file stays whole.
+// (Files are limited to fewer bytes than the settings take, in a child process.)
+TEST_F(SettingsManagerTest, AFullDiskFailsTheSaveAndKeepsTheLastFile)
+{
+    writeSettings(R"({"thumbnailSize": 1})");
+    {
+        SettingsManager manager(file);
+        ASSERT_TRUE(manager.saveNow());
+    }
+    const QByteArray before = [&] {
+        QFile saved(file);
+        return saved.open(QIODevice::ReadOnly) ? saved.readAll() : QByteArray();
+    }();
+    ASSERT_GT(before.size(), 1024);
+
+    const QByteArray answer = inChildProcess(
+        [&] {
+            SettingsManager manager(file);
+            manager.settings()->setThumbnailOutlineThickness(5);
+            return manager.saveNow() ? QByteArray("saved") : QByteArray("failed");
+        },
+        0, 1024);
+    EXPECT_EQ(answer, "failed");
+    QFile after(file);
+    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
+    EXPECT_EQ(after.readAll(), before);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"com.tallowmere.Pixcove3.json"});
 }
 
 TEST_F(SettingsManagerTest, TheSharedManagerCanBeReplacedAndKeepsTheLoggingInStep)
