@@ -10,9 +10,7 @@
 // context of its own, so it needs no GLib event loop on the GUI thread and never blocks it.
 namespace Volumes {
 
-// Whether `path` is the root of a mount that can be ejected or unmounted by the user.
-bool canEject(const QString &path);
-// Ejects (else unmounts) the mount whose root is `path`. `done` runs on `context`'s thread,
+// Ejects (else unmounts) the mount that holds `path` (a volume's root, as the grid shows it). `done` runs on `context`'s thread,
 // while `context` lives, with an empty message on success or the reason it failed ("The volume
 // is busy").
 void eject(const QString &path, QObject *context, std::function<void(const QString &error)> done);

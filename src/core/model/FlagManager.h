@@ -16,7 +16,7 @@ class ZQFileController;
 // Marks last beyond the run: each one is written through the flag store (the file's extended
 // attribute, else the per-user store) on a worker queue that keeps their order, and a file shown
 // later answers the mark read from the disk with its record (PXFile::storedFlag, read off the GUI
-// thread while its folder is arranged). Files this program moves or renames keep their marks.
+// thread for the cells the grid shows). Files this program moves or renames keep their marks.
 // GUI thread.
 class FlagManager : public QObject
 {
@@ -31,7 +31,10 @@ public:
 
     FlagStore &store() const { return *m_store; }
 
+    // Reads the disk for a file whose mark is not cached yet.
     FileFlag flagOf(const PXFilePtr &file) const;
+    // Never reads the disk: none until the file's mark is cached (for painting).
+    FileFlag cachedFlagOf(const PXFilePtr &file) const;
     bool isFlagged(const PXFilePtr &file) const { return flagOf(file) == FileFlag::flagged; }
     bool isRejected(const PXFilePtr &file) const { return flagOf(file) == FileFlag::rejected; }
     // The files marked so during this run (files marked in earlier runs answer flagOf).
@@ -60,8 +63,18 @@ private:
     // By identity: one file object stands for one path while anybody holds it.
     using FileSet = QHash<const PXFile *, PXFilePtr>;
 
+    struct Pending
+    {
+        PXFilePtr file;
+        FileFlag flag = FileFlag::none;
+        int writes = 0; // queued writes of this file not done yet
+    };
+
     FlagStore *m_store;
     FileSet m_flaggedFiles;
     FileSet m_rejectedFiles;
+    // Marks on their way to the disk: they answer flagOf until written, whatever the file's
+    // record read back from the disk meanwhile.
+    QHash<const PXFile *, Pending> m_pending;
     QThreadPool m_writer; // one thread: marks reach the disk in the order they were made
 };

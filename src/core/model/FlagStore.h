@@ -7,8 +7,10 @@
 #include <QMutex>
 #include <QObject>
 #include <QString>
+#include <QThreadPool>
 #include <QTimer>
 
+#include <atomic>
 #include <chrono>
 
 // Keeps the flags and rejects of files across runs, so that a cull survives quitting.
@@ -69,17 +71,23 @@ private:
         qint64 modified = 0; // seconds since the epoch
     };
 
-    void load();
-    void scheduleSave(); // GUI thread
-    void saveNow(); // GUI thread: hands a snapshot to the worker
-    static bool writeSnapshot(const QString &path, const QByteArray &json, QString *error);
+    void ensureLoaded() const; // under m_mutex
+    void changed(); // under m_mutex: marks the store dirty and asks for a save
+    void saveNow(); // GUI thread: hands a snapshot to the writer
+    bool writeSnapshot(const QByteArray &json, QString *error);
     QByteArray snapshotJson() const; // under m_mutex
+    void reportFailure(const QString &message);
 
     QString m_storeFile;
     mutable QMutex m_mutex;
-    QHash<QByteArray, Entry> m_entries;
+    mutable QHash<QByteArray, Entry> m_entries;
+    mutable bool m_loaded = false;
+    // The store file could not be read and could not be set aside: it is never written over.
+    mutable bool m_keepFile = false;
     bool m_dirty = false;
-    bool m_loaded = false;
-    QTimer m_throttle;
-    int m_fileWriteCount = 0;
+    std::atomic<bool> m_saveRequested = false;
+    bool m_reportedFailure = false;
+    QTimer m_throttle{this};
+    QThreadPool m_writer; // one thread: snapshots reach the disk in order
+    std::atomic<int> m_fileWriteCount = 0;
 };

@@ -116,8 +116,12 @@ public:
     FileFlag storedFlag() const;
     void setCachedStoredFlag(FileFlag flag) const;
     // Reads the label and the stored flag into the record where they are not cached yet, so
-    // that views ask nothing of the disk. For worker threads (the folder collection's arranging).
+    // that views ask nothing of the disk. For worker threads (the grid's visible cells).
     void warmAttributes() const;
+    // What is cached, without reading the disk: for painting on the GUI thread.
+    std::optional<int> cachedFinderLabelSortValue() const;
+    std::optional<FileFlag> cachedStoredFlag() const;
+    bool hasCachedAttributes() const;
 
     static const QStringList &editableMetadataImageTypes();
     bool hasEditableImageMetadata() const;

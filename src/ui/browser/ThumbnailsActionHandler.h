@@ -96,7 +96,7 @@ public:
     bool canChangeFlags() const;
     bool canSelectByFlag() const;
     // Files on disk selected (not placeholders).
-    bool canChangeLabel() const;
+    bool hasSelectionOnDisk() const;
     // The selection can go to `folderPath` (a folder, not one of the selected items; empty: any
     // folder chosen later).
     bool canTransferTo(const QString &folderPath) const;
