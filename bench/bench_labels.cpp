@@ -1,6 +1,6 @@
 // Colour labels and lasting flags at the sizes of a cull: reading the label and the flag of 5 000
-// camera files as a folder is arranged (the first time, and again from the records' caches),
-// labelling 1 000 files, and saving a store of 2 000 marks for files that keep no attributes.
+// camera files (from the disk, and again from the records' caches), labelling 1 000 files, and
+// saving a store of 2 000 marks for files that keep no attributes.
 
 #include "core/imaging/ImageSource.h"
 #include "core/model/ColorLabels.h"
@@ -50,7 +50,8 @@ CameraFolder &folder()
     return shared;
 }
 
-// What arranging a folder for the first time adds per file: its label and its flag from disk.
+// The first read of each file's marks: the grid reads its visible cells' this way on a worker,
+// "Select Flagged" reads every file's on its first use.
 void BM_ReadLabelAndFlag5000(benchmark::State &state)
 {
     FlagStore store(folder().dir.filePath(QStringLiteral("flags.json")));
@@ -67,7 +68,7 @@ void BM_ReadLabelAndFlag5000(benchmark::State &state)
 }
 BENCHMARK(BM_ReadLabelAndFlag5000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// What every later arrangement pays per file: the records answer from their caches.
+// Every later read: the records answer from their caches.
 void BM_WarmCachedRecords5000(benchmark::State &state)
 {
     FlagStore store(folder().dir.filePath(QStringLiteral("flags.json")));

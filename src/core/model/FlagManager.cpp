@@ -26,8 +26,8 @@ FlagManager::FlagManager(FlagStore *store, QObject *parent)
     m_writer.setMaxThreadCount(1);
     m_writer.setObjectName(QStringLiteral("Flag Writer"));
     connect(m_store, &FlagStore::saveFailed, this, [this](const QString &message) {
-        Q_EMIT writeFailed(tr("Flags and rejects of files that keep no extended attributes could not be saved: %1")
-                               .arg(message));
+        Q_EMIT writeFailed(
+            tr("Flags and rejects of files that keep no extended attributes could not be saved: %1").arg(message));
     });
 }
 
@@ -131,7 +131,8 @@ void FlagManager::setFlag(const QList<PXFilePtr> &files, FileFlag flag)
             for (const QString &failure : failures)
                 logError(QStringLiteral("Cannot keep the flag of ") + failure);
             // The marks stay for this run; the disk could not keep them.
-            Q_EMIT self->writeFailed(tr("The flags of some files could not be kept:\n%1").arg(failures.join(QLatin1Char('\n'))));
+            Q_EMIT self->writeFailed(
+                tr("The flags of some files could not be kept:\n%1").arg(failures.join(QLatin1Char('\n'))));
         });
     });
 }

@@ -59,7 +59,7 @@ FlagStore::FlagStore(const QString &storeFile, QObject *parent)
 {
     if (m_storeFile.isEmpty())
         m_storeFile = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
-                      + QStringLiteral("/Pixcove/flags.json");
+            + QStringLiteral("/Pixcove/flags.json");
     m_throttle.setSingleShot(true);
     m_throttle.setInterval(defaultSaveInterval);
     connect(&m_throttle, &QTimer::timeout, this, &FlagStore::saveNow);

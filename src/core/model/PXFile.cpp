@@ -17,7 +17,6 @@
 #include <QFile>
 #include <QLocale>
 
-
 #include <cmath>
 #include <mutex>
 

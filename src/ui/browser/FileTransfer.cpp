@@ -13,8 +13,8 @@ namespace {
 
 QString messageOf(const ZQFileOperationError &error)
 {
-    const QString text = error.failureReason.isEmpty() ? error.description
-                                                       : error.description + QLatin1Char(' ') + error.failureReason;
+    const QString text =
+        error.failureReason.isEmpty() ? error.description : error.description + QLatin1Char(' ') + error.failureReason;
     return error.path.isEmpty() ? text : QStringLiteral("%1: %2").arg(error.path, text);
 }
 
@@ -47,10 +47,7 @@ public:
         if (transaction.isError())
             m_errors.append(messageOf(transaction.error));
     }
-    void fileOperationHandlerCompletedOperation(ZQFileOperationHandler *) override
-    {
-        finish();
-    }
+    void fileOperationHandlerCompletedOperation(ZQFileOperationHandler *) override { finish(); }
 
     void finish()
     {
@@ -98,8 +95,10 @@ void start(Kind kind, const QList<PXFilePtr> &files, const PXFilePtr &folder, QO
     for (const PXFilePtr &file : files)
         units.append(ZQFileOperationUnit(file, QString())); // keeps its name
     auto *delegate = new SkippingDelegate(context, std::move(done));
-    ZQFileOperationHandler *handler = ZQFileController::sharedFileController().performOperation(
-        operationType(kind), ZQFileOperationGroup(std::move(units), folder), delegate);
+    ZQFileOperationHandler *handler =
+        ZQFileController::sharedFileController().performOperation(operationType(kind),
+                                                                  ZQFileOperationGroup(std::move(units), folder),
+                                                                  delegate);
     if (!handler)
         delegate->finish(); // nothing to do
 }

@@ -69,7 +69,8 @@ ThumbnailsActionHandler::ThumbnailsActionHandler(ThumbnailsViewController *pane)
     // The desktop's application database is read once per process, on a worker, so that the
     // first "Open With" menu does not wait for it.
     static std::once_flag warmed;
-    std::call_once(warmed, [] { runOnPool(QStringLiteral("Browser Disk Work"), [] { Applications::allApplications(); }); });
+    std::call_once(warmed,
+                   [] { runOnPool(QStringLiteral("Browser Disk Work"), [] { Applications::allApplications(); }); });
 }
 
 QMenu *ThumbnailsActionHandler::makeContextMenu(int index)
@@ -134,7 +135,8 @@ bool ThumbnailsActionHandler::canTransferTo(const QString &folderPath) const
 bool ThumbnailsActionHandler::canRevealOriginal() const
 {
     const QList<PXFilePtr> selected = m_pane->selectedFiles();
-    return std::any_of(selected.cbegin(), selected.cend(), [](const PXFilePtr &file) { return file->isSymbolicLink(); });
+    return std::any_of(selected.cbegin(), selected.cend(),
+                       [](const PXFilePtr &file) { return file->isSymbolicLink(); });
 }
 
 bool ThumbnailsActionHandler::canEject() const
@@ -221,7 +223,8 @@ void ThumbnailsActionHandler::openInCreator()
         for (const PXFilePtr &file : selected) {
             const QString mimeType = TypeIdentifiers::preferredMimeType(file->resolvedTypeIdentifier());
             const QString application = Applications::creatorApplicationFile(mimeType, creatorOf(file));
-            auto group = std::find_if(groups.begin(), groups.end(), [&](const auto &g) { return g.first == application; });
+            auto group =
+                std::find_if(groups.begin(), groups.end(), [&](const auto &g) { return g.first == application; });
             if (group == groups.end())
                 groups.append(std::make_pair(application, QList<PXFilePtr>{file}));
             else
@@ -239,8 +242,9 @@ void ThumbnailsActionHandler::openInCreator()
                              .arg(files.size()));
                 for (const PXFilePtr &file : files) {
                     if (!QDesktopServices::openUrl(file->url()))
-                        Q_EMIT self->errorOccurred(tr("The file could not be opened"),
-                                                   tr("No application is set to open \"%1\".").arg(file->displayName()));
+                        Q_EMIT self
+                            ->errorOccurred(tr("The file could not be opened"),
+                                            tr("No application is set to open \"%1\".").arg(file->displayName()));
                 }
             }
         });
@@ -351,9 +355,9 @@ void ThumbnailsActionHandler::transferTo(int kind, const QString &folderPath)
     QString folder = folderPath;
     if (folder.isEmpty() && m_dialogs.chooseFolder) {
         const auto transfer = FileTransfer::Kind(kind);
-        folder = m_dialogs.chooseFolder(transfer == FileTransfer::Kind::move   ? tr("Move To")
-                                        : transfer == FileTransfer::Kind::copy ? tr("Copy To")
-                                                                               : tr("Alias To"));
+        folder = m_dialogs.chooseFolder(transfer == FileTransfer::Kind::move       ? tr("Move To")
+                                            : transfer == FileTransfer::Kind::copy ? tr("Copy To")
+                                                                                   : tr("Alias To"));
     }
     if (folder.isEmpty() || !canTransferTo(folder))
         return;

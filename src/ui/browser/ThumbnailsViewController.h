@@ -1,8 +1,8 @@
 #pragma once
 
+#include "core/model/FileFlag.h"
 #include "core/model/FileModel.h"
 #include "core/model/FileSortTypes.h"
-#include "core/model/FileFlag.h"
 #include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
 #include "core/thumbnails/ThumbnailItem.h"
@@ -27,7 +27,6 @@ class RenamedFileFollower;
 class ThumbnailGridDataSource;
 class ThumbnailVisibilityUpdater;
 class ThumbnailsActionHandler;
-
 
 // The thumbnail pane of a main window: the grid of the files of the window's sources, their
 // selection, drops onto the grid and the status line. Its commands are its action handler's.

@@ -105,9 +105,10 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     moveTo->setObjectName(QLatin1String(moveToMenuName));
     file->addMenu(tr("Copy To"))->setObjectName(QLatin1String(copyToMenuName));
     file->addMenu(tr("Alias To"))->setObjectName(QLatin1String(aliasToMenuName));
-    FileMenus::addLabelChooser(file, tr("Label:"), [&b](QMenu *menu, C id, const QVariant &argument, const QString &title) {
-        return static_cast<QAction *>(b.add(menu, id, argument, title));
-    });
+    FileMenus::addLabelChooser(file, tr("Label:"),
+                               [&b](QMenu *menu, C id, const QVariant &argument, const QString &title) {
+                                   return static_cast<QAction *>(b.add(menu, id, argument, title));
+                               });
     b.add(file, C::revealInFileManager);
     b.add(file, C::revealOriginal);
     b.add(file, C::newFolder);

@@ -9,7 +9,6 @@
 
 #include <QMenu>
 
-
 namespace {
 
 constexpr Translator tr("ThumbnailsViewController");

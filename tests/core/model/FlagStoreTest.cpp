@@ -1,5 +1,5 @@
-#include "core/model/FlagManager.h"
 #include "core/model/FlagStore.h"
+#include "core/model/FlagManager.h"
 #include "core/model/PXFile.h"
 
 #include "core/fs/FileOperationsSupport.h"

@@ -186,7 +186,7 @@ TEST(FileCommands, MoveCopyAndAliasToAFolderNeverOverwrite)
     pane.handler()->aliasToMenuAction(links);
     ASSERT_TRUE(waitUntil([&] {
         return QFile::exists(copies + QStringLiteral("/taken.jpg"))
-               && QFileInfo(links + QStringLiteral("/taken.jpg")).isSymLink();
+            && QFileInfo(links + QStringLiteral("/taken.jpg")).isSymLink();
     }));
     EXPECT_EQ(QFileInfo(links + QStringLiteral("/taken.jpg")).symLinkTarget(), taken);
     EXPECT_TRUE(QFile::exists(taken));
@@ -197,8 +197,8 @@ TEST(FileCommands, OpeningManyFilesAsksFirst)
 {
     TestDir tools;
     const QString log = tools.filePath(QStringLiteral("opened.log"));
-    const QString opener = tools.write(QStringLiteral("opener.sh"),
-                                       "#!/bin/sh\necho \"$#\" >> '" + QFile::encodeName(log) + "'\n");
+    const QString opener =
+        tools.write(QStringLiteral("opener.sh"), "#!/bin/sh\necho \"$#\" >> '" + QFile::encodeName(log) + "'\n");
     ASSERT_TRUE(QFile::setPermissions(opener, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     TestDir dir;
     const int many = ThumbnailsActionHandler::manyFilesThreshold + 1;
