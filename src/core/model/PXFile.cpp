@@ -561,13 +561,17 @@ int PXFile::finderLabelSortValue() const
 {
     {
         QMutexLocker locker(&m_lock);
-        if (m_labelValue)
+        if (m_labelValue && !m_labelStale)
             return *m_labelValue;
     }
     const int value = isPlaceholder() ? 0 : ColorLabels::readLabel(nativePath());
     QMutexLocker locker(&m_lock);
-    m_labelValue = value;
-    return value;
+    // A label written here while the disk was read wins over what was read.
+    if (!m_labelValue || m_labelStale) {
+        m_labelValue = value;
+        m_labelStale = false;
+    }
+    return *m_labelValue;
 }
 
 QString PXFile::finderLabelTitle() const
@@ -581,6 +585,7 @@ bool PXFile::setFinderLabel(int value, QString *error)
         return false;
     QMutexLocker locker(&m_lock);
     m_labelValue = value;
+    m_labelStale = false;
     return true;
 }
 
@@ -590,14 +595,16 @@ FileFlag PXFile::storedFlag() const
 {
     {
         QMutexLocker locker(&m_lock);
-        if (m_storedFlag)
+        if (m_storedFlag && !m_storedFlagStale)
             return *m_storedFlag;
     }
     const FileFlag flag = isPlaceholder() ? FileFlag::none : FlagStore::shared().read(nativePath());
     QMutexLocker locker(&m_lock);
     // A mark the user made while the disk was read wins over what was read.
-    if (!m_storedFlag)
+    if (!m_storedFlag || m_storedFlagStale) {
         m_storedFlag = flag;
+        m_storedFlagStale = false;
+    }
     return *m_storedFlag;
 }
 
@@ -605,6 +612,7 @@ void PXFile::setCachedStoredFlag(FileFlag flag) const
 {
     QMutexLocker locker(&m_lock);
     m_storedFlag = flag;
+    m_storedFlagStale = false;
 }
 
 void PXFile::warmAttributes() const
@@ -628,7 +636,7 @@ std::optional<FileFlag> PXFile::cachedStoredFlag() const
 bool PXFile::hasCachedAttributes() const
 {
     QMutexLocker locker(&m_lock);
-    return m_labelValue && m_storedFlag;
+    return m_labelValue && !m_labelStale && m_storedFlag && !m_storedFlagStale;
 }
 
 // MARK: metadata and applications
@@ -729,6 +737,8 @@ QStringList PXFile::changedKeysForEvent(const ZQFileEvent &event)
             m_imageMetadataEditable = notComputed;
             m_labelValue.reset();
             m_storedFlag.reset();
+            m_labelStale = false;
+            m_storedFlagStale = false;
             const auto clearText = [&keys](std::optional<QString> &slot, const char *key) {
                 if (slot) {
                     slot.reset();
@@ -752,9 +762,10 @@ QStringList PXFile::changedKeysForEvent(const ZQFileEvent &event)
             clearFlag(m_isText, "isText");
             clearFlag(m_isVideo, "isMovie");
         } else if (event.type == ZQFileEventType::attributesChanged) {
-            // Tags and flags live in extended attributes.
-            m_labelValue.reset();
-            m_storedFlag.reset();
+            // Tags and flags live in extended attributes: read again on next use. Until then the
+            // cells keep drawing the last values, which are usually this program's own.
+            m_labelStale = true;
+            m_storedFlagStale = true;
         }
     }
     ZQStandardFile::updateForEvent(event);

@@ -118,7 +118,8 @@ public:
     // Reads the label and the stored flag into the record where they are not cached yet, so
     // that views ask nothing of the disk. For worker threads (the grid's visible cells).
     void warmAttributes() const;
-    // What is cached, without reading the disk: for painting on the GUI thread.
+    // What is cached, without reading the disk (the last known values, also while they are read
+    // again after a change): for painting on the GUI thread.
     std::optional<int> cachedFinderLabelSortValue() const;
     std::optional<FileFlag> cachedStoredFlag() const;
     bool hasCachedAttributes() const;
@@ -173,4 +174,7 @@ private:
     mutable QByteArray m_nameSortKey;
     mutable std::optional<int> m_labelValue;
     mutable std::optional<FileFlag> m_storedFlag;
+    // The file's attributes changed: the values above are the last known, to be read again.
+    mutable bool m_labelStale = false;
+    mutable bool m_storedFlagStale = false;
 };

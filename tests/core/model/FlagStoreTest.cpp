@@ -189,4 +189,16 @@ TEST(FlagStore, NeverLosesTheStoreFile)
     }
     EXPECT_EQ(readAll(storeFile + QStringLiteral(".unreadable")), garbage);
     EXPECT_EQ(storedEntries(storeFile).size(), 1);
+
+    // Unreadable, and no room to set it aside: left as it is, marks are not saved over it.
+    dir.write(QStringLiteral("flags.json"), garbage);
+    ASSERT_TRUE(QFile::remove(storeFile + QStringLiteral(".unreadable")));
+    dir.write(QStringLiteral("flags.json.unreadable/something the user keeps"), "x");
+    {
+        FlagStore store(storeFile);
+        QString error;
+        ASSERT_TRUE(store.write(QFile::encodeName(pipes.first()), FileFlag::flagged, &error));
+        store.flush(&error);
+    }
+    EXPECT_EQ(readAll(storeFile), garbage);
 }
