@@ -15,6 +15,8 @@ class LabelChooserAction : public QWidgetAction
 public:
     LabelChooserAction(const QString &title, const QList<QAction *> &valueActions, QObject *parent);
 
+    const QList<QAction *> &valueActions() const { return m_valueActions; }
+
 protected:
     QWidget *createWidget(QWidget *parent) override;
 

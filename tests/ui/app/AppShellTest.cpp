@@ -7,6 +7,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
+#include "ui/windows/LabelChooserAction.h"
 #include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/QuickviewWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -78,6 +79,13 @@ void collectCommandItems(QMenu *menu, QList<CommandAction *> &items)
             collectCommandItems(action->menu(), items);
         } else if (auto *item = qobject_cast<CommandAction *>(action)) {
             items.append(item);
+        } else if (auto *chooser = qobject_cast<LabelChooserAction *>(action)) {
+            for (QAction *value : chooser->valueActions()) {
+                auto *valueItem = qobject_cast<CommandAction *>(value);
+                EXPECT_TRUE(valueItem) << value->text().toStdString();
+                if (valueItem)
+                    items.append(valueItem);
+            }
         } else {
             ADD_FAILURE() << "not a command: " << action->text().toStdString();
         }
@@ -346,6 +354,7 @@ TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
         CommandId::openInCreator,
         CommandId::revealOriginal,
         CommandId::ejectSelected,
+        CommandId::changeFinderLabel,
         CommandId::renameFile,
         CommandId::makeAlias,
         CommandId::makeSymlink,
