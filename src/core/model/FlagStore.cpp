@@ -289,8 +289,10 @@ bool FlagStore::writeSnapshot(const QByteArray &json, QString *error)
 {
     QDir().mkpath(QFileInfo(m_storeFile).absolutePath());
     QSaveFile file(m_storeFile);
-    // An unfinished QSaveFile removes its temporary file, and the previous store stays whole.
-    if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size() || !file.commit()) {
+    // Unbuffered: a short write (a full disk) shows in write()'s count here; buffered, it is lost
+    // in the flush at commit, which then renames a cut-off file over the store. An unfinished
+    // QSaveFile removes its temporary file, and the previous store stays whole.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || file.write(json) != json.size() || !file.commit()) {
         *error = file.errorString();
         return false;
     }
