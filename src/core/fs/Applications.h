@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -23,5 +24,26 @@ namespace Applications {
 // Starts the application of the .desktop file `desktopFile` on `paths` (through GIO). False with
 // the reason when it cannot be started.
 bool launch(const QString &desktopFile, const QStringList &paths, QString *error);
+
+} // namespace Applications
+
+namespace Applications {
+
+// An installed application as menus show it.
+struct ApplicationInfo
+{
+    QString desktopFile; // its .desktop file's path: what launch() takes
+    QString name; // "GNU Image Manipulation Program"
+    QString icon; // a theme icon name or an icon file's path; empty without one
+};
+
+// Every application that opens `mimeType`, the default first, then by name; Pixcove itself is
+// left out. Reads the desktop's application database (tens of milliseconds the first time):
+// call it off the GUI thread where a folder's worth of types is asked.
+QList<ApplicationInfo> applicationsForType(const QString &mimeType);
+// Every installed application that is shown in menus, by name (the "Other…" chooser).
+QList<ApplicationInfo> allApplications();
+// The application of one .desktop file; a null desktopFile when it is not one.
+ApplicationInfo applicationInfo(const QString &desktopFile);
 
 } // namespace Applications

@@ -7,7 +7,9 @@
 #include "core/fs/ZQFileRegistry.h"
 #include "core/fs/ZQFolderLoadOperation.h"
 #include "core/fs/ZQFolderSubscription.h"
+#include "core/model/ColorLabels.h"
 #include "core/model/DisplayFormats.h"
+#include "core/model/FlagStore.h"
 #include "core/model/ImagePropertyKeys.h"
 #include "core/model/MediaTypes.h"
 #include "core/model/TextHelpers.h"
@@ -15,24 +17,12 @@
 #include <QFile>
 #include <QLocale>
 
-#include <sys/xattr.h>
-
 #include <cmath>
 #include <mutex>
 
 namespace {
 
 constexpr Translator tr("PXFile");
-
-// Colour labels as the tags file managers write, with the label numbers that order them.
-struct LabelColour
-{
-    const char *name;
-    int value;
-};
-constexpr LabelColour labelColours[] = {
-    {"Gray", 1}, {"Green", 2}, {"Purple", 3}, {"Blue", 4}, {"Yellow", 5}, {"Red", 6}, {"Orange", 7},
-};
 
 std::optional<double> numberValue(const QVariantMap &map, const char *key)
 {
@@ -571,38 +561,82 @@ int PXFile::finderLabelSortValue() const
 {
     {
         QMutexLocker locker(&m_lock);
-        if (m_labelValue)
+        if (m_labelValue && !m_labelStale)
             return *m_labelValue;
     }
-    int value = 0;
-    char buffer[1024];
-    const ssize_t length = ::getxattr(nativePath().constData(), "user.xdg.tags", buffer, sizeof buffer);
-    if (length > 0) {
-        const QStringList tags = QString::fromUtf8(buffer, length).split(QLatin1Char(','), Qt::SkipEmptyParts);
-        for (const QString &tag : tags) {
-            for (const LabelColour &colour : labelColours) {
-                if (tag.trimmed().compare(QLatin1String(colour.name), Qt::CaseInsensitive) == 0) {
-                    value = colour.value;
-                    break;
-                }
-            }
-            if (value)
-                break;
-        }
-    }
+    const int value = isPlaceholder() ? 0 : ColorLabels::readLabel(nativePath());
     QMutexLocker locker(&m_lock);
-    m_labelValue = value;
-    return value;
+    // A label written here while the disk was read wins over what was read.
+    if (!m_labelValue || m_labelStale) {
+        m_labelValue = value;
+        m_labelStale = false;
+    }
+    return *m_labelValue;
 }
 
 QString PXFile::finderLabelTitle() const
 {
-    const int value = finderLabelSortValue();
-    for (const LabelColour &colour : labelColours) {
-        if (colour.value == value)
-            return tr(colour.name);
+    return ColorLabels::title(finderLabelSortValue());
+}
+
+bool PXFile::setFinderLabel(int value, QString *error)
+{
+    if (!ColorLabels::writeLabel(nativePath(), value, error))
+        return false;
+    QMutexLocker locker(&m_lock);
+    m_labelValue = value;
+    m_labelStale = false;
+    return true;
+}
+
+// MARK: flags
+
+FileFlag PXFile::storedFlag() const
+{
+    {
+        QMutexLocker locker(&m_lock);
+        if (m_storedFlag && !m_storedFlagStale)
+            return *m_storedFlag;
     }
-    return {};
+    const FileFlag flag = isPlaceholder() ? FileFlag::none : FlagStore::shared().read(nativePath());
+    QMutexLocker locker(&m_lock);
+    // A mark the user made while the disk was read wins over what was read.
+    if (!m_storedFlag || m_storedFlagStale) {
+        m_storedFlag = flag;
+        m_storedFlagStale = false;
+    }
+    return *m_storedFlag;
+}
+
+void PXFile::setCachedStoredFlag(FileFlag flag) const
+{
+    QMutexLocker locker(&m_lock);
+    m_storedFlag = flag;
+    m_storedFlagStale = false;
+}
+
+void PXFile::warmAttributes() const
+{
+    finderLabelSortValue();
+    storedFlag();
+}
+
+std::optional<int> PXFile::cachedFinderLabelSortValue() const
+{
+    QMutexLocker locker(&m_lock);
+    return m_labelValue;
+}
+
+std::optional<FileFlag> PXFile::cachedStoredFlag() const
+{
+    QMutexLocker locker(&m_lock);
+    return m_storedFlag;
+}
+
+bool PXFile::hasCachedAttributes() const
+{
+    QMutexLocker locker(&m_lock);
+    return m_labelValue && !m_labelStale && m_storedFlag && !m_storedFlagStale;
 }
 
 // MARK: metadata and applications
@@ -702,6 +736,9 @@ QStringList PXFile::changedKeysForEvent(const ZQFileEvent &event)
             m_imageOrientation = -1;
             m_imageMetadataEditable = notComputed;
             m_labelValue.reset();
+            m_storedFlag.reset();
+            m_labelStale = false;
+            m_storedFlagStale = false;
             const auto clearText = [&keys](std::optional<QString> &slot, const char *key) {
                 if (slot) {
                     slot.reset();
@@ -725,7 +762,10 @@ QStringList PXFile::changedKeysForEvent(const ZQFileEvent &event)
             clearFlag(m_isText, "isText");
             clearFlag(m_isVideo, "isMovie");
         } else if (event.type == ZQFileEventType::attributesChanged) {
-            m_labelValue.reset(); // tags live in extended attributes
+            // Tags and flags live in extended attributes: read again on next use. Until then the
+            // cells keep drawing the last values, which are usually this program's own.
+            m_labelStale = true;
+            m_storedFlagStale = true;
         }
     }
     ZQStandardFile::updateForEvent(event);

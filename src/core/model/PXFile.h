@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/fs/ZQStandardFile.h"
+#include "core/model/FileFlag.h"
 #include "core/model/PXFileForward.h"
 
 #include <QDateTime>
@@ -102,9 +103,26 @@ public:
     QDateTime EXIFDate() const;
     QString EXIFDateString() const;
 
-    // Colour label, from the "user.xdg.tags" extended attribute shared with file managers.
+    // Colour label, from the "user.xdg.tags" extended attribute shared with file managers
+    // (ColorLabels), read once and again after the file's attributes change.
     int finderLabelSortValue() const; // 0 without a label
     QString finderLabelTitle() const;
+    // Gives the file the label `value` (0: none), keeping its other tags, and caches it. Writes
+    // the disk: not on the GUI thread. False with a message when the file cannot take it.
+    bool setFinderLabel(int value, QString *error);
+
+    // The flag or reject kept on disk for the file (FlagStore), read once; FlagManager sets the
+    // cached value when the user marks the file, before the mark reaches the disk.
+    FileFlag storedFlag() const;
+    void setCachedStoredFlag(FileFlag flag) const;
+    // Reads the label and the stored flag into the record where they are not cached yet, so
+    // that views ask nothing of the disk. For worker threads (the grid's visible cells).
+    void warmAttributes() const;
+    // What is cached, without reading the disk (the last known values, also while they are read
+    // again after a change): for painting on the GUI thread.
+    std::optional<int> cachedFinderLabelSortValue() const;
+    std::optional<FileFlag> cachedStoredFlag() const;
+    bool hasCachedAttributes() const;
 
     static const QStringList &editableMetadataImageTypes();
     bool hasEditableImageMetadata() const;
@@ -155,4 +173,8 @@ private:
     mutable std::shared_ptr<const ImageFacts> m_imageFacts;
     mutable QByteArray m_nameSortKey;
     mutable std::optional<int> m_labelValue;
+    mutable std::optional<FileFlag> m_storedFlag;
+    // The file's attributes changed: the values above are the last known, to be read again.
+    mutable bool m_labelStale = false;
+    mutable bool m_storedFlagStale = false;
 };

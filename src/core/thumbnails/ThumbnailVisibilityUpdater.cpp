@@ -1,6 +1,7 @@
 #include "core/thumbnails/ThumbnailVisibilityUpdater.h"
 
 #include "core/app/Dispatch.h"
+#include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
 
 #include <QPointer>
@@ -63,6 +64,36 @@ void ThumbnailVisibilityUpdater::setVisibleRange(int first, int last, int bandFi
     }
     m_nearItems = std::move(now);
     requestInfoLines(bandFirst, bandLast);
+    requestAttributes(bandFirst, bandLast);
+}
+
+void ThumbnailVisibilityUpdater::requestAttributes(int first, int last)
+{
+    QList<PXFilePtr> wanted;
+    for (int i = std::max(0, first); i < last && i < m_items.size(); ++i) {
+        const PXFilePtr &file = m_items[i]->file();
+        if (!file->hasCachedAttributes() && !m_attributesPending.contains(file.get())) {
+            wanted.append(file);
+            m_attributesPending.insert(file.get());
+        }
+    }
+    if (wanted.isEmpty())
+        return;
+    QPointer<ThumbnailVisibilityUpdater> self(this);
+    // Two small reads per file, but on a network volume any read may wait: off the GUI thread.
+    runOnPool(QStringLiteral("File Attributes"), [self, wanted] {
+        for (const PXFilePtr &file : wanted)
+            file->warmAttributes();
+        postToGui([self, wanted] {
+            if (!self)
+                return;
+            for (const PXFilePtr &file : wanted) {
+                self->m_attributesPending.remove(file.get());
+                if (const auto it = self->m_indexByFile.constFind(file.get()); it != self->m_indexByFile.cend())
+                    Q_EMIT self->attributesRead(*it);
+            }
+        });
+    });
 }
 
 void ThumbnailVisibilityUpdater::forget(ThumbnailItem *item)

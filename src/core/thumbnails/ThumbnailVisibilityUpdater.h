@@ -19,7 +19,8 @@
 // their requests; those more than a few screens away also forget their pictures, nearer ones keep
 // them and are watched until they go that far. The information lines under each cell (reading
 // dimensions opens the image) are read on a pool for the band and kept per file until the file
-// or the lines' settings change.
+// or the lines' settings change. So are the colour labels and flags of the band's files (extended
+// attributes), into the files' records, so that the grid draws its marks without the disk.
 //
 // It reads the items in display order, and the position of each file among them, from the
 // containers of its owner, who passes the items that leave them to `forget`. Phases:
@@ -58,9 +59,12 @@ Q_SIGNALS:
     void thumbnailForgotten(const ThumbnailItem *item);
     // The lines of the item at `index` arrived.
     void infoLinesChanged(int index);
+    // The label and flag of the item at `index` were read.
+    void attributesRead(int index);
 
 private:
     void requestInfoLines(int first, int last);
+    void requestAttributes(int first, int last);
 
     const QList<ThumbnailItemPtr> &m_items;
     const QHash<const PXFile *, int> &m_indexByFile;
@@ -72,4 +76,5 @@ private:
     QHash<const PXFile *, QStringList> m_infoLines;
     QSet<const PXFile *> m_infoLinesPending;
     quint64 m_infoGeneration = 0; // bumped when the lines' settings change
+    QSet<const PXFile *> m_attributesPending;
 };

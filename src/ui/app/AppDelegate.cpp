@@ -1,6 +1,7 @@
 #include "ui/app/AppDelegate.h"
 
 #include "core/app/Log.h"
+#include "core/fs/operations/ZQFileController.h"
 #include "core/model/FlagManager.h"
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
@@ -130,6 +131,11 @@ void AppDelegate::registerObservers()
         if (state == Qt::ApplicationInactive)
             applicationDidResignActive();
     });
+    // Flags follow the files this program moves, and reach the disk before it ends.
+    m_flagManager->watchOperations(&ZQFileController::sharedFileController());
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { m_flagManager->flush(); });
+    connect(m_flagManager, &FlagManager::writeFailed, this,
+            [this](const QString &text) { showMessage(tr("Flags Could Not Be Kept"), text); });
 }
 
 void AppDelegate::setUpMenus()

@@ -126,6 +126,15 @@ void ThumbnailCellPainter::paint(QPainter &painter, const Cell &cell, ThumbnailG
             }
             painter.setRenderHint(QPainter::Antialiasing, false);
         }
+        if (const QColor label = delegate.gridLabelColor(cell.index); label.isValid()) {
+            // The colour label: a dot in the other top corner, as large as the flag's.
+            const QRectF dot(target.left() + 3, target.top() + 4, 12, 12);
+            painter.setRenderHint(QPainter::Antialiasing, true);
+            painter.setPen(QPen(Qt::white, 1.5));
+            painter.setBrush(label);
+            painter.drawEllipse(dot);
+            painter.setRenderHint(QPainter::Antialiasing, false);
+        }
     }
 
     const QStringList lines = delegate.gridInfoLines(cell.index);

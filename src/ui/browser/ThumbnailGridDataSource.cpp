@@ -1,5 +1,6 @@
 #include "ui/browser/ThumbnailGridDataSource.h"
 
+#include "core/model/ColorLabels.h"
 #include "core/model/FileModel.h"
 #include "core/settings/WindowSettings.h"
 #include "core/thumbnails/ThumbnailItem.h"
@@ -108,6 +109,15 @@ int ThumbnailGridDataSource::gridMark(int index)
     case FileFlag::none: break;
     }
     return 0;
+}
+
+QColor ThumbnailGridDataSource::gridLabelColor(int index)
+{
+    const PXFilePtr file = fileAt(index);
+    // What is cached: the pane reads the labels of the cells it shows off the GUI thread.
+    const ColorLabels::Label *label =
+        file ? ColorLabels::labelForValue(file->cachedFinderLabelSortValue().value_or(0)) : nullptr;
+    return label ? label->colour : QColor();
 }
 
 QString ThumbnailGridDataSource::gridEditableName(int index)

@@ -36,6 +36,7 @@ public:
     QStringList gridInfoLines(int index) override;
     QString gridSectionTitle(int section) override;
     int gridMark(int index) override;
+    QColor gridLabelColor(int index) override;
     QString gridEditableName(int index) override;
     QMimeData *gridMimeDataForDrag(const QList<int> &indexes) override;
     Qt::DropAction gridValidateDrop(const QMimeData *data, int index, int section,

@@ -29,6 +29,12 @@ public:
     virtual QString gridSectionTitle(int section) = 0;
     // A mark on the cell: 0 none, 1 flagged, 2 rejected (drawn dimmed).
     virtual int gridMark(int index) = 0;
+    // The colour of the cell's colour label; invalid without one.
+    virtual QColor gridLabelColor(int index)
+    {
+        Q_UNUSED(index);
+        return {};
+    }
     // The text the name editor starts with.
     virtual QString gridEditableName(int index) = 0;
     // Files being dragged out; null when the items cannot be dragged.

@@ -2,21 +2,76 @@
 
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
+#include "core/fs/Applications.h"
+#include "core/fs/TypeIdentifiers.h"
+#include "core/fs/Volumes.h"
+#include "core/imaging/ImagePropertiesItem.h"
 #include "core/thumbnails/ThumbnailItem.h"
+#include "ui/browser/ApplicationChooser.h"
 #include "ui/browser/FileDropPerformer.h"
 #include "ui/browser/FileDropValidator.h"
 #include "ui/browser/FileOpener.h"
+#include "ui/browser/FileTransfer.h"
 #include "ui/browser/ThumbnailsViewController.h"
 
 #include <QDesktopServices>
 #include <QDir>
+#include <QFileDialog>
 #include <QFileInfo>
+#include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
+
+#include <algorithm>
+#include <mutex>
+
+namespace {
+
+// The software a file names as its maker: the TIFF block's, else the IPTC originating program.
+QString creatorOf(const PXFilePtr &file)
+{
+    const ImagePropertiesItemPtr item = file->isImage() ? ImagePropertiesItem::load(file) : nullptr;
+    if (!item)
+        return {};
+    if (item->tiffSoftwareInfo)
+        return *item->tiffSoftwareInfo;
+    return item->originatingSoftware.value_or(QString());
+}
+
+// Files on disk among `files`.
+QList<PXFilePtr> realFiles(const QList<PXFilePtr> &files)
+{
+    QList<PXFilePtr> result;
+    for (const PXFilePtr &file : files) {
+        if (!file->isPlaceholder())
+            result.append(file);
+    }
+    return result;
+}
+
+} // namespace
 
 ThumbnailsActionHandler::ThumbnailsActionHandler(ThumbnailsViewController *pane)
     : QObject(pane)
     , m_pane(pane)
-{ }
+{
+    m_dialogs.confirm = [pane](const QString &text) {
+        QMessageBox box(QMessageBox::Question, tr("Open Files"), text, QMessageBox::Cancel, pane);
+        QPushButton *open = box.addButton(tr("Open"), QMessageBox::AcceptRole);
+        box.setDefaultButton(open);
+        box.exec();
+        return box.clickedButton() == open;
+    };
+    m_dialogs.chooseFolder = [pane](const QString &title) { return QFileDialog::getExistingDirectory(pane, title); };
+    m_dialogs.chooseApplication = [pane](const QList<PXFilePtr> &) {
+        return ApplicationChooser::choose(pane, tr("Open With"));
+    };
+    // The desktop's application database is read once per process, on a worker, so that the
+    // first "Open With" menu does not wait for it.
+    static std::once_flag warmed;
+    std::call_once(warmed,
+                   [] { runOnPool(QStringLiteral("Browser Disk Work"), [] { Applications::allApplications(); }); });
+}
 
 QMenu *ThumbnailsActionHandler::makeContextMenu(int index)
 {
@@ -58,6 +113,47 @@ bool ThumbnailsActionHandler::canSelectByFlag() const
     return hasFiles() && m_pane->tracksFlags();
 }
 
+bool ThumbnailsActionHandler::hasSelectionOnDisk() const
+{
+    return !realFiles(m_pane->selectedFiles()).isEmpty();
+}
+
+bool ThumbnailsActionHandler::canTransferTo(const QString &folderPath) const
+{
+    const QList<PXFilePtr> selected = realFiles(m_pane->selectedFiles());
+    if (selected.isEmpty())
+        return false;
+    // A folder cannot go into itself or into a folder inside it.
+    for (const PXFilePtr &file : selected) {
+        if (!folderPath.isEmpty()
+            && (folderPath == file->path() || folderPath.startsWith(file->path() + QLatin1Char('/'))))
+            return false;
+    }
+    return true;
+}
+
+bool ThumbnailsActionHandler::canRevealOriginal() const
+{
+    const QList<PXFilePtr> selected = m_pane->selectedFiles();
+    return std::any_of(selected.cbegin(), selected.cend(),
+                       [](const PXFilePtr &file) { return file->isSymbolicLink(); });
+}
+
+bool ThumbnailsActionHandler::canEject() const
+{
+    const QList<PXFilePtr> selected = m_pane->selectedFiles();
+    return std::any_of(selected.cbegin(), selected.cend(), [](const PXFilePtr &file) { return file->isVolumeRoot(); });
+}
+
+bool ThumbnailsActionHandler::confirmOpening(qsizetype count)
+{
+    if (count <= manyFilesThreshold || !m_dialogs.confirm)
+        return true;
+    return m_dialogs.confirm(tr("You are attempting to open a large number of files at once. This could take a while. "
+                                "Are you sure you want to open %1 files?")
+                                 .arg(count));
+}
+
 void ThumbnailsActionHandler::performOpen()
 {
     const QList<PXFilePtr> selected = m_pane->selectedFiles();
@@ -68,6 +164,8 @@ void ThumbnailsActionHandler::performOpen()
 void ThumbnailsActionHandler::openInApp()
 {
     const QList<PXFilePtr> selected = m_pane->selectedFiles();
+    if (!confirmOpening(selected.size()))
+        return;
     for (const PXFilePtr &file : selected) {
         if (!QDesktopServices::openUrl(file->url())) {
             logError(tr("No application opens %1").arg(file->path()));
@@ -102,8 +200,55 @@ void ThumbnailsActionHandler::placeDroppedFiles(FileDropOperation operation, con
 void ThumbnailsActionHandler::openWithMenuAction(const QString &applicationPath)
 {
     const QList<PXFilePtr> selected = m_pane->selectedFiles();
-    if (!selected.isEmpty())
-        openFilesWith(PXFile::fileForPath(applicationPath), selected);
+    if (selected.isEmpty())
+        return;
+    QString application = applicationPath;
+    if (application.isEmpty() && m_dialogs.chooseApplication)
+        application = m_dialogs.chooseApplication(selected);
+    if (application.isEmpty() || !confirmOpening(selected.size()))
+        return;
+    openFilesWith(PXFile::fileForPath(application), selected);
+}
+
+// Reading the creators reads metadata: done on a pool; the launches follow on the GUI thread.
+void ThumbnailsActionHandler::openInCreator()
+{
+    const QList<PXFilePtr> selected = realFiles(m_pane->selectedFiles());
+    if (selected.isEmpty() || !confirmOpening(selected.size()))
+        return;
+    const QPointer<ThumbnailsActionHandler> self(this);
+    runOnPool(QStringLiteral("Open in Creator"), [self, selected] {
+        // Files by the application that made them; empty key: none known.
+        QList<std::pair<QString, QList<PXFilePtr>>> groups;
+        for (const PXFilePtr &file : selected) {
+            const QString mimeType = TypeIdentifiers::preferredMimeType(file->resolvedTypeIdentifier());
+            const QString application = Applications::creatorApplicationFile(mimeType, creatorOf(file));
+            auto group =
+                std::find_if(groups.begin(), groups.end(), [&](const auto &g) { return g.first == application; });
+            if (group == groups.end())
+                groups.append(std::make_pair(application, QList<PXFilePtr>{file}));
+            else
+                group->second.append(file);
+        }
+        postToGui([self, groups] {
+            if (!self)
+                return;
+            for (const auto &[application, files] : groups) {
+                if (!application.isEmpty()) {
+                    self->openFilesWith(PXFile::fileForPath(application), files);
+                    continue;
+                }
+                logDebug(QStringLiteral("No installed application made %1 file(s); opening them in the default one")
+                             .arg(files.size()));
+                for (const PXFilePtr &file : files) {
+                    if (!QDesktopServices::openUrl(file->url()))
+                        Q_EMIT self
+                            ->errorOccurred(tr("The file could not be opened"),
+                                            tr("No application is set to open \"%1\".").arg(file->displayName()));
+                }
+            }
+        });
+    });
 }
 
 void ThumbnailsActionHandler::selectAll()
@@ -141,6 +286,103 @@ void ThumbnailsActionHandler::revealInFileManager()
 {
     const QList<PXFilePtr> selected = m_pane->selectedFiles();
     FileOpener::reveal(selected.isEmpty() ? m_pane->sources() : selected, m_pane);
+}
+
+void ThumbnailsActionHandler::revealOriginal()
+{
+    QList<PXFilePtr> originals;
+    for (const PXFilePtr &file : m_pane->selectedFiles()) {
+        if (file->isSymbolicLink())
+            originals.append(PXFile::fileForPath(file->resolvedPath()));
+    }
+    if (!originals.isEmpty())
+        FileOpener::reveal(originals, m_pane);
+}
+
+void ThumbnailsActionHandler::ejectSelected()
+{
+    QPointer<ThumbnailsActionHandler> self(this);
+    for (const PXFilePtr &file : m_pane->selectedFiles()) {
+        if (!file->isVolumeRoot())
+            continue;
+        const QString path = file->path();
+        const QString name = file->displayName();
+        Volumes::eject(path, this, [self, path, name](const QString &error) {
+            if (!self)
+                return;
+            if (error.isEmpty())
+                Q_EMIT self->volumeEjected(path);
+            else
+                Q_EMIT self->errorOccurred(tr("The volume \"%1\" could not be ejected").arg(name), error);
+        });
+    }
+}
+
+void ThumbnailsActionHandler::changeFinderLabel(int value)
+{
+    const QList<PXFilePtr> files = realFiles(m_pane->selectedFiles());
+    if (files.isEmpty())
+        return;
+    const QPointer<ThumbnailsActionHandler> self(this);
+    runOnPool(QStringLiteral("Browser Disk Work"), [self, files, value] {
+        QList<PXFilePtr> changed;
+        QStringList failures;
+        for (const PXFilePtr &file : files) {
+            QString error;
+            if (file->setFinderLabel(value, &error))
+                changed.append(file);
+            else
+                failures.append(QStringLiteral("%1: %2").arg(file->displayName(), error));
+        }
+        postToGui([self, changed, failures] {
+            if (!self)
+                return;
+            self->m_pane->gridView()->viewport()->update();
+            if (!failures.isEmpty()) {
+                logError(QStringLiteral("Cannot label ") + failures.join(QStringLiteral("; ")));
+                Q_EMIT self->errorOccurred(tr("Some files could not be labelled"), failures.join(QLatin1Char('\n')));
+            }
+            Q_EMIT self->labelsChanged(changed);
+        });
+    });
+}
+
+void ThumbnailsActionHandler::transferTo(int kind, const QString &folderPath)
+{
+    const QList<PXFilePtr> files = realFiles(m_pane->selectedFiles());
+    if (files.isEmpty())
+        return;
+    QString folder = folderPath;
+    if (folder.isEmpty() && m_dialogs.chooseFolder) {
+        const auto transfer = FileTransfer::Kind(kind);
+        folder = m_dialogs.chooseFolder(transfer == FileTransfer::Kind::move       ? tr("Move To")
+                                            : transfer == FileTransfer::Kind::copy ? tr("Copy To")
+                                                                                   : tr("Alias To"));
+    }
+    if (folder.isEmpty() || !canTransferTo(folder))
+        return;
+    const QPointer<ThumbnailsActionHandler> self(this);
+    FileTransfer::start(FileTransfer::Kind(kind), files, PXFile::fileForPath(folder), this,
+                        [self](const QStringList &errors) {
+                            if (self && !errors.isEmpty())
+                                Q_EMIT self->errorOccurred(tr("Some items could not be placed"),
+                                                           errors.join(QLatin1Char('\n')));
+                        });
+}
+
+void ThumbnailsActionHandler::moveToMenuAction(const QString &folderPath)
+{
+    transferTo(int(FileTransfer::Kind::move), folderPath);
+}
+
+void ThumbnailsActionHandler::copyToMenuAction(const QString &folderPath)
+{
+    transferTo(int(FileTransfer::Kind::copy), folderPath);
+}
+
+void ThumbnailsActionHandler::aliasToMenuAction(const QString &folderPath)
+{
+    transferTo(int(FileTransfer::Kind::alias), folderPath);
 }
 
 void ThumbnailsActionHandler::newFolder()
@@ -200,6 +442,9 @@ void ThumbnailsActionHandler::selectByFlag(FileFlag flag)
     QList<int> indexes;
     const int count = m_pane->fileCount();
     for (int i = 0; i < count; ++i) {
+        // Marks of files never shown are read now: a command the user asked for, which costs a
+        // few milliseconds per thousand files the first time.
+        m_pane->itemAt(i)->file()->warmAttributes();
         if (m_pane->flagOf(m_pane->itemAt(i)->file()) == flag)
             indexes.append(i);
     }

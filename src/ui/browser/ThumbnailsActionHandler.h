@@ -42,8 +42,12 @@ public:
 
     void performOpen();
     void openInApp();
-    // Opens the selection with the favourite application at `applicationPath`.
+    // Opens the selection with the application of the .desktop file (or program) at
+    // `applicationPath`; an empty path asks for one first ("Other…").
     void openWithMenuAction(const QString &applicationPath);
+    // Opens each selected file with the application that made it, where an installed one is
+    // named in its metadata, else with the default application.
+    void openInCreator();
     void selectAll();
     void deselectAll();
     void renameFile();
@@ -53,6 +57,18 @@ public:
     void moveToTrash();
     // The selection, else the pane's folders.
     void revealInFileManager();
+    // The targets of the selected symbolic links.
+    void revealOriginal();
+    // Ejects the selected volumes; the outcome is reported through errorOccurred or volumeEjected.
+    void ejectSelected();
+    // Gives the selection the colour label of sort value `value` (0 removes it), keeping the
+    // files' other tags; written off the GUI thread.
+    void changeFinderLabel(int value);
+    // Moves, copies or links the selection into the folder at `folderPath`; an empty path asks
+    // for a folder first ("Other Folder…").
+    void moveToMenuAction(const QString &folderPath);
+    void copyToMenuAction(const QString &folderPath);
+    void aliasToMenuAction(const QString &folderPath);
     // In the pane's only folder; its name opens for editing once it is listed.
     void newFolder();
     void flagItem();
@@ -79,6 +95,27 @@ public:
     // A selection and a flag store.
     bool canChangeFlags() const;
     bool canSelectByFlag() const;
+    // Files on disk selected (not placeholders).
+    bool hasSelectionOnDisk() const;
+    // The selection can go to `folderPath` (a folder, not one of the selected items; empty: any
+    // folder chosen later).
+    bool canTransferTo(const QString &folderPath) const;
+    bool canRevealOriginal() const;
+    bool canEject() const;
+
+    // The questions and choosers the commands ask through; tests replace them.
+    struct Dialogs
+    {
+        // Answers whether to go on (the question before opening many files).
+        std::function<bool(const QString &text)> confirm;
+        // A folder's path, empty when cancelled.
+        std::function<QString(const QString &title)> chooseFolder;
+        // A .desktop file's path, empty when cancelled.
+        std::function<QString(const QList<PXFilePtr> &files)> chooseApplication;
+    };
+    Dialogs &dialogs() { return m_dialogs; }
+    // Opening more files than this at once asks first: a window or a program per file.
+    static constexpr int manyFilesThreshold = 20;
     // Aliases, duplicates and the trash run as activities, which this pane does not start yet.
     bool canStartActivities() const { return false; }
 
@@ -88,12 +125,19 @@ Q_SIGNALS:
     void slideshowRequested(const QList<PXFilePtr> &sources);
     void flagChangeRequested(const QList<PXFilePtr> &files, FileFlag flag);
     void errorOccurred(const QString &title, const QString &text);
+    // A label was written to every file asked (tests wait for it); failures go to errorOccurred.
+    void labelsChanged(const QList<PXFilePtr> &files);
+    void volumeEjected(const QString &path);
 
 private:
     void changeFlag(FileFlag flag);
     void selectByFlag(FileFlag flag);
     void stepImage(int direction);
+    void transferTo(int kind, const QString &folderPath);
+    // Asks before opening `count` files when they are many; true to go on.
+    bool confirmOpening(qsizetype count);
 
     ThumbnailsViewController *m_pane;
     ContextMenuFactory m_contextMenuFactory;
+    Dialogs m_dialogs;
 };

@@ -103,6 +103,7 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     connect(m_visibility, &ThumbnailVisibilityUpdater::thumbnailForgotten, this,
             [this](const ThumbnailItem *item) { m_dataSource->forgetThumbnail(item); });
     connect(m_visibility, &ThumbnailVisibilityUpdater::infoLinesChanged, m_grid, &ThumbnailGridView::updateItem);
+    connect(m_visibility, &ThumbnailVisibilityUpdater::attributesRead, m_grid, &ThumbnailGridView::updateItem);
 
     connect(m_grid, &ThumbnailGridView::selectionChanged, this, &ThumbnailsViewController::gridSelectionChanged);
     connect(m_grid, &ThumbnailGridView::visibleRangeChanged, this, &ThumbnailsViewController::updateVisibility);

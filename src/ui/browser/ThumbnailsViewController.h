@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/model/FileFlag.h"
 #include "core/model/FileModel.h"
 #include "core/model/FileSortTypes.h"
 #include "core/model/PXFileForward.h"
@@ -26,9 +27,6 @@ class RenamedFileFollower;
 class ThumbnailGridDataSource;
 class ThumbnailVisibilityUpdater;
 class ThumbnailsActionHandler;
-
-// A file's mark for the current run, kept by the application's flag manager.
-enum class FileFlag { none, flagged, rejected };
 
 // The thumbnail pane of a main window: the grid of the files of the window's sources, their
 // selection, drops onto the grid and the status line. Its commands are its action handler's.

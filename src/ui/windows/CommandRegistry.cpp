@@ -301,7 +301,8 @@ void CommandRegistry::declarePaneCommands()
     add(CommandId::openInApp, TITLE("Open in Default App"))
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_O)
         .on(&P::openInApp, &P::hasSelection);
-    add(CommandId::openWithMenuAction, TITLE("Open With")).on(&P::openWithMenuAction);
+    add(CommandId::openWithMenuAction, TITLE("Open With")).on(&P::openWithMenuAction, &P::hasSelection);
+    add(CommandId::openInCreator, TITLE("Open in Creator App")).on(&P::openInCreator, &P::hasSelectionOnDisk);
     add(CommandId::selectAll, TITLE("Select All")).key(QKeySequence::SelectAll).on(&P::selectAll, &P::hasFiles);
     add(CommandId::deselectAll, TITLE("Deselect All"))
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_A)
@@ -331,11 +332,12 @@ void CommandRegistry::declarePaneCommands()
     add(CommandId::scrollSelectionToVisible, TITLE("Show Selection"))
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_L)
         .on(&P::scrollSelectionToVisible, &P::hasSelection);
-    // Activities, colour labels and volumes, which the pane does not run yet.
-    add(CommandId::moveToMenuAction, TITLE("Move To")).unavailable();
-    add(CommandId::revealOriginal, TITLE("Reveal Original")).unavailable();
-    add(CommandId::ejectSelected, TITLE("Eject")).unavailable();
-    add(CommandId::changeFinderLabel, TITLE("Label:")).unavailable();
+    add(CommandId::moveToMenuAction, TITLE("Move To")).on(&P::moveToMenuAction, &P::canTransferTo);
+    add(CommandId::copyToMenuAction, TITLE("Copy To")).on(&P::copyToMenuAction, &P::canTransferTo);
+    add(CommandId::aliasToMenuAction, TITLE("Alias To")).on(&P::aliasToMenuAction, &P::canTransferTo);
+    add(CommandId::revealOriginal, TITLE("Reveal Original")).on(&P::revealOriginal, &P::canRevealOriginal);
+    add(CommandId::ejectSelected, TITLE("Eject")).on(&P::ejectSelected, &P::canEject);
+    add(CommandId::changeFinderLabel, TITLE("Label:")).on(&P::changeFinderLabel, &P::hasSelectionOnDisk);
     add(CommandId::startSlideshow, TITLE("Slideshow With Selected")).on(&P::startSlideshow, &P::canStartSlideshow);
     add(CommandId::startSlideshowWithSelected, TITLE("Slideshow With Selected"))
         .key(Qt::CTRL | Qt::ALT | Qt::Key_S)

@@ -5,6 +5,7 @@
 #include "core/settings/SettingsValueSets.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
+#include "ui/windows/FileMenus.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -90,6 +91,7 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     file->addSeparator();
     b.add(file, C::performOpen);
     b.add(file, C::openInApp);
+    b.add(file, C::openInCreator);
     QMenu *openWith = file->addMenu(tr("Open With"));
     openWith->setObjectName(QLatin1String(openWithMenuName));
     file->addSeparator();
@@ -101,9 +103,16 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     b.add(file, C::duplicate);
     QMenu *moveTo = file->addMenu(tr("Move To"));
     moveTo->setObjectName(QLatin1String(moveToMenuName));
-    b.add(file, C::changeFinderLabel);
+    file->addMenu(tr("Copy To"))->setObjectName(QLatin1String(copyToMenuName));
+    file->addMenu(tr("Alias To"))->setObjectName(QLatin1String(aliasToMenuName));
+    FileMenus::addLabelChooser(file, tr("Label:"),
+                               [&b](QMenu *menu, C id, const QVariant &argument, const QString &title) {
+                                   return static_cast<QAction *>(b.add(menu, id, argument, title));
+                               });
     b.add(file, C::revealInFileManager);
+    b.add(file, C::revealOriginal);
     b.add(file, C::newFolder);
+    b.add(file, C::ejectSelected);
     b.add(file, C::moveToTrash);
     file->addSeparator();
     b.add(file, C::performClose);

@@ -13,9 +13,11 @@ namespace MainMenuBar {
 
 QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry);
 
-// The submenus rebuilt each time they open: "Open With" (favourite applications) and "Move To"
-// (favourite folders); their object names.
+// The submenus rebuilt each time they open: "Open With" (favourite applications and those of the
+// selection's type), "Move To", "Copy To" and "Alias To" (favourite folders); their object names.
 inline constexpr const char *openWithMenuName = "openWithMenu";
 inline constexpr const char *moveToMenuName = "moveToMenu";
+inline constexpr const char *copyToMenuName = "copyToMenu";
+inline constexpr const char *aliasToMenuName = "aliasToMenu";
 
 } // namespace MainMenuBar

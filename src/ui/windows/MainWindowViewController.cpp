@@ -185,12 +185,9 @@ MainWindowViewController::~MainWindowViewController() = default;
 void MainWindowViewController::connectFlagsAndErrors()
 {
     ThumbnailsViewController *pane = thumbnailsViewController();
-    pane->setFlagLookup([](const PXFilePtr &file) {
-        FlagManager &flags = FlagManager::shared();
-        if (flags.isFlagged(file))
-            return FileFlag::flagged;
-        return flags.isRejected(file) ? FileFlag::rejected : FileFlag::none;
-    });
+    // The cells draw what is cached; the pane reads the marks of the cells it shows off the GUI
+    // thread, and of every file before it selects by mark.
+    pane->setFlagLookup([](const PXFilePtr &file) { return FlagManager::shared().cachedFlagOf(file); });
     connect(pane, &ThumbnailsViewController::flagChangeRequested, this,
             [](const QList<PXFilePtr> &files, FileFlag flag) {
                 FlagManager &flags = FlagManager::shared();

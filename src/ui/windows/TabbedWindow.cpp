@@ -7,6 +7,7 @@
 #include "core/settings/SettingsManager.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
+#include "ui/windows/FileMenus.h"
 #include "ui/windows/MainMenuBar.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowViewController.h"
@@ -86,7 +87,11 @@ TabbedWindow::TabbedWindow(QWidget *parent)
             if (menu->objectName() == QLatin1String(MainMenuBar::openWithMenuName))
                 rebuildOpenWithMenu(menu);
             else if (menu->objectName() == QLatin1String(MainMenuBar::moveToMenuName))
-                rebuildMoveToMenu(menu);
+                rebuildFolderMenu(menu, CommandId::moveToMenuAction);
+            else if (menu->objectName() == QLatin1String(MainMenuBar::copyToMenuName))
+                rebuildFolderMenu(menu, CommandId::copyToMenuAction);
+            else if (menu->objectName() == QLatin1String(MainMenuBar::aliasToMenuName))
+                rebuildFolderMenu(menu, CommandId::aliasToMenuAction);
             validateActions();
         });
     }
@@ -277,37 +282,29 @@ bool TabbedWindow::hasSelection() const
     return controller && !controller->mainViewController()->selectedFiles().isEmpty();
 }
 
+// Items of the menus rebuilt when they open, validated and run like the menu bar's.
+FileMenus::AddItem TabbedWindow::menuItemMaker()
+{
+    return [this](QMenu *menu, CommandId id, const QVariant &argument, const QString &title) -> QAction * {
+        auto *item = new CommandAction(m_registry.command(id), argument, title, menu);
+        menu->addAction(item);
+        item->applyState(commandState(id, argument));
+        connect(item, &QAction::triggered, this, [this, id, argument] { performCommand(id, argument); });
+        return item;
+    };
+}
+
 // Favourite applications that are gone are left out until they come back.
 void TabbedWindow::rebuildOpenWithMenu(QMenu *menu)
 {
     menu->clear();
-    const QList<FileBookmark> &apps = SettingsManager::shared().settings()->favoriteApps();
-    for (const FileBookmark &bookmark : apps) {
-        if (!bookmark.resolves())
-            continue;
-        const QString path = bookmark.file->path();
-        auto *item =
-            new CommandAction(m_registry.command(CommandId::openWithApplication), path, bookmark.title(), menu);
-        menu->addAction(item);
-        item->applyState(commandState(CommandId::openWithApplication, path));
-        connect(item, &QAction::triggered, this,
-                [this, path] { performCommand(CommandId::openWithApplication, path); });
-    }
-    if (menu->isEmpty())
-        menu->addAction(tr("No Favorite Applications"))->setEnabled(false);
+    const MainWindowController *controller = currentController();
+    FileMenus::fillOpenWith(menu, controller ? controller->mainViewController()->selectedFiles() : QList<PXFilePtr>(),
+                            menuItemMaker());
 }
 
-// Moving files is an activity; the folders are listed so the menu shows its shape already.
-void TabbedWindow::rebuildMoveToMenu(QMenu *menu)
+void TabbedWindow::rebuildFolderMenu(QMenu *menu, CommandId id)
 {
     menu->clear();
-    const Command &moveTo = m_registry.command(CommandId::moveToMenuAction);
-    for (const FileBookmark &bookmark : SettingsManager::shared().settings()->favoriteFolders()) {
-        auto *item =
-            new CommandAction(moveTo, bookmark.file ? bookmark.file->path() : QString(), bookmark.title(), menu);
-        menu->addAction(item);
-        item->applyState(moveTo.state(nullptr));
-    }
-    if (menu->isEmpty())
-        menu->addAction(tr("No Favorite Folders"))->setEnabled(false);
+    FileMenus::fillFolders(menu, id, menuItemMaker());
 }

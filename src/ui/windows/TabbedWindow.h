@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/common/Command.h"
+#include "ui/windows/FileMenus.h"
 
 #include <QList>
 #include <QMainWindow>
@@ -63,8 +64,9 @@ private:
     void controllerClosed(MainWindowController *controller);
     void showCurrent(int index);
     void updateTitle();
+    FileMenus::AddItem menuItemMaker();
     void rebuildOpenWithMenu(QMenu *menu);
-    void rebuildMoveToMenu(QMenu *menu);
+    void rebuildFolderMenu(QMenu *menu, CommandId id);
 
     const CommandRegistry &m_registry;
     QTabBar *m_tabBar;

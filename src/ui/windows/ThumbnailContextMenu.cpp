@@ -1,17 +1,13 @@
 #include "ui/windows/ThumbnailContextMenu.h"
 
 #include "core/app/Translate.h"
-#include "core/settings/AppSettings.h"
-#include "core/settings/FileBookmark.h"
-#include "core/settings/SettingsManager.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
+#include "ui/windows/FileMenus.h"
 
 #include <QMenu>
-
-#include <iterator>
 
 namespace {
 
@@ -37,25 +33,28 @@ struct Builder
         return action;
     }
 
+    FileMenus::AddItem adder() const
+    {
+        return [this](QMenu *menu, CommandId id, const QVariant &argument, const QString &title) -> QAction * {
+            return add(menu, id, argument, title);
+        };
+    }
+
+    QMenu *addFolderMenu(QMenu *menu, const QString &title, CommandId id, const char *name) const
+    {
+        QMenu *submenu = menu->addMenu(title);
+        submenu->menuAction()->setObjectName(QLatin1String(name));
+        FileMenus::fillFolders(submenu, id, adder());
+        submenu->menuAction()->setEnabled(registry.command(id).state(handler, QString()).enabled);
+        return submenu;
+    }
+
     void addShared(QMenu *menu) const
     {
-        QMenu *moveTo = menu->addMenu(tr("Move To"));
-        moveTo->menuAction()->setObjectName(QStringLiteral("moveToMenu"));
-        if (AppSettings *app = SettingsManager::shared().settings()) {
-            for (const FileBookmark &bookmark : app->favoriteFolders()) {
-                if (bookmark.resolves())
-                    add(moveTo, CommandId::moveToMenuAction, bookmark.file->path(), bookmark.title());
-            }
-        }
-        // Moving runs as an activity, which the pane does not start yet.
-        moveTo->menuAction()->setEnabled(false);
-
-        QMenu *tag = menu->addMenu(tr("Tag:"));
-        tag->menuAction()->setObjectName(QStringLiteral("changeFinderLabel"));
-        const char *colours[] = {"Red", "Orange", "Yellow", "Green", "Blue", "Purple", "Gray"};
-        for (int i = 0; i < int(std::size(colours)); ++i)
-            add(tag, CommandId::changeFinderLabel, i, tr(colours[i]));
-        tag->menuAction()->setEnabled(false);
+        addFolderMenu(menu, tr("Move To"), CommandId::moveToMenuAction, "moveToMenu");
+        addFolderMenu(menu, tr("Copy To"), CommandId::copyToMenuAction, "copyToMenu");
+        addFolderMenu(menu, tr("Alias To"), CommandId::aliasToMenuAction, "aliasToMenu");
+        FileMenus::addLabelChooser(menu, tr("Tag:"), adder());
     }
 };
 
@@ -92,15 +91,11 @@ QMenu *build(ThumbnailsActionHandler *handler, bool onItems, const CommandRegist
 
     QMenu *openWith = menu->addMenu(tr("Open With"));
     openWith->menuAction()->setObjectName(QStringLiteral("openWithMenu"));
-    if (AppSettings *app = SettingsManager::shared().settings()) {
-        for (const FileBookmark &bookmark : app->favoriteApps()) {
-            if (bookmark.resolves())
-                b.add(openWith, CommandId::openWithMenuAction, bookmark.file->path(), bookmark.title());
-        }
-    }
-    openWith->menuAction()->setEnabled(!openWith->isEmpty());
+    FileMenus::fillOpenWith(openWith, selected, b.adder());
+    openWith->menuAction()->setEnabled(!selected.isEmpty());
     b.add(menu, CommandId::performOpen);
     b.add(menu, CommandId::openInApp);
+    b.add(menu, CommandId::openInCreator);
     menu->addSeparator();
     b.add(menu, CommandId::startSlideshow);
     menu->addSeparator();

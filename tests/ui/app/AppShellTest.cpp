@@ -9,6 +9,7 @@
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandRegistry.h"
+#include "ui/windows/LabelChooserAction.h"
 #include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/QuickviewWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -82,6 +83,13 @@ void collectCommandItems(QMenu *menu, QList<CommandAction *> &items)
             collectCommandItems(action->menu(), items);
         } else if (auto *item = qobject_cast<CommandAction *>(action)) {
             items.append(item);
+        } else if (auto *chooser = qobject_cast<LabelChooserAction *>(action)) {
+            for (QAction *value : chooser->valueActions()) {
+                auto *valueItem = qobject_cast<CommandAction *>(value);
+                EXPECT_TRUE(valueItem) << value->text().toStdString();
+                if (valueItem)
+                    items.append(valueItem);
+            }
         } else {
             ADD_FAILURE() << "not a command: " << action->text().toStdString();
         }
@@ -360,6 +368,10 @@ TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
         CommandId::changeThumbnailSubfolderGrouping,
         CommandId::performOpen,
         CommandId::openInApp,
+        CommandId::openInCreator,
+        CommandId::revealOriginal,
+        CommandId::ejectSelected,
+        CommandId::changeFinderLabel,
         CommandId::renameFile,
         CommandId::makeAlias,
         CommandId::makeSymlink,

@@ -240,6 +240,7 @@ TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterO
               (QStringList{"Open With",
                            "Open",
                            "Open in Default App",
+                           "Open in Creator App",
                            "-",
                            "Slideshow With Selected",
                            "-",
@@ -257,6 +258,8 @@ TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterO
                            "New Folder",
                            "-",
                            "Move To",
+                           "Copy To",
+                           "Alias To",
                            "Tag:"}));
     for (QAction *action : items->actions()) {
         const QString name = action->objectName();
@@ -277,7 +280,7 @@ TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterO
     std::unique_ptr<QMenu> background(contextMenu(pane, -1));
     EXPECT_EQ(menuTitles(background.get()),
               (QStringList{"New Folder", "Batch Rename", "Slideshow With Contents", "Show in File Manager", "-",
-                           "Move To", "Tag:"}));
+                           "Move To", "Copy To", "Alias To", "Tag:"}));
 }
 
 TEST(ThumbnailsViewController, RenamesInPlaceThroughTheFileLayerAndKeepsTheSelection)
