@@ -50,6 +50,7 @@ constexpr CatalogueEntry catalogue[] = {
      PXRenameConstant::addParentFolderName},
     {"add grandparent folder name", QT_TRANSLATE_NOOP("PXRenameCriterion", "Grandparent Folder Name"),
      PXRenameConstant::addGrandparentFolderName},
+    {"add date taken", QT_TRANSLATE_NOOP("PXRenameCriterion", "Date Taken"), PXRenameConstant::addDateTaken},
     {"location to insert", QT_TRANSLATE_NOOP("PXRenameCriterion", "integer field"), PXRenameConstant::locationToInsert},
     {"range to replace", QT_TRANSLATE_NOOP("PXRenameCriterion", "range field"), PXRenameConstant::rangeToReplace},
     {"characters to replace", QT_TRANSLATE_NOOP("PXRenameCriterion", "string field"),
