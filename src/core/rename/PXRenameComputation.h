@@ -46,14 +46,22 @@ public:
 
     // The collision scan over proposals in display order: a proposed path already claimed
     // collides; so does a changed name (not a change of case alone) that exists on disk.
-    static QList<bool> collisionsFor(const QList<PXFileRenameItemPtr> &items,
-                                     const QList<PXFileRenameItem::Proposal> &proposals, bool *hasCollisions,
-                                     const std::atomic<bool> *cancelled = nullptr);
+    static QList<bool> collisionsFor(const QList<PXFilePtr> &files, const QList<PXFileRenameItem::Proposal> &proposals,
+                                     bool *hasCollisions, const std::atomic<bool> *cancelled = nullptr);
 
 private:
+    // What the worker reads of an item: the listed items' numbers may change meanwhile.
+    struct Input
+    {
+        PXFilePtr file;
+        bool isContainer = false;
+        quint64 itemIndex = PXBatchItem::notFound;
+        quint64 itemOverallIndex = PXBatchItem::notFound;
+    };
+
     QList<PXFileRenameItemPtr> m_items;
-    // Copies of the items (file and numbers) that the worker reads while the listed ones change.
-    QList<std::shared_ptr<PXFileRenameItem>> m_probes;
+    QList<Input> m_inputs;
     PXRenameRules m_rules;
+    bool m_perFolder = false;
     std::shared_ptr<std::atomic<bool>> m_cancelled;
 };
