@@ -12,6 +12,8 @@
 #include "core/rename/PXRenameComputation.h"
 #include "core/rename/PXRenamePresets.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QSet>
 
 namespace {
@@ -151,13 +153,13 @@ QList<PXFileRenameItemPtr> PXFileRenamer::arrangedItems() const
     return items;
 }
 
-void PXFileRenamer::scanForChildrenOfFiles(const QList<PXFilePtr> &folders)
+void PXFileRenamer::scanForChildrenOfFiles(const QList<PXFilePtr> &folders, std::optional<int> levels)
 {
     // Depth 0 lists a folder as itself; each level more lists one level of its contents.
     if (m_folderScanDepth <= 0 || folders.isEmpty())
         return;
     ZQFolderLoadOptions options;
-    options.depth = m_folderScanDepth - 1;
+    options.depth = levels.value_or(m_folderScanDepth - 1);
     options.fileFilter = [](const ZQFilePtr &file) { return !file->isInvisible(); };
     options.folderFilter = [](const ZQFilePtr &file) { return !file->isInvisible(); };
     for (const PXFilePtr &folder : folders) {
@@ -240,8 +242,28 @@ void PXFileRenamer::setNeedsToUpdateFiles(const QList<ZQFileEvent> &events)
 void PXFileRenamer::updateFiles()
 {
     const QList<ZQFileEvent> events = std::exchange(m_pendingEvents, {});
-    for (const ZQFileEvent &event : events)
+    QList<PXBatchItemPtr> gone;
+    QList<PXFilePtr> foldersToList;
+    for (const ZQFileEvent &event : events) {
         ZQStandardFile::newFileForNativePath(event.nativePath)->updateForEvent(event);
+        // Our own rename removes the old names; its items are known by the new ones afterwards.
+        if (event.type != ZQFileEventType::removed || m_fileOperationHandler)
+            continue;
+        // A file deleted or renamed from outside leaves the list; the folder it was listed from
+        // is listed again, where a renamed file shows up under its new name.
+        const PXBatchItemPtr item = m_outline->itemForIdentifier(QFile::decodeName(event.nativePath));
+        if (!item || gone.contains(item) || QFileInfo::exists(item->identifier()))
+            continue;
+        gone.append(item);
+        const ZQFilePtr parent = item->representedObject()->parentItem();
+        const PXFilePtr folder = parent ? PXFile::from(parent) : nullptr;
+        if (folder && m_outline->itemForIdentifier(folder->path()) && !foldersToList.contains(folder))
+            foldersToList.append(folder);
+    }
+    if (!gone.isEmpty()) {
+        removeFiles(gone);
+        scanForChildrenOfFiles(foldersToList, 0);
+    }
     m_outline->setNeedsUpdate();
     updateForChanges();
 }
@@ -506,6 +528,15 @@ bool PXFileRenamer::selectPreset(const QString &groupIdentifier, qsizetype index
     m_currentPresetIndex = index;
     updateWithPreset(preset);
     return true;
+}
+
+void PXFileRenamer::setCurrentPreset(const QString &groupIdentifier, qsizetype index)
+{
+    if (const auto previous = currentSavedPresetIndex())
+        m_presets->savedPresets()[*previous].remove(Key::altered);
+    m_currentPresetGroup = groupIdentifier;
+    m_currentPresetIndex = index;
+    markCurrentPreset();
 }
 
 void PXFileRenamer::savePreset()

@@ -121,6 +121,10 @@ public:
     // an altered preset by answering "Cancel".
     bool selectPreset(const QString &groupIdentifier, qsizetype index);
     std::optional<qsizetype> currentSavedPresetIndex() const;
+    // Makes a preset the current one without applying it (a new preset made of the current
+    // settings; none after presets were removed). The previous preset loses its "altered" mark:
+    // its stored settings did not change.
+    void setCurrentPreset(const QString &groupIdentifier, qsizetype index);
     bool isCurrentPresetAltered() const;
     // Saves the current settings into the current saved preset.
     void savePreset();
@@ -151,7 +155,8 @@ private:
     void prepareUpdate();
     void finishUpdate();
     PXFileRenameItemPtr makeItem(const PXFilePtr &file, bool container);
-    void scanForChildrenOfFiles(const QList<PXFilePtr> &folders);
+    // Lists the folders' contents to the chosen depth, or `levels` below them.
+    void scanForChildrenOfFiles(const QList<PXFilePtr> &folders, std::optional<int> levels = std::nullopt);
     void rebuildContents();
     void resetSubscription();
     void setNeedsToUpdateFiles(const QList<ZQFileEvent> &events);

@@ -98,7 +98,7 @@ private:
     void showRenamerState();
     void renamerUpdated();
     void presetChosen(const QString &group, qsizetype index);
-    void rebuildPresetsView();
+    void showRenamerSettings();
     QDialog *sheet(const QString &title, const QString &html);
 
     std::unique_ptr<QSettings> m_ownSettings;

@@ -8,8 +8,8 @@
 class PXFileRenamer;
 
 // The files list of the batch renamer as a model over its arranged items: a tree of folders and
-// files, or one flat list. Columns: name, proposed name, and file properties (kind, size,
-// modification date, date taken). A folder's proposed name is "Not Applicable", a file that
+// files, or one flat list. Columns: name, proposed name, and file properties that cost no disk
+// read on the GUI thread (kind, size, modification date). A folder's proposed name is "Not Applicable", a file that
 // cannot be renamed "Not Renamable", both grey; an unchanged name is grey; a collision is red
 // with a mark, as is a name too long for the file system. Reset when the arrangement changes;
 // only the proposed names' column is redrawn when names are recomputed.
@@ -17,15 +17,7 @@ class RenameFilesModel : public QAbstractItemModel
 {
     Q_OBJECT
 public:
-    enum Column {
-        nameColumn,
-        proposedNameColumn,
-        kindColumn,
-        sizeColumn,
-        modificationDateColumn,
-        dateTakenColumn,
-        columnCount_
-    };
+    enum Column { nameColumn, proposedNameColumn, kindColumn, sizeColumn, modificationDateColumn, columnCount_ };
     // The item of a row, for tests and the window's Delete key.
     static constexpr int batchItemRole = Qt::UserRole + 1;
     // "collision", "tooLong", "unchanged", "notApplicable", "notRenamable" or "" (renamed).
@@ -57,4 +49,5 @@ private:
     // Row of each shown item within its parent, and its parent (null for a root).
     QHash<const PXBatchItem *, int> m_rows;
     QHash<const PXBatchItem *, const PXBatchItem *> m_parents;
+    QList<const PXBatchItem *> m_folders; // the shown items that hold rows
 };

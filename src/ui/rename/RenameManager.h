@@ -49,7 +49,7 @@ Q_SIGNALS:
     void renameFilesEnded();
 
 private:
-    void renameFilesEnded(FileRenamerWindow *window);
+    void windowClosed(FileRenamerWindow *window);
 
     QSettings *m_settings = nullptr;
     QPointer<FileRenamerWindow> m_window;
