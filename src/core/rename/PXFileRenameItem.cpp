@@ -93,6 +93,7 @@ PXFileRenameItem::Proposal PXFileRenameItem::proposalForRenameRules(const PXRena
     const PXFilePtr &file = representedObject();
     if (!file)
         return proposal;
+    proposal.renamable = isRenamable();
     const QString fileName = file->name();
     if (rules.isEmpty() || itemIndex() == notFound) {
         proposal.potentialName = fileName;
@@ -119,7 +120,7 @@ PXFileRenameItem::Proposal PXFileRenameItem::proposalForRenameRules(const PXRena
 
 PXFileRenameItem::Proposal PXFileRenameItem::proposal() const
 {
-    return {m_potentialName, m_potentialPath, m_nameHasChanged, m_caseChange, m_nameTooLong};
+    return {m_potentialName, m_potentialPath, m_nameHasChanged, m_caseChange, m_nameTooLong, m_lastKnownRenamable};
 }
 
 void PXFileRenameItem::applyProposal(Proposal proposal)
@@ -130,6 +131,8 @@ void PXFileRenameItem::applyProposal(Proposal proposal)
     m_nameHasChanged = proposal.nameHasChanged;
     m_caseChange = proposal.caseChange;
     m_nameTooLong = proposal.nameTooLong;
+    m_lastKnownRenamable = proposal.renamable;
+    m_hasProposal = true;
     if (m_delegate && changed)
         m_delegate->renameItemDidChange(this);
 }

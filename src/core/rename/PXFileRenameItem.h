@@ -45,6 +45,7 @@ public:
         bool nameHasChanged = false;
         bool caseChange = false;
         bool nameTooLong = false;
+        bool renamable = false; // isRenamable when the proposal was made
     };
 
     explicit PXFileRenameItem(PXFilePtr file, bool isContainer = false);
@@ -61,8 +62,12 @@ public:
     PXFileRenameItemDelegate *delegate() const { return m_delegate; }
     void setDelegate(PXFileRenameItemDelegate *delegate) { m_delegate = delegate; }
 
-    // A file (not a folder) that is on disk: what a rename may touch.
+    // A file (not a folder) that is on disk in a folder we may write: what a rename may touch.
     bool isRenamable() const;
+    // isRenamable as of the last proposal: for drawing thousands of rows without asking the disk.
+    bool lastKnownRenamable() const { return m_lastKnownRenamable; }
+    // Whether a proposal was made for the item yet (a row just added has none).
+    bool hasProposal() const { return m_hasProposal; }
 
     // Recomputes the proposed name and path and the two flags.
     void updateForRenameRules(const PXRenameRules &rules);
@@ -95,6 +100,8 @@ private:
     bool m_nameHasChanged = false;
     bool m_caseChange = false;
     bool m_nameTooLong = false;
+    bool m_lastKnownRenamable = false;
+    bool m_hasProposal = false;
     bool m_perFolder = false;
     PXFileRenameItemDelegate *m_delegate = nullptr;
 };

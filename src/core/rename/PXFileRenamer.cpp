@@ -587,9 +587,8 @@ void PXFileRenamer::windowWillClose()
 
 PXFileRenamer::RenameStart PXFileRenamer::rename()
 {
-    // The names renamed to are the ones shown, computed now if an edit is still pending.
-    if (isUpdatePending() || m_outline->needsUpdate())
-        updateNow();
+    // Names and collisions computed once more, against the disk as it is now.
+    updateNow();
     if (m_hasCollisions || m_workInProgress)
         return RenameStart::refused;
     m_hasChanges = false;

@@ -101,7 +101,10 @@ FileRenamerWindow::FileRenamerWindow(QSettings *settings, ZQFileController *file
 
 FileRenamerWindow::~FileRenamerWindow()
 {
-    // The model reads the renamer's items: it goes first.
+    // The renamer goes before the widgets that show it: nothing it says on its way reaches them.
+    m_renamer->setQuestions(nullptr);
+    disconnect(m_renamer.get(), nullptr, this, nullptr);
+    disconnect(&m_renamer->outline(), nullptr, m_filesModel, nullptr);
     m_filesView->setModel(nullptr);
 }
 
@@ -351,7 +354,7 @@ void FileRenamerWindow::showRenamerState()
     qsizetype collisions = 0;
     qsizetype tooLong = 0;
     for (const PXFileRenameItemPtr &item : m_renamer->arrangedItems()) {
-        changing += item->isRenamable() && item->nameHasChanged() ? 1 : 0;
+        changing += item->lastKnownRenamable() && item->nameHasChanged() ? 1 : 0;
         collisions += item->hasCollision() ? 1 : 0;
         tooLong += item->nameTooLong() ? 1 : 0;
     }

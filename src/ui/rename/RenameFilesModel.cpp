@@ -24,7 +24,10 @@ QString stateOf(const PXFileRenameItem &item)
 {
     if (item.isContainer())
         return QStringLiteral("notApplicable");
-    if (!item.isRenamable())
+    // Not computed yet: shown as it is until its proposal arrives.
+    if (!item.hasProposal())
+        return QStringLiteral("unchanged");
+    if (!item.lastKnownRenamable())
         return QStringLiteral("notRenamable");
     if (item.hasCollision())
         return QStringLiteral("collision");

@@ -102,8 +102,12 @@ QWidget *RenameRuleRowWidget::controlAt(int step) const
 
 void RenameRuleRowWidget::rebuildControls()
 {
-    for (QWidget *control : std::as_const(m_controls))
+    // Later: the pop-up menu whose choice rebuilds the row is still sending its signal.
+    for (QWidget *control : std::as_const(m_controls)) {
+        m_controlsLayout->removeWidget(control);
+        control->hide();
         control->deleteLater();
+    }
     m_controls.clear();
     for (int i = 0; i < m_steps.size(); ++i) {
         const PXRenameCriterion::Step &step = m_steps[i];

@@ -175,7 +175,9 @@ TEST_F(RenamerWindow, RuleEditorRowsRoundTripThroughSavedRules)
             visit(step + 1);
             return;
         }
-        for (int i = 0; i < menu->count(); ++i) {
+        // Each choice rebuilds the row's controls: the menu is looked up again every time.
+        const int count = menu->count();
+        for (int i = 0; i < count; ++i) {
             const int constant = qobject_cast<QComboBox *>(simpleRow()->controlAt(step))->itemData(i).toInt();
             ASSERT_TRUE(simpleRow()->chooseConstant(step, constant));
             chosen.insert(constant);
@@ -278,6 +280,9 @@ TEST_F(RenamerWindow, AlteredPresetsAreMarkedAndTheSheetsAnswersHold)
 
     // Presets are written when the window closes; a renamed preset keeps its new name.
     list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->setText(0, QStringLiteral("Dashes"));
+    // A name edited to nothing is no name: the preset keeps the one it had.
+    list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->setText(0, QStringLiteral("  "));
+    EXPECT_EQ(list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->text(0), QStringLiteral("Dashes"));
     EXPECT_TRUE(window->close());
     const std::optional<QJsonObject> dashes = PXRenamePresets(settings.get()).presetNamed(QStringLiteral("Dashes"));
     ASSERT_TRUE(dashes);
@@ -297,8 +302,9 @@ TEST_F(RenamerWindow, CollisionsAreMarkedAndNothingIsRenamedOntoAnExistingFile)
     editor->setRules({});
     RenameRuleRowWidget *row = simpleRow();
     ASSERT_TRUE(row->chooseConstant(0, C::regex));
-    row->setFieldText(1, QStringLiteral("^[ab]\\."));
-    row->setFieldText(3, QStringLiteral("x."));
+    // In the name without its extension: "a" and "b" both become "x".
+    row->setFieldText(1, QStringLiteral("^[ab]$"));
+    row->setFieldText(3, QStringLiteral("x"));
     ASSERT_TRUE(settle());
     EXPECT_EQ(rows(),
               (QStringList{"Trip -> Not Applicable [notApplicable]", "a.jpg -> x.jpg [collision]",
