@@ -21,11 +21,14 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QKeyEvent>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTreeView>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -284,6 +287,9 @@ TEST_F(RenamerWindow, AlteredPresetsAreMarkedAndTheSheetsAnswersHold)
     list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->setText(0, QStringLiteral("  "));
     EXPECT_EQ(list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->text(0), QStringLiteral("Dashes"));
     EXPECT_TRUE(window->close());
+    // The frame and both split positions are kept for the next window.
+    for (const char *key : {"fileRenameWindow", "fileRenamerPresetsSplitview", "fileRenamerFilesSplitview"})
+        EXPECT_FALSE(settings->value(QLatin1String(key)).toString().isEmpty()) << key;
     const std::optional<QJsonObject> dashes = PXRenamePresets(settings.get()).presetNamed(QStringLiteral("Dashes"));
     ASSERT_TRUE(dashes);
     EXPECT_EQ(dashes->value(Key::rules), window->presets().savedPresets()[spaces].value(Key::rules));
@@ -379,6 +385,16 @@ TEST_F(RenamerWindow, TheListFollowsFilesChangedFromOutside)
     const QStringList expected{"Trip -> Not Applicable [notApplicable]", "a.jpg -> a.jpg [unchanged]",
                                "renamed.jpg -> renamed.jpg [unchanged]"};
     EXPECT_TRUE(waitUntil([&] { return settle(100) && rows() == expected; }, 10000)) << qPrintable(rows().join('\n'));
+
+    // The Delete key takes the selected files off the list, and nothing off the disk.
+    const QModelIndex first = window->filesModel()->index(0, 0, window->filesModel()->index(0, 0));
+    window->filesView()->selectionModel()->select(first, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier);
+    QCoreApplication::sendEvent(window->filesView(), &press);
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(rows(),
+              (QStringList{"Trip -> Not Applicable [notApplicable]", "renamed.jpg -> renamed.jpg [unchanged]"}));
+    EXPECT_TRUE(QFile::exists(dir.filePath(QStringLiteral("Trip/a.jpg"))));
 }
 
 // A folder of 50 000 files is listed in the background with its progress shown, and can be
@@ -395,7 +411,11 @@ TEST_F(RenamerWindow, ABigFolderIsScannedInTheBackgroundAndCanBeCancelled)
     window->show();
     window->depthMenu()->setCurrentIndex(window->depthMenu()->findData(1));
     Q_EMIT window->depthMenu()->activated(window->depthMenu()->currentIndex());
-    window->addFilesToRename({PXFile::fileForPath(big)});
+    // Dropped on the window, as from a file manager.
+    QMimeData dropped;
+    dropped.setUrls({QUrl::fromLocalFile(big)});
+    QDropEvent drop(QPointF(200, 200), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window.get(), &drop);
     EXPECT_TRUE(renamer().workInProgress());
     auto *progress = window->findChild<QWidget *>(QStringLiteral("renameProgress"));
     auto *cancel = window->findChild<QPushButton *>(QStringLiteral("cancelWork"));
