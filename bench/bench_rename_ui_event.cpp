@@ -49,8 +49,8 @@ ThreadTimes threadTimes()
     return {qint64(running / 1000), qint64(waiting / 1000)};
 }
 
-// The rule set of someone sorting a holiday: the camera prefix replaced by a text being typed,
-// then a running number, and the date taken in front.
+// The rule set of someone sorting a holiday: the camera's name replaced by a text being typed,
+// then a running number, and the date the picture was taken in front.
 void buildRules(RenameRuleEditor *editor)
 {
     namespace C = PXRenameConstant;
@@ -63,10 +63,11 @@ void buildRules(RenameRuleEditor *editor)
     editor->setRules({PXRenameRow{PXRenameRow::compound,
                                   row({{C::label, "In"}, {C::searchFilename, "Filename"}}),
                                   {PXRenameRow{PXRenameRow::simple,
-                                               row({{C::regex, "Regex Search"},
-                                                    {C::regexSearchValue, "^(IMG|DSC|PXL|photo)[_ ]?"},
-                                                    {C::label, "and replace"},
-                                                    {C::regexReplaceValue, ""}}),
+                                               row({{C::replace, "Replace"},
+                                                    {C::replaceEntirely, "Entirely"},
+                                                    {C::label, "with"},
+                                                    {C::addCharacters, "Characters"},
+                                                    {C::replacementCharacters, ""}}),
                                                {}},
                                    PXRenameRow{PXRenameRow::simple,
                                                row({{C::insert, "Insert"},
@@ -80,7 +81,7 @@ void buildRules(RenameRuleEditor *editor)
                                    PXRenameRow{PXRenameRow::simple,
                                                row({{C::insert, "Insert"},
                                                     {C::insertAtBeginning, "At Beginning"},
-                                                    {C::addModificationDate, "Modification Date"},
+                                                    {C::addDateTaken, "Date Taken"},
                                                     {C::label, "in unicode date format"},
                                                     {C::dateFormatValue, "yyyy-MM-dd "}}),
                                                {}}}}});
@@ -132,11 +133,11 @@ int main(int argc, char **argv)
             << " ms\n";
         out.flush();
 
-        // The regular expression's template field: the fourth step of the first nested row.
+        // The replacement text: the fifth step of the first nested row.
         QLineEdit *field = nullptr;
         for (RenameRuleRowWidget *row : window.ruleEditor()->rows()) {
             if (row->rowType() == PXRenameRow::simple) {
-                field = qobject_cast<QLineEdit *>(row->controlAt(3));
+                field = qobject_cast<QLineEdit *>(row->controlAt(4));
                 break;
             }
         }
