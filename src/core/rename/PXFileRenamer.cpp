@@ -539,6 +539,19 @@ void PXFileRenamer::setCurrentPreset(const QString &groupIdentifier, qsizetype i
     markCurrentPreset();
 }
 
+void PXFileRenamer::savedPresetMoved(qsizetype from, qsizetype to)
+{
+    if (m_currentPresetGroup != PXRenamePresets::savedPresetsGroup || m_currentPresetIndex < 0)
+        return;
+    qsizetype &current = m_currentPresetIndex;
+    if (current == from)
+        current = to;
+    else if (from < current && current <= to)
+        --current;
+    else if (to <= current && current < from)
+        ++current;
+}
+
 void PXFileRenamer::savePreset()
 {
     const auto index = currentSavedPresetIndex();

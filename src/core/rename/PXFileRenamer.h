@@ -125,6 +125,8 @@ public:
     // settings; none after presets were removed). The previous preset loses its "altered" mark:
     // its stored settings did not change.
     void setCurrentPreset(const QString &groupIdentifier, qsizetype index);
+    // A saved preset was moved within its group: the current one is followed to its new index.
+    void savedPresetMoved(qsizetype from, qsizetype to);
     bool isCurrentPresetAltered() const;
     // Saves the current settings into the current saved preset.
     void savePreset();

@@ -283,6 +283,10 @@ void FileRenamerWindow::buildWindow()
         m_presetsView->reload();
     });
     connect(m_presetsView, &RenamePresetsView::presetChosen, this, &FileRenamerWindow::presetChosen);
+    connect(m_presetsView, &RenamePresetsView::presetMoved, this, [this](qsizetype from, qsizetype to) {
+        m_renamer->savedPresetMoved(from, to);
+        m_presetsView->refreshMarks();
+    });
     connect(m_ruleEditor, &RenameRuleEditor::rulesChanged, this, &FileRenamerWindow::rulesEdited);
     connect(m_ruleEditor, &RenameRuleEditor::dateFormatHelpRequested, this, &FileRenamerWindow::showDateFormatSheet);
     connect(m_ruleEditor, &RenameRuleEditor::rangeFormatHelpRequested, this, &FileRenamerWindow::showRangeFormatSheet);

@@ -146,11 +146,20 @@ void RenamePresetsView::moveSavedPreset(qsizetype from, qsizetype to)
     QList<QJsonObject> &saved = m_presets->savedPresets();
     if (from < 0 || from >= saved.size() || to < 0 || to >= saved.size() || from == to)
         return;
+    // The selection stays on the preset it was on, wherever that one moved.
+    const QString group = groupOf(currentItem());
+    qsizetype selected = indexOf(currentItem());
+    if (group == PXRenamePresets::savedPresetsGroup) {
+        if (selected == from)
+            selected = to;
+        else if (from < selected && selected <= to)
+            --selected;
+        else if (to <= selected && selected < from)
+            ++selected;
+    }
     saved.move(from, to);
-    for (qsizetype i = 0; i < saved.size(); ++i)
-        saved[i].insert(Key::dragIndex, qlonglong(i));
-    reload(PXRenamePresets::savedPresetsGroup, to);
-    Q_EMIT presetsReordered();
+    reload(group, selected);
+    Q_EMIT presetMoved(from, to);
 }
 
 void RenamePresetsView::dragMoveEvent(QDragMoveEvent *event)

@@ -33,7 +33,8 @@ Q_SIGNALS:
     // selection with `reload`.
     void presetChosen(const QString &group, qsizetype index);
     void removeRequested(const QList<qsizetype> &savedIndexes);
-    void presetsReordered();
+    // A saved preset moved from one index to another (the list is reloaded).
+    void presetMoved(qsizetype from, qsizetype to);
     void presetRenamed(qsizetype index);
 
 protected:

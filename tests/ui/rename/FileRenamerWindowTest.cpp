@@ -227,7 +227,7 @@ TEST_F(RenamerWindow, AlteredPresetsAreMarkedAndTheSheetsAnswersHold)
         return qsizetype(-1);
     };
     const qsizetype lowercase = indexNamed(QStringLiteral("Lowercase Extensions"));
-    const qsizetype spaces = indexNamed(QStringLiteral("Spaces to Underscores"));
+    qsizetype spaces = indexNamed(QStringLiteral("Spaces to Underscores"));
     ASSERT_GE(lowercase, 0);
     ASSERT_GE(spaces, 0);
     const auto choose = [&](qsizetype index) {
@@ -283,6 +283,18 @@ TEST_F(RenamerWindow, AlteredPresetsAreMarkedAndTheSheetsAnswersHold)
 
     // Presets are written when the window closes; a renamed preset keeps its new name.
     list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->setText(0, QStringLiteral("Dashes"));
+    // Dragged to the top, a preset takes its place there; the current preset is followed, so that
+    // a change marks it and no other.
+    list->moveSavedPreset(spaces, 0);
+    const qsizetype movedLowercase = indexNamed(QStringLiteral("Lowercase Extensions"));
+    EXPECT_EQ(window->presets().savedPresets().first().value(Key::presetName).toString(), QStringLiteral("Dashes"));
+    EXPECT_EQ(RenamePresetsView::indexOf(list->currentItem()), movedLowercase);
+    ASSERT_TRUE(simpleRow()->chooseConstant(3, C::makeUppercase));
+    ASSERT_TRUE(settle());
+    for (qsizetype i = 0; i < window->presets().savedPresets().size(); ++i)
+        EXPECT_EQ(altered(i), i == movedLowercase) << i;
+    answers.presetAnswer = PXUnsavedPresetAnswer::discardChanges;
+    spaces = 0;
     // A name edited to nothing is no name: the preset keeps the one it had.
     list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->setText(0, QStringLiteral("  "));
     EXPECT_EQ(list->itemFor(PXRenamePresets::savedPresetsGroup, spaces)->text(0), QStringLiteral("Dashes"));
