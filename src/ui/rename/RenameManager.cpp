@@ -39,6 +39,11 @@ void RenameManager::setShared(RenameManager *manager)
     installedManager = manager;
 }
 
+FileRenamerWindow *RenameManager::fileRenamer() const
+{
+    return m_window;
+}
+
 void RenameManager::openWithFiles(const QList<PXFilePtr> &files)
 {
     if (!m_window) {

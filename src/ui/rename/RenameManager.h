@@ -31,7 +31,7 @@ public:
     static void setShared(RenameManager *manager);
 
     void openWithFiles(const QList<PXFilePtr> &files);
-    FileRenamerWindow *fileRenamer() const { return m_window; }
+    FileRenamerWindow *fileRenamer() const;
     // Closes the window when it may close (no scan or rename running, the unsaved-preset
     // question answered); false when it stays open.
     bool closeRenamer();

@@ -88,8 +88,9 @@ TEST(RenameFilter, PresetFiltersDecideWhichFilesAreRenamed)
                            {Key::rules, jsonFromRenameRules({insertCharacters(C::insertAtBeginning, "x_")})}};
         renamer.updateWithPreset(preset);
         renamer.addFilesToRename({PXFile::fileForPath(dir.filePath(QStringLiteral("Trip")))});
-        if (renamer.workInProgress())
+        if (renamer.workInProgress()) {
             EXPECT_TRUE(QSignalSpy(&renamer, &PXFileRenamer::scanFinished).wait(5000));
+        }
         renamer.updateNow();
         QStringList lines;
         for (const PXFileRenameItemPtr &item : renamer.arrangedItems()) {
