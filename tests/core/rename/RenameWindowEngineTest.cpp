@@ -109,8 +109,9 @@ TEST(RenameWindowEngine, DateTakenComesFromTheExifDateElseTheCreationDate)
     const PXFileRenameItemPtr screenshot = numberedItem(dir.write(QStringLiteral("Screenshot.png"), "x"));
     screenshot->updateForRenameRules({insertDate(C::addDateTaken, "yyyy ")});
     const QDateTime created = screenshot->representedObject()->creationDate();
-    if (created.isValid())
+    if (created.isValid()) {
         EXPECT_EQ(screenshot->potentialName(), QString::number(created.date().year()) + " Screenshot.png");
+    }
     EXPECT_TRUE(
         QRegularExpression(QStringLiteral("^\\d{4} Screenshot\\.png$")).match(screenshot->potentialName()).hasMatch())
         << qPrintable(screenshot->potentialName());
@@ -156,8 +157,9 @@ TEST(RenameWindowEngine, EveryRowOfTheCriterionTreeRestoresFromItsSavedRules)
     // Every operation, target, value and format of the catalogue is reachable.
     for (const QString &name : PXRenameCriterion::allNames()) {
         const int constant = PXRenameCriterion::operationConstantForName(name);
-        if (constant != C::label && constant != C::dateFormatHelp && constant != C::rangeFormatHelp)
+        if (constant != C::label && constant != C::dateFormatHelp && constant != C::rangeFormatHelp) {
             EXPECT_TRUE(constants.contains(constant)) << qPrintable(name);
+        }
     }
 
     for (const QJsonObject &preset : PXRenamePresets::defaultPresets()) {
