@@ -430,11 +430,7 @@ TEST_F(RenamerWindow, ABigFolderIsScannedInTheBackgroundAndCanBeCancelled)
     window->show();
     window->depthMenu()->setCurrentIndex(window->depthMenu()->findData(1));
     Q_EMIT window->depthMenu()->activated(window->depthMenu()->currentIndex());
-    // Dropped on the window, as from a file manager.
-    QMimeData dropped;
-    dropped.setUrls({QUrl::fromLocalFile(big)});
-    QDropEvent drop(QPointF(200, 200), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(window.get(), &drop);
+    window->addFilesToRename({PXFile::fileForPath(big)});
     EXPECT_TRUE(renamer().workInProgress());
     auto *progress = window->findChild<QWidget *>(QStringLiteral("renameProgress"));
     auto *cancel = window->findChild<QPushButton *>(QStringLiteral("cancelWork"));
