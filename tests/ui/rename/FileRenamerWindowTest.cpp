@@ -334,7 +334,7 @@ TEST_F(RenamerWindow, CollisionsAreMarkedAndNothingIsRenamedOntoAnExistingFile)
     EXPECT_EQ(rows(),
               (QStringList{"Trip -> Not Applicable [notApplicable]", "a.jpg -> x.jpg [collision]",
                            "b.jpg -> x.jpg [collision]", "keep.png -> keep.png [unchanged]",
-                           "x.jpg -> x.jpg [unchanged]"}));
+                           "x.jpg -> x.jpg [collision]"}));
     const QModelIndex collided =
         window->filesModel()->index(0, RenameFilesModel::proposedNameColumn, window->filesModel()->index(0, 0));
     EXPECT_EQ(collided.data(Qt::ForegroundRole).value<QColor>(), QColor(Qt::red));
