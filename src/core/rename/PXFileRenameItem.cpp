@@ -5,6 +5,7 @@
 #include "core/model/TextHelpers.h"
 #include "core/rename/RenameTextHelpers.h"
 
+#include <QFile>
 #include <QStringList>
 
 #include <unistd.h>
@@ -82,31 +83,57 @@ bool PXFileRenameItem::isRenamable() const
 
 void PXFileRenameItem::updateForRenameRules(const PXRenameRules &rules)
 {
+    if (representedObject())
+        applyProposal(proposalForRenameRules(rules));
+}
+
+PXFileRenameItem::Proposal PXFileRenameItem::proposalForRenameRules(const PXRenameRules &rules) const
+{
+    Proposal proposal;
     const PXFilePtr &file = representedObject();
     if (!file)
-        return;
-    const QString previousName = m_potentialName;
-    const QString &fileName = file->name();
+        return proposal;
+    proposal.renamable = isRenamable();
+    const QString fileName = file->name();
     if (rules.isEmpty() || itemIndex() == notFound) {
-        m_potentialName = fileName;
-        m_potentialPath = file->path();
-        m_nameHasChanged = false;
-        m_caseChange = false;
-    } else {
-        QString proposed = applyRules(rules, fileName);
-        if (proposed.size() >= maximumNameLength)
-            proposed = fileName;
-        m_potentialName = cleanedFilename(proposed);
-        m_potentialPath = joinedPath(file->parentPath(), m_potentialName).toLower();
-        if (m_potentialName == fileName) {
-            m_nameHasChanged = false;
-            m_caseChange = false;
-        } else {
-            m_nameHasChanged = true;
-            m_caseChange = m_potentialName.compare(fileName, Qt::CaseInsensitive) == 0;
-        }
+        proposal.potentialName = fileName;
+        proposal.potentialPath = file->path();
+        return proposal;
     }
-    if (m_delegate && previousName != m_potentialName)
+    QString proposed = applyRules(rules, fileName);
+    if (proposed.size() >= maximumNameLength)
+        proposed = fileName;
+    proposed = cleanedFilename(proposed);
+    // The disk counts bytes: a name of 100 CJK characters is 300 of them. The file keeps its name.
+    if (QFile::encodeName(proposed).size() > maximumNameBytes) {
+        proposed = fileName;
+        proposal.nameTooLong = true;
+    }
+    proposal.potentialName = proposed;
+    proposal.potentialPath = joinedPath(file->parentPath(), proposed).toLower();
+    if (proposed != fileName) {
+        proposal.nameHasChanged = true;
+        proposal.caseChange = proposed.compare(fileName, Qt::CaseInsensitive) == 0;
+    }
+    return proposal;
+}
+
+PXFileRenameItem::Proposal PXFileRenameItem::proposal() const
+{
+    return {m_potentialName, m_potentialPath, m_nameHasChanged, m_caseChange, m_nameTooLong, m_lastKnownRenamable};
+}
+
+void PXFileRenameItem::applyProposal(Proposal proposal)
+{
+    const bool changed = m_potentialName != proposal.potentialName || m_nameTooLong != proposal.nameTooLong;
+    m_potentialName = std::move(proposal.potentialName);
+    m_potentialPath = std::move(proposal.potentialPath);
+    m_nameHasChanged = proposal.nameHasChanged;
+    m_caseChange = proposal.caseChange;
+    m_nameTooLong = proposal.nameTooLong;
+    m_lastKnownRenamable = proposal.renamable;
+    m_hasProposal = true;
+    if (m_delegate && changed)
         m_delegate->renameItemDidChange(this);
 }
 
@@ -248,13 +275,23 @@ std::optional<QString> PXFileRenameItem::replacementStringValueUsingRules(PXRena
     const PXRenameRule *kind = popNextSignificantOperationFromRules(rules);
     switch (constantOf(kind)) {
     case C::addCreationDate:
-    case C::addModificationDate: {
+    case C::addModificationDate:
+    case C::addDateTaken: {
         const std::optional<QString> pattern = fieldText(rules, C::dateFormatValue);
         const PXFilePtr &file = representedObject();
         if (!pattern || pattern->isEmpty() || !file)
             return std::nullopt;
-        const QDateTime date =
-            kind->operationConstant == C::addCreationDate ? file->creationDate() : file->modificationDate();
+        QDateTime date;
+        switch (kind->operationConstant) {
+        case C::addCreationDate: date = file->creationDate(); break;
+        case C::addModificationDate: date = file->modificationDate(); break;
+        default:
+            // A file without a date taken (a screenshot, a scan, a document) has its creation date.
+            date = file->EXIFDate();
+            if (!date.isValid())
+                date = file->creationDate();
+            break;
+        }
         return formattedDateWithPattern(date, *pattern);
     }
     case C::addSequence: {

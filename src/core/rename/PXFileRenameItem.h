@@ -25,12 +25,28 @@ public:
 // target or kind, then its values). A rule that cannot be read leaves the name as it is at that
 // step, and later rows still run. The result is cleaned to a file name; one of 256 UTF-16 units
 // or more is dropped for the current name. Proposed paths are lower-cased: collisions are judged
-// ignoring case, and a change of case alone is never a collision with the file itself.
+// ignoring case, and a change of case alone is never a collision with the file itself. A name
+// over the file system's limit of 255 bytes (UTF-8) is not proposed either: the file keeps its
+// name and the row is marked, so that a rename never stops halfway on a name the disk refuses.
 class PXFileRenameItem : public PXBatchItem
 {
 public:
     // Results of this many UTF-16 units or more leave the name unchanged.
     static constexpr qsizetype maximumNameLength = 256;
+    // The longest name a Linux file system takes, in bytes of its UTF-8 form.
+    static constexpr qsizetype maximumNameBytes = 255;
+
+    // What updateForRenameRules computes, kept apart so that it can be computed off the GUI
+    // thread for a copy of the item and applied to the listed one afterwards.
+    struct Proposal
+    {
+        QString potentialName;
+        QString potentialPath;
+        bool nameHasChanged = false;
+        bool caseChange = false;
+        bool nameTooLong = false;
+        bool renamable = false; // isRenamable when the proposal was made
+    };
 
     explicit PXFileRenameItem(PXFilePtr file, bool isContainer = false);
 
@@ -40,15 +56,26 @@ public:
     void setHasCollision(bool collision) { m_hasCollision = collision; }
     bool nameHasChanged() const { return m_nameHasChanged; }
     bool caseChange() const { return m_caseChange; }
+    // The rules made a name longer than the file system takes; the file keeps its name.
+    bool nameTooLong() const { return m_nameTooLong; }
     bool perFolder() const { return m_perFolder; }
     PXFileRenameItemDelegate *delegate() const { return m_delegate; }
     void setDelegate(PXFileRenameItemDelegate *delegate) { m_delegate = delegate; }
 
-    // A file (not a folder) that is on disk: what a rename may touch.
+    // A file (not a folder) that is on disk in a folder we may write: what a rename may touch.
     bool isRenamable() const;
+    // isRenamable as of the last proposal: for drawing thousands of rows without asking the disk.
+    bool lastKnownRenamable() const { return m_lastKnownRenamable; }
+    // Whether a proposal was made for the item yet (a row just added has none).
+    bool hasProposal() const { return m_hasProposal; }
 
     // Recomputes the proposed name and path and the two flags.
     void updateForRenameRules(const PXRenameRules &rules);
+    // The proposal for `rules` without changing the item (reads only the file and the indexes).
+    Proposal proposalForRenameRules(const PXRenameRules &rules) const;
+    Proposal proposal() const;
+    // Takes a proposal computed elsewhere; tells the delegate when the name changed.
+    void applyProposal(Proposal proposal);
     // Sequences count within the item's folder rather than across the batch.
     void updatePerFolderSetting(bool perFolder) { m_perFolder = perFolder; }
 
@@ -72,6 +99,9 @@ private:
     bool m_hasCollision = false;
     bool m_nameHasChanged = false;
     bool m_caseChange = false;
+    bool m_nameTooLong = false;
+    bool m_lastKnownRenamable = false;
+    bool m_hasProposal = false;
     bool m_perFolder = false;
     PXFileRenameItemDelegate *m_delegate = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "core/rename/PXFileRenamer.h"
 
+#include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/fs/ZQFolderLoadOperation.h"
 #include "core/fs/ZQFolderSubscription.h"
@@ -8,12 +9,12 @@
 #include "core/model/PXFile.h"
 #include "core/rename/PXBatchOutlineModel.h"
 #include "core/rename/PXFileRenamerQuestions.h"
+#include "core/rename/PXRenameComputation.h"
 #include "core/rename/PXRenamePresets.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSet>
-
-#include <dirent.h>
 
 namespace {
 
@@ -36,18 +37,8 @@ FileSortType fileSortTypeForSetting(int tag)
     }
 }
 
-// The names in a folder, lower-cased: whether a proposed name is taken is judged ignoring case.
-QSet<QString> lowerCasedNamesIn(const QByteArray &folder)
-{
-    QSet<QString> names;
-    DIR *dir = ::opendir(folder.constData());
-    if (!dir)
-        return names;
-    while (const dirent *entry = ::readdir(dir))
-        names.insert(QFile::decodeName(entry->d_name).toLower());
-    ::closedir(dir);
-    return names;
-}
+// Proposed names are computed here, apart from the folder scans and renames.
+const QString computationPool = QStringLiteral("PXFileRenamer.Names");
 
 PXFileRenameItemPtr asRenameItem(const PXBatchItemPtr &item)
 {
@@ -71,7 +62,12 @@ PXFileRenamer::PXFileRenamer(PXRenamePresets *presets, ZQFileController *fileCon
 
     m_updateTimer.setSingleShot(true);
     m_updateTimer.setInterval(updateDelayMs);
-    connect(&m_updateTimer, &QTimer::timeout, this, &PXFileRenamer::updateNow);
+    connect(&m_updateTimer, &QTimer::timeout, this, [this] {
+        if (m_computesInBackground)
+            updateInBackground();
+        else
+            updateNow();
+    });
     // 0 s: file events are applied at the next turn of the event loop, after the whole burst arrived.
     m_updateFilesTimer.setSingleShot(true);
     m_updateFilesTimer.setInterval(0);
@@ -81,6 +77,8 @@ PXFileRenamer::PXFileRenamer(PXRenamePresets *presets, ZQFileController *fileCon
 
 PXFileRenamer::~PXFileRenamer()
 {
+    if (m_computation)
+        m_computation->cancel();
     for (const QPointer<ZQFolderLoadOperation> &loader : std::as_const(m_fileLoaders)) {
         if (loader)
             loader->cancel();
@@ -155,13 +153,13 @@ QList<PXFileRenameItemPtr> PXFileRenamer::arrangedItems() const
     return items;
 }
 
-void PXFileRenamer::scanForChildrenOfFiles(const QList<PXFilePtr> &folders)
+void PXFileRenamer::scanForChildrenOfFiles(const QList<PXFilePtr> &folders, std::optional<int> levels)
 {
     // Depth 0 lists a folder as itself; each level more lists one level of its contents.
     if (m_folderScanDepth <= 0 || folders.isEmpty())
         return;
     ZQFolderLoadOptions options;
-    options.depth = m_folderScanDepth - 1;
+    options.depth = levels.value_or(m_folderScanDepth - 1);
     options.fileFilter = [](const ZQFilePtr &file) { return !file->isInvisible(); };
     options.folderFilter = [](const ZQFilePtr &file) { return !file->isInvisible(); };
     for (const PXFilePtr &folder : folders) {
@@ -244,8 +242,28 @@ void PXFileRenamer::setNeedsToUpdateFiles(const QList<ZQFileEvent> &events)
 void PXFileRenamer::updateFiles()
 {
     const QList<ZQFileEvent> events = std::exchange(m_pendingEvents, {});
-    for (const ZQFileEvent &event : events)
+    QList<PXBatchItemPtr> gone;
+    QList<PXFilePtr> foldersToList;
+    for (const ZQFileEvent &event : events) {
         ZQStandardFile::newFileForNativePath(event.nativePath)->updateForEvent(event);
+        // Our own rename removes the old names; its items are known by the new ones afterwards.
+        if (event.type != ZQFileEventType::removed || m_fileOperationHandler)
+            continue;
+        // A file deleted or renamed from outside leaves the list; the folder it was listed from
+        // is listed again, where a renamed file shows up under its new name.
+        const PXBatchItemPtr item = m_outline->itemForIdentifier(QFile::decodeName(event.nativePath));
+        if (!item || gone.contains(item) || QFileInfo::exists(item->identifier()))
+            continue;
+        gone.append(item);
+        const ZQFilePtr parent = item->representedObject()->parentItem();
+        const PXFilePtr folder = parent ? PXFile::from(parent) : nullptr;
+        if (folder && m_outline->itemForIdentifier(folder->path()) && !foldersToList.contains(folder))
+            foldersToList.append(folder);
+    }
+    if (!gone.isEmpty()) {
+        removeFiles(gone);
+        scanForChildrenOfFiles(foldersToList, 0);
+    }
     m_outline->setNeedsUpdate();
     updateForChanges();
 }
@@ -290,12 +308,34 @@ void PXFileRenamer::setPerFolder(bool perFolder)
     updateForChanges();
 }
 
-void PXFileRenamer::setFilterPredicate(const std::optional<FilePredicate> &predicate)
+void PXFileRenamer::setFilter(const PXRenameFilter &filter)
 {
-    m_outline->setFilterPredicate(predicate);
-    m_predicateText = predicate ? predicate->predicateFormat() : QString();
+    m_filter = filter;
+    m_filterError.clear();
+    m_outline->setFilterPredicate(filter.predicate());
+    m_predicateText = filter.text();
     m_presets->setFilterPredicate(m_predicateText);
     updateForChanges();
+}
+
+bool PXFileRenamer::setFilterPredicateText(const QString &text)
+{
+    QString error;
+    const std::optional<PXRenameFilter> filter = PXRenameFilter::fromText(text, &error);
+    if (filter) {
+        setFilter(*filter);
+        return true;
+    }
+    // Renaming every file because a filter could not be read would touch files the filter was
+    // meant to leave alone: no file passes until the user sets another filter.
+    logError(QStringLiteral("Could not read the rename filter \"%1\": %2").arg(text, error));
+    m_filter = {};
+    m_filterError = error;
+    m_predicateText = text;
+    m_outline->setFilterPredicate(
+        FilePredicate{QStringLiteral("FALSEPREDICATE"), {}, [](const PXFile &) { return false; }});
+    updateForChanges();
+    return false;
 }
 
 void PXFileRenamer::setRenameRules(const PXRenameRules &rules)
@@ -326,48 +366,79 @@ void PXFileRenamer::updateForChanges()
         m_updateTimer.start();
 }
 
-void PXFileRenamer::updateNow()
+bool PXFileRenamer::isUpdatePending() const
+{
+    return m_updateTimer.isActive() || m_computation != nullptr;
+}
+
+void PXFileRenamer::prepareUpdate()
 {
     m_updateTimer.stop();
-    m_outline->commitChanges();
-    const QList<PXBatchItemPtr> &arranged = m_outline->arrangedItems();
-    m_windowTitle = tr("Rename Files (%1 files)").arg(arranged.size());
-    for (const PXBatchItemPtr &batchItem : arranged) {
-        auto *item = static_cast<PXFileRenameItem *>(batchItem.get());
-        item->updatePerFolderSetting(m_perFolder);
-        item->updateForRenameRules(m_renameRules);
+    if (m_computation) {
+        m_computation->cancel();
+        m_computation.reset();
     }
-    scanForCollisions();
+    m_outline->commitChanges();
+    m_windowTitle = tr("Rename Files (%1 files)").arg(m_outline->arrangedItems().size());
+}
+
+void PXFileRenamer::finishUpdate()
+{
     m_currentSettings = currentSettingsDict();
     markCurrentPreset();
     Q_EMIT updated();
 }
 
-void PXFileRenamer::scanForCollisions()
+void PXFileRenamer::updateNow()
 {
-    m_hasCollisions = false;
-    QSet<QString> claimed;
-    claimed.reserve(m_outline->arrangedItems().size());
-    QHash<QByteArray, QSet<QString>> namesByFolder;
+    prepareUpdate();
     for (const PXBatchItemPtr &batchItem : m_outline->arrangedItems()) {
         auto *item = static_cast<PXFileRenameItem *>(batchItem.get());
-        const QString &path = item->potentialPath();
-        bool collision = claimed.contains(path);
-        if (!collision && item->nameHasChanged() && !item->caseChange() && item->representedObject()) {
-            const ZQFilePtr folder = item->representedObject()->parentItem();
-            if (folder) {
-                auto names = namesByFolder.find(folder->nativePath());
-                if (names == namesByFolder.end())
-                    names = namesByFolder.insert(folder->nativePath(), lowerCasedNamesIn(folder->nativePath()));
-                collision = names->contains(item->potentialName().toLower());
-            }
-            claimed.insert(path);
-        } else if (!collision) {
-            claimed.insert(path);
-        }
-        item->setHasCollision(collision);
-        m_hasCollisions = m_hasCollisions || collision;
+        item->updatePerFolderSetting(m_perFolder);
+        item->updateForRenameRules(m_renameRules);
     }
+    scanForCollisions();
+    finishUpdate();
+}
+
+void PXFileRenamer::updateInBackground()
+{
+    prepareUpdate();
+    for (const PXBatchItemPtr &item : m_outline->arrangedItems())
+        static_cast<PXFileRenameItem *>(item.get())->updatePerFolderSetting(m_perFolder);
+    auto computation = std::make_shared<PXRenameComputation>(arrangedItems(), m_renameRules, m_perFolder);
+    m_computation = computation;
+    const QPointer<PXFileRenamer> self(this);
+    runOnPool(computationPool, [self, computation] {
+        auto result = std::make_shared<PXRenameComputation::Result>(computation->run());
+        if (result->cancelled)
+            return;
+        postToGui([self, computation, result] {
+            // A newer edit started another computation (or an update ran at once): this one is stale.
+            if (!self || self->m_computation != computation)
+                return;
+            self->m_computation.reset();
+            computation->apply(*result);
+            self->m_hasCollisions = result->hasCollisions;
+            self->finishUpdate();
+        });
+    });
+}
+
+void PXFileRenamer::scanForCollisions()
+{
+    QList<PXFilePtr> files;
+    QList<PXFileRenameItem::Proposal> proposals;
+    const QList<PXBatchItemPtr> &arranged = m_outline->arrangedItems();
+    files.reserve(arranged.size());
+    proposals.reserve(arranged.size());
+    for (const PXBatchItemPtr &batchItem : arranged) {
+        files.append(batchItem->representedObject());
+        proposals.append(static_cast<const PXFileRenameItem *>(batchItem.get())->proposal());
+    }
+    const QList<bool> collisions = PXRenameComputation::collisionsFor(files, proposals, &m_hasCollisions);
+    for (qsizetype i = 0; i < arranged.size(); ++i)
+        static_cast<PXFileRenameItem *>(arranged[i].get())->setHasCollision(collisions[i]);
 }
 
 void PXFileRenamer::renameItemDidChange(PXFileRenameItem *item)
@@ -425,11 +496,8 @@ void PXFileRenamer::updateWithPreset(const QJsonObject &preset)
         setFlatList(preset.value(Key::listType).toInt() == flatList);
     if (preset.contains(Key::sequenceType))
         setPerFolder(preset.value(Key::sequenceType).toInt() == perFolderSequence);
-    if (preset.contains(Key::predicate)) {
-        // Only the filter editor reads predicate texts: it is kept for it as it is.
-        m_predicateText = preset.value(Key::predicate).toString();
-        m_presets->setFilterPredicate(m_predicateText);
-    }
+    if (preset.contains(Key::predicate))
+        setFilterPredicateText(preset.value(Key::predicate).toString());
     QString error;
     if (const auto rules = renameRulesFromJson(preset.value(Key::rules), &error))
         setRenameRules(*rules);
@@ -460,6 +528,28 @@ bool PXFileRenamer::selectPreset(const QString &groupIdentifier, qsizetype index
     m_currentPresetIndex = index;
     updateWithPreset(preset);
     return true;
+}
+
+void PXFileRenamer::setCurrentPreset(const QString &groupIdentifier, qsizetype index)
+{
+    if (const auto previous = currentSavedPresetIndex())
+        m_presets->savedPresets()[*previous].remove(Key::altered);
+    m_currentPresetGroup = groupIdentifier;
+    m_currentPresetIndex = index;
+    markCurrentPreset();
+}
+
+void PXFileRenamer::savedPresetMoved(qsizetype from, qsizetype to)
+{
+    if (m_currentPresetGroup != PXRenamePresets::savedPresetsGroup || m_currentPresetIndex < 0)
+        return;
+    qsizetype &current = m_currentPresetIndex;
+    if (current == from)
+        current = to;
+    else if (from < current && current <= to)
+        --current;
+    else if (to <= current && current < from)
+        ++current;
 }
 
 void PXFileRenamer::savePreset()
@@ -495,7 +585,7 @@ bool PXFileRenamer::windowShouldClose()
 {
     if (m_workInProgress)
         return false;
-    if (m_updateTimer.isActive())
+    if (isUpdatePending())
         updateNow();
     return dealWithUnsavedPreset();
 }
@@ -510,6 +600,7 @@ void PXFileRenamer::windowWillClose()
 
 PXFileRenamer::RenameStart PXFileRenamer::rename()
 {
+    // Names and collisions computed once more, against the disk as it is now.
     updateNow();
     if (m_hasCollisions || m_workInProgress)
         return RenameStart::refused;

@@ -4,6 +4,7 @@
 #include "core/fs/operations/ZQFileOperationDelegate.h"
 #include "core/model/FileSorting.h"
 #include "core/rename/PXFileRenameItem.h"
+#include "core/rename/PXRenameFilter.h"
 #include "core/rename/PXRenameRules.h"
 
 #include <QDateTime>
@@ -19,6 +20,7 @@
 
 class PXBatchOutlineModel;
 class PXFileRenamerQuestions;
+class PXRenameComputation;
 class PXRenamePresets;
 class ZQFileController;
 class ZQFileOperationHandler;
@@ -29,7 +31,10 @@ class ZQFolderLoadOperation;
 // the rules and options, recomputes every proposed name after each change, marks collisions,
 // tracks presets, and renames all changed files in one file operation.
 //
-// Edits are coalesced: updateForChanges recomputes once 0.2 s after the first of a burst. The
+// Edits are coalesced: updateForChanges recomputes once 0.2 s after the first of a burst; with
+// setComputesInBackground the names are then computed on a worker thread (a window's list of
+// 10 000 files stays fluid while the user types) and applied when they are ready, a newer edit
+// cancelling an older computation. updateNow always computes at once, on the calling thread. The
 // rename is refused while any item collides; it runs as one rename operation whose questions go
 // to the questions object, and an error stops it with the files renamed so far keeping their new
 // names. Afterwards the renamed items stand for their new paths. Lives on the GUI thread.
@@ -62,6 +67,8 @@ public:
     void setQuestions(PXFileRenamerQuestions *questions) { m_questions = questions; }
     // Whether the listed files are watched for changes (a window does; a one-shot command need not).
     void setWatchesFiles(bool watches);
+    // Whether timed updates compute the names on a worker thread (a window's do).
+    void setComputesInBackground(bool background) { m_computesInBackground = background; }
 
     // Files.
     void addFilesToRename(const QList<PXFilePtr> &files);
@@ -82,15 +89,22 @@ public:
     bool perFolder() const { return m_perFolder; }
     void setPerFolder(bool perFolder);
     // The filter of the files shown, and its text as stored in settings dictionaries.
-    void setFilterPredicate(const std::optional<FilePredicate> &predicate);
+    void setFilter(const PXRenameFilter &filter);
+    const PXRenameFilter &filter() const { return m_filter; }
     const QString &filterPredicateText() const { return m_predicateText; }
+    // A stored predicate text that could not be read: no file passes until another filter is set.
+    const QString &filterError() const { return m_filterError; }
+    // Applies stored predicate text (a preset's, the remembered one); false when unreadable.
+    bool setFilterPredicateText(const QString &text);
     const PXRenameRules &renameRules() const { return m_renameRules; }
     void setRenameRules(const PXRenameRules &rules);
 
     // Updates.
     void updateForChanges();
-    // Runs a pending (or forced) update now.
+    // Runs a pending (or forced) update now, on the calling thread.
     void updateNow();
+    // A computation runs on a worker, or waits for the timer.
+    bool isUpdatePending() const;
     void scanForCollisions();
     bool hasCollisions() const { return m_hasCollisions; }
     bool hasChanges() const { return m_hasChanges; }
@@ -107,6 +121,12 @@ public:
     // an altered preset by answering "Cancel".
     bool selectPreset(const QString &groupIdentifier, qsizetype index);
     std::optional<qsizetype> currentSavedPresetIndex() const;
+    // Makes a preset the current one without applying it (a new preset made of the current
+    // settings; none after presets were removed). The previous preset loses its "altered" mark:
+    // its stored settings did not change.
+    void setCurrentPreset(const QString &groupIdentifier, qsizetype index);
+    // A saved preset was moved within its group: the current one is followed to its new index.
+    void savedPresetMoved(qsizetype from, qsizetype to);
     bool isCurrentPresetAltered() const;
     // Saves the current settings into the current saved preset.
     void savePreset();
@@ -132,8 +152,13 @@ Q_SIGNALS:
     void renameFinished(qsizetype renamed, const ZQFileOperationError &error);
 
 private:
+    void updateInBackground();
+    // The steps of an update before and after the names are computed.
+    void prepareUpdate();
+    void finishUpdate();
     PXFileRenameItemPtr makeItem(const PXFilePtr &file, bool container);
-    void scanForChildrenOfFiles(const QList<PXFilePtr> &folders);
+    // Lists the folders' contents to the chosen depth, or `levels` below them.
+    void scanForChildrenOfFiles(const QList<PXFilePtr> &folders, std::optional<int> levels = std::nullopt);
     void rebuildContents();
     void resetSubscription();
     void setNeedsToUpdateFiles(const QList<ZQFileEvent> &events);
@@ -166,6 +191,10 @@ private:
     bool m_flatList = false;
     bool m_perFolder = false;
     QString m_predicateText;
+    PXRenameFilter m_filter;
+    QString m_filterError;
+    bool m_computesInBackground = false;
+    std::shared_ptr<PXRenameComputation> m_computation; // the one running on a worker, if any
 
     bool m_hasChanges = true;
     bool m_hasCollisions = false;

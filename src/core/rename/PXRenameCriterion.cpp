@@ -7,6 +7,7 @@
 #include <QHash>
 
 #include <mutex>
+#include <utility>
 
 namespace {
 
@@ -50,6 +51,7 @@ constexpr CatalogueEntry catalogue[] = {
      PXRenameConstant::addParentFolderName},
     {"add grandparent folder name", QT_TRANSLATE_NOOP("PXRenameCriterion", "Grandparent Folder Name"),
      PXRenameConstant::addGrandparentFolderName},
+    {"add date taken", QT_TRANSLATE_NOOP("PXRenameCriterion", "Date Taken"), PXRenameConstant::addDateTaken},
     {"location to insert", QT_TRANSLATE_NOOP("PXRenameCriterion", "integer field"), PXRenameConstant::locationToInsert},
     {"range to replace", QT_TRANSLATE_NOOP("PXRenameCriterion", "range field"), PXRenameConstant::rangeToReplace},
     {"characters to replace", QT_TRANSLATE_NOOP("PXRenameCriterion", "string field"),
@@ -73,6 +75,8 @@ constexpr CatalogueEntry catalogue[] = {
     {"date format -label", QT_TRANSLATE_NOOP("PXRenameCriterion", "in unicode date format"), PXRenameConstant::label},
     {"sequence start -label", QT_TRANSLATE_NOOP("PXRenameCriterion", "starting with"), PXRenameConstant::label},
     {"sequence format -label", QT_TRANSLATE_NOOP("PXRenameCriterion", "in format"), PXRenameConstant::label},
+    {"date format help", "?", PXRenameConstant::dateFormatHelp},
+    {"range format help", "?", PXRenameConstant::rangeFormatHelp},
 };
 
 struct DisplayTable
@@ -138,4 +142,189 @@ QStringList PXRenameCriterion::allNames()
     for (const CatalogueEntry &entry : catalogue)
         names.append(QString::fromLatin1(entry.name));
     return names;
+}
+
+PXRenameCriterion::Kind PXRenameCriterion::kind() const
+{
+    switch (operationConstant()) {
+    case PXRenameConstant::label: return Kind::label;
+    case PXRenameConstant::locationToInsert:
+    case PXRenameConstant::initialSequenceValue: return Kind::integerField;
+    case PXRenameConstant::rangeToReplace: return Kind::rangeField;
+    case PXRenameConstant::charactersToReplace:
+    case PXRenameConstant::dateFormatValue:
+    case PXRenameConstant::regexSearchValue:
+    case PXRenameConstant::replacementCharacters:
+    case PXRenameConstant::regexReplaceValue: return Kind::stringField;
+    case PXRenameConstant::dateFormatHelp:
+    case PXRenameConstant::rangeFormatHelp: return Kind::helpButton;
+    default: return Kind::menuItem;
+    }
+}
+
+bool PXRenameCriterion::isField() const
+{
+    const Kind k = kind();
+    return k == Kind::stringField || k == Kind::integerField || k == Kind::rangeField;
+}
+
+namespace {
+
+using Node = PXRenameCriterionPtr;
+using Nodes = QList<PXRenameCriterionPtr>;
+
+Node node(const char *name, const Nodes &children = {})
+{
+    Node criterion = PXRenameCriterion::criterionWithName(QString::fromLatin1(name));
+    criterion->childCriteria() = children;
+    return criterion;
+}
+
+// The editor's menus. Each node's children are the choices of the next step; the value menus
+// are shared by Insert and Replace (Insert has no text to change the case of).
+struct CriterionTree
+{
+    Nodes compoundRoots;
+    Nodes simpleRoots;
+
+    CriterionTree()
+    {
+        const auto datePattern = [] {
+            return Nodes{node("date format -label", {node("date format value", {node("date format help")})})};
+        };
+        const auto values = [&](bool withCase) {
+            Nodes list{
+                node("add characters", {node("replacement characters")}),
+                node("add sequence",
+                     {node("sequence start -label",
+                           {node("initial sequence value",
+                                 {node("sequence format -label",
+                                       {node("sequence format 1"), node("sequence format 01"),
+                                        node("sequence format 001"), node("sequence format 0001"),
+                                        node("sequence format 00001")})})})}),
+                node("add creation date", datePattern()),
+                node("add modification date", datePattern()),
+                node("add date taken", datePattern()),
+            };
+            if (withCase)
+                list += Nodes{node("make uppercase"), node("make lowercase")};
+            list += Nodes{node("add parent folder name"), node("add grandparent folder name")};
+            return list;
+        };
+        const Nodes insertValues = values(false);
+        const Nodes replaceValues = values(true);
+        const Nodes with{node("replace charaters with -label", replaceValues)};
+
+        const Node insert = node("insert",
+                                 {node("insert at beginning", insertValues), node("insert at end", insertValues),
+                                  node("insert at location", {node("location to insert", insertValues)})});
+        const Node replace = node("replace",
+                                  {node("replace characters", {node("characters to replace", with)}),
+                                   node("replace characters case sensitive", {node("characters to replace", with)}),
+                                   node("replace range", {node("range to replace", {node("range format help", with)})}),
+                                   node("replace entirely", with)});
+        const Node regex =
+            node("regex", {node("regex search value", {node("regex replace -label", {node("regex replace value")})})});
+        simpleRoots = {insert, replace, regex};
+
+        const Nodes targets{node("search filename"), node("search extension"), node("search filename and extension")};
+        compoundRoots = {node("in -label", targets)};
+    }
+};
+
+const CriterionTree &criterionTree()
+{
+    static const CriterionTree tree;
+    return tree;
+}
+
+PXRenameCriterion::Step firstStep(const Nodes &choices,
+                                  const std::function<QString(const PXRenameCriterion &)> &defaultText)
+{
+    const Node &criterion = choices.first();
+    return {criterion, criterion->isField() && defaultText ? defaultText(*criterion) : QString()};
+}
+
+} // namespace
+
+const QList<PXRenameCriterionPtr> &PXRenameCriterion::rootCriteria(int rowType)
+{
+    return rowType == PXRenameRow::compound ? criterionTree().compoundRoots : criterionTree().simpleRoots;
+}
+
+QList<PXRenameCriterion::Step>
+PXRenameCriterion::completedSteps(QList<Step> steps,
+                                  const std::function<QString(const PXRenameCriterion &)> &defaultText)
+{
+    if (steps.isEmpty())
+        return steps;
+    for (;;) {
+        const Nodes &choices = steps.last().criterion->childCriteria();
+        if (choices.isEmpty())
+            return steps;
+        steps.append(firstStep(choices, defaultText));
+    }
+}
+
+QList<PXRenameCriterion::Step>
+PXRenameCriterion::stepsForRules(int rowType, const QList<PXRenameRule> &rules,
+                                 const std::function<QString(const PXRenameCriterion &)> &defaultText, bool *complete)
+{
+    QList<Step> steps;
+    bool matched = true;
+    qsizetype next = 0;
+    const Nodes *choices = &rootCriteria(rowType);
+    while (!choices->isEmpty()) {
+        Step step;
+        const PXRenameRule *stored = next < rules.size() ? &rules[next] : nullptr;
+        if (choices->first()->kind() == Kind::helpButton) {
+            step.criterion = choices->first();
+        } else if (!stored) {
+            // A row saved before its last steps existed: the rest takes first choices.
+            step = firstStep(*choices, defaultText);
+            matched = false;
+        } else {
+            for (const Node &choice : *choices) {
+                if (choice->operationConstant() == stored->operationConstant) {
+                    step.criterion = choice;
+                    break;
+                }
+            }
+            if (!step.criterion) {
+                matched = false;
+                break;
+            }
+            if (step.criterion->isField())
+                step.text = stored->stringValue;
+            ++next;
+        }
+        steps.append(step);
+        choices = &step.criterion->childCriteria();
+    }
+    if (!matched || next < rules.size()) {
+        if (complete)
+            *complete = false;
+        if (steps.isEmpty())
+            steps.append(firstStep(rootCriteria(rowType), defaultText));
+        return completedSteps(steps, defaultText);
+    }
+    if (complete)
+        *complete = true;
+    return steps;
+}
+
+QList<PXRenameRule> PXRenameCriterion::rulesForSteps(const QList<Step> &steps)
+{
+    QList<PXRenameRule> rules;
+    rules.reserve(steps.size());
+    for (const Step &step : steps) {
+        const PXRenameCriterion &criterion = *step.criterion;
+        switch (criterion.kind()) {
+        case Kind::helpButton: break;
+        case Kind::menuItem:
+        case Kind::label: rules.append({criterion.operationConstant(), criterion.displayValue()}); break;
+        default: rules.append({criterion.operationConstant(), step.text}); break;
+        }
+    }
+    return rules;
 }

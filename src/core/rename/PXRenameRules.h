@@ -39,6 +39,8 @@ enum : int {
     makeLowercase = 110,
     addParentFolderName = 111,
     addGrandparentFolderName = 112,
+    // The date the picture was taken (EXIF), or the creation date of a file without one.
+    addDateTaken = 113,
 
     locationToInsert = 201,
     rangeToReplace = 202,

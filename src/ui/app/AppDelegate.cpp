@@ -12,8 +12,11 @@
 #include "ui/app/MainWindowsManager.h"
 #include "ui/app/ServicesProvider.h"
 #include "ui/app/SlideshowWindowsManager.h"
+#include "ui/browser/ThumbnailsViewController.h"
+#include "ui/rename/RenameManager.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
+#include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/TabbedWindow.h"
 
 #include <QApplication>
@@ -50,6 +53,7 @@ AppDelegate::AppDelegate(QObject *parent)
         std::make_unique<ServicesProvider>([this](const QList<PXFilePtr> &files) { openRenamer(files); },
                                            [this](const QList<PXFilePtr> &files) { startSlideshow(files); });
     closeSlideshows = [this] { m_slideshowWindowsManager->closeAll(); };
+    closeRenamer = [] { RenameManager::shared().cancelRenamer(); };
     // The windows have been closed by then; quit() would ask them again, and one that refused
     // would keep the program running.
     terminate = [] { QCoreApplication::exit(0); };
@@ -76,6 +80,7 @@ void AppDelegate::registerCommands()
     registry.bindApplicationCommand(CommandId::goToSite).on(&AppDelegate::goToSite);
     registry.bindApplicationCommand(CommandId::goToReleaseNotes).on(&AppDelegate::goToReleaseNotes);
     registry.bindApplicationCommand(CommandId::terminate).on(&AppDelegate::requestQuit);
+    registry.bindApplicationCommand(CommandId::openRenameWindow).on(&AppDelegate::openRenameWindow);
     registry.bindApplicationCommand(CommandId::openQuickview)
         .on(&AppDelegate::openQuickview, &AppDelegate::quickviewState);
     registry.bindApplicationCommand(CommandId::startSlideshowWithOpenImageWindows)
@@ -233,9 +238,23 @@ QString AppDelegate::performService(const LaunchRequest &request)
 
 void AppDelegate::openRenamer(const QList<PXFilePtr> &files)
 {
-    showMessage(tr("Batch Rename"),
-                tr("The batch renamer is not available in this version of Pixcove yet (%n file(s) given).", nullptr,
-                   int(files.size())));
+    RenameManager::shared().openWithFiles(files);
+}
+
+// The batch renamer on the window's selection; without one, on every file the window shows.
+void AppDelegate::openRenameWindow(QWidget *window)
+{
+    QList<PXFilePtr> files;
+    auto *tabbed = qobject_cast<TabbedWindow *>(window ? window->window() : nullptr);
+    MainWindowController *controller = tabbed ? tabbed->currentController() : nullptr;
+    if (MainWindowViewController *view = controller ? controller->mainViewController() : nullptr) {
+        files = view->selectedFiles();
+        if (files.isEmpty()) {
+            if (ThumbnailsViewController *pane = view->thumbnailsViewController())
+                files = pane->files();
+        }
+    }
+    openRenamer(files);
 }
 
 void AppDelegate::startSlideshow(const QList<PXFilePtr> &files)

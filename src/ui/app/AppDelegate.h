@@ -71,6 +71,8 @@ public:
     void newMainWindow();
     void newMainWindowTab();
     void openAboutWindow(QWidget *window);
+    // Opens the batch renamer on the selection of `window`.
+    void openRenameWindow(QWidget *window);
     void goToSite();
     void goToReleaseNotes();
     // Toggles the quick view; checked while it is open.

@@ -85,10 +85,10 @@ void CommandRegistry::declareApplicationCommands()
     add(CommandId::nextImageWindow, TITLE("Next Image Window"))
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketRight)
         .ownedBy(app);
+    add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).ownedBy(app);
     // Windows that do not exist yet.
     add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
     add(CommandId::openActivityWindow, TITLE("Activity")).unavailable();
-    add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).unavailable();
     add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
     add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();
     add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).unavailable();
