@@ -59,6 +59,7 @@ private:
     std::chrono::milliseconds m_timeout = defaultTimeout;
     bool m_allowsLoopbackHttp = false;
     bool m_parsing = false;
+    QString m_abortReason; // why the running request was stopped, when it was
     QNetworkAccessManager *m_network;
     QPointer<QNetworkReply> m_reply;
 };

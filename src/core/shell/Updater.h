@@ -46,6 +46,8 @@ public:
     QDateTime nextCheckDate() const;
 
     UpdateChecker *checker() const { return m_checker.get(); }
+    // How long the first look waits when it is already due at start (tests shorten it).
+    void setFirstCheckDelay(std::chrono::milliseconds delay) { m_firstCheckDelay = delay; }
 
 Q_SIGNALS:
     void updateFound(const AppcastItem &item);
@@ -58,7 +60,9 @@ private:
     AppSettings *m_settings;
     std::unique_ptr<UpdateChecker> m_checker;
     QTimer *m_timer;
+    std::chrono::milliseconds m_firstCheckDelay = firstCheckDelay;
     bool m_started = false;
+    bool m_firstSchedule = false;
     bool m_userAsked = false;
 };
 

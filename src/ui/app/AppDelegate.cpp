@@ -5,12 +5,15 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/shell/BuildConfiguration.h"
 #include "ui/app/ActivitiesGate.h"
 #include "ui/app/AuxiliaryWindowsManager.h"
 #include "ui/app/ImageWindowsManager.h"
 #include "ui/app/MainWindowsManager.h"
 #include "ui/app/ServicesProvider.h"
 #include "ui/app/SlideshowWindowsManager.h"
+#include "ui/app/UpdateController.h"
+#include "ui/windows/BugReporterWindowController.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -19,6 +22,7 @@
 #include <QDesktopServices>
 #include <QMessageBox>
 #include <QPointer>
+#include <QTimer>
 #include <QUrl>
 #include <QWidget>
 
@@ -51,7 +55,19 @@ AppDelegate::AppDelegate(QObject *parent)
     closeSlideshows = [this] { m_slideshowWindowsManager->closeAll(); };
     terminate = [] { QCoreApplication::quit(); };
     showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
+    // The updater is made now and started at launch; it reads the feed this build names, if any.
+    m_updateController = std::make_unique<UpdateController>(
+        m_settingsManager->settings(), QUrl(BuildConfiguration::appcastLink()), BuildConfiguration::version());
     registerCommands();
+    // A window that closes may have been the last one.
+    connect(m_mainWindowsManager, &MainWindowsManager::windowControllersChanged, this,
+            &AppDelegate::quitAfterLastWindow);
+    connect(m_imageWindowsManager, &ImageWindowsManager::imageWindowControllersChanged, this,
+            &AppDelegate::quitAfterLastWindow);
+    connect(m_slideshowWindowsManager, &SlideshowWindowsManager::slideshowWindowControllersChanged, this,
+            &AppDelegate::quitAfterLastWindow);
+    connect(m_auxiliaryWindowsManager, &AuxiliaryWindowsManager::bugReporterChanged, this,
+            &AppDelegate::quitAfterLastWindow);
 }
 
 AppDelegate::~AppDelegate()
@@ -70,6 +86,9 @@ void AppDelegate::registerCommands()
     registry.bindApplicationCommand(CommandId::newMainWindow).on(&AppDelegate::newMainWindow);
     registry.bindApplicationCommand(CommandId::newMainWindowTab).on(&AppDelegate::newMainWindowTab);
     registry.bindApplicationCommand(CommandId::openAboutWindow).on(&AppDelegate::openAboutWindow);
+    registry.bindApplicationCommand(CommandId::openBugReporterWindow).on(&AppDelegate::openBugReporterWindow);
+    registry.bindApplicationCommand(CommandId::checkForUpdates)
+        .on(&AppDelegate::checkForUpdates, &AppDelegate::canCheckForUpdates);
     registry.bindApplicationCommand(CommandId::goToSite).on(&AppDelegate::goToSite);
     registry.bindApplicationCommand(CommandId::goToReleaseNotes).on(&AppDelegate::goToReleaseNotes);
     registry.bindApplicationCommand(CommandId::terminate).on(&AppDelegate::requestQuit);
@@ -98,12 +117,12 @@ bool AppDelegate::exists()
 
 QString AppDelegate::websiteLink()
 {
-    return QStringLiteral("https://pixcove.tallowmere.org/");
+    return BuildConfiguration::websiteLink();
 }
 
 QString AppDelegate::releaseNotesLink()
 {
-    return QStringLiteral("https://pixcove.tallowmere.org/releases/");
+    return BuildConfiguration::releaseNotesLink();
 }
 
 void AppDelegate::setActivitiesGate(ActivitiesGate *gate)
@@ -127,6 +146,8 @@ void AppDelegate::registerObservers()
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
         if (state == Qt::ApplicationInactive)
             applicationDidResignActive();
+        else if (state == Qt::ApplicationActive)
+            unhideWindows();
     });
 }
 
@@ -141,6 +162,9 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
         settings->setIsFirstLaunch(false);
         settings->setFirstLaunchDate(QDateTime::currentDateTimeUtc());
     }
+    // An updater that cannot start costs the user nothing but update notices.
+    if (QString updaterError; !m_updateController->start(&updaterError))
+        logError(QStringLiteral("Sparkle start error: ") + updaterError);
     if (request.kind == LaunchRequest::Kind::plain) {
         m_mainWindowsManager->newMainWindow();
         // After the main window, whose selection it shows.
@@ -154,6 +178,8 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
 
 void AppDelegate::handleRequest(const LaunchRequest &request)
 {
+    // Whatever a later start asks for, the program comes forward as it was.
+    unhideWindows();
     switch (request.kind) {
     case LaunchRequest::Kind::plain: applicationShouldHandleReopen(); break;
     case LaunchRequest::Kind::open: openFiles(request.paths); break;
@@ -171,6 +197,7 @@ void AppDelegate::handleRequest(const LaunchRequest &request)
 // application comes forward when it is activated.
 void AppDelegate::applicationShouldHandleReopen()
 {
+    unhideWindows();
     if (!m_mainWindowsManager->hasVisibleWindows()) {
         m_mainWindowsManager->newMainWindow();
         return;
@@ -240,9 +267,50 @@ void AppDelegate::applicationDidResignActive()
     if (!m_settingsManager->settings()->hideOnDeactivate())
         return;
     for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->isVisible())
+        if (window->isVisible()) {
             window->hide();
+            m_hiddenWindows.append(window);
+        }
     }
+}
+
+// In the order they were hidden, so that the window that was in front is raised last.
+void AppDelegate::unhideWindows()
+{
+    const QList<QPointer<QWidget>> hidden = std::exchange(m_hiddenWindows, {});
+    QWidget *front = nullptr;
+    for (const QPointer<QWidget> &window : hidden) {
+        if (!window)
+            continue;
+        window->show();
+        front = window;
+    }
+    if (QWidget *active = QApplication::activeWindow(); !active && front) {
+        front->raise();
+        front->activateWindow();
+    }
+}
+
+bool AppDelegate::hasOpenWindows() const
+{
+    return !m_mainWindowsManager->windowControllers().isEmpty() || m_imageWindowsManager->hasImageWindows()
+        || !m_slideshowWindowsManager->slideshowWindowControllers().isEmpty()
+        || m_auxiliaryWindowsManager->bugReporterWindowController();
+}
+
+// Queued: a window that closes is still listed while it says so, and a tab moving to a new window
+// leaves the list empty for a moment.
+void AppDelegate::quitAfterLastWindow()
+{
+    if (m_lastWindowCheckQueued)
+        return;
+    m_lastWindowCheckQueued = true;
+    QTimer::singleShot(0, this, [this] {
+        m_lastWindowCheckQueued = false;
+        if (!m_finishedLaunching || m_terminating || hasOpenWindows())
+            return;
+        requestQuit();
+    });
 }
 
 void AppDelegate::requestQuit()
@@ -304,6 +372,21 @@ void AppDelegate::newMainWindowTab()
 void AppDelegate::openAboutWindow(QWidget *window)
 {
     m_auxiliaryWindowsManager->openAboutWindow(window);
+}
+
+void AppDelegate::openBugReporterWindow(QWidget *window)
+{
+    m_auxiliaryWindowsManager->openBugReporterWindow(window);
+}
+
+void AppDelegate::checkForUpdates()
+{
+    m_updateController->checkForUpdates();
+}
+
+bool AppDelegate::canCheckForUpdates() const
+{
+    return !m_updateController->isChecking();
 }
 
 void AppDelegate::openQuickview()

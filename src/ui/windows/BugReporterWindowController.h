@@ -9,8 +9,8 @@ class BugReportSender;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
+class QProgressBar;
 class QPushButton;
-class QScrollArea;
 class WindowManager;
 struct BugReportOutcome;
 
@@ -62,6 +62,7 @@ private:
     QLabel *m_disclaimerField;
     QPushButton *m_sendButton;
     QLabel *m_loadingView = nullptr; // "Sending Report..."
+    QProgressBar *m_busyIndicator = nullptr;
     BugReportSender *m_sender;
     WindowManager *m_delegate = nullptr;
 };

@@ -4,12 +4,14 @@
 
 #include <QWidget>
 
+class QLabel;
+class QPushButton;
 class QTextBrowser;
 
 // Tells the user that a newer release exists: its version beside ours, its release notes (the
-// feed's HTML, shown without fetching anything it refers to), and buttons that open the release's
-// page or its download in the browser. Pixcove does not replace itself: the user downloads, or
-// the package manager updates it.
+// feed's HTML, shown without fetching anything it refers to), and a button that opens the
+// release's page in the browser. Pixcove does not replace itself: the user downloads, or the
+// package manager updates it.
 class UpdateWindowController : public QWidget
 {
     Q_OBJECT
@@ -19,12 +21,15 @@ public:
     const AppcastItem &item() const { return m_item; }
     // Shows another release in the same window (a later check found a newer one).
     void setItem(const AppcastItem &item);
+    QString heading() const;
 
 private:
     void openRelease();
 
     AppcastItem m_item;
     QString m_currentVersion;
-    class QLabel *m_heading;
+    QLabel *m_heading;
+    QLabel *m_versions;
     QTextBrowser *m_releaseNotes;
+    QPushButton *m_openButton;
 };
