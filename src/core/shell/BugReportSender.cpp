@@ -99,7 +99,7 @@ void BugReportSender::judgeReply(QNetworkReply *reply)
     if (transportError) {
         const QString description = error == QNetworkReply::OperationCanceledError
             ? tr("The server did not answer within %n second(s).", nullptr,
-                 int(std::chrono::duration_cast<std::chrono::seconds>(m_timeout).count()))
+                 int(std::chrono::ceil<std::chrono::seconds>(m_timeout).count()))
             : reply->errorString();
         logError(QStringLiteral("Error sending bug report: ") + description);
         return finish({false, description});

@@ -83,7 +83,7 @@ void UpdateChecker::readReply(QNetworkReply *reply)
     if (reply->error() != QNetworkReply::NoError && (!status.isValid() || status.toInt() == 200)) {
         if (reply->error() == QNetworkReply::OperationCanceledError)
             return finish(failure(tr("The update server did not answer within %n second(s).", nullptr,
-                                     int(std::chrono::duration_cast<std::chrono::seconds>(m_timeout).count()))));
+                                     int(std::chrono::ceil<std::chrono::seconds>(m_timeout).count()))));
         return finish(failure(tr("The update server could not be reached: %1").arg(reply->errorString())));
     }
     if (status.toInt() != 200)
