@@ -94,8 +94,7 @@ class AppSettings : public ObservableSettings
     PIXCOVE_SETTING(bool, hideOnDeactivate, setHideOnDeactivate, false);
     PIXCOVE_SETTING(bool, automaticallyChecksForUpdates, setAutomaticallyChecksForUpdates, true);
     PIXCOVE_SETTING(UpdateCheckFrequency, updateCheckFrequency, setUpdateCheckFrequency, UpdateCheckFrequency::daily);
-    PIXCOVE_SETTING(QDateTime, lastUpdateCheckDate, setLastUpdateCheckDate,
-                    QDateTime::fromSecsSinceEpoch(0, Qt::UTC));
+    PIXCOVE_SETTING(QDateTime, lastUpdateCheckDate, setLastUpdateCheckDate, QDateTime::fromSecsSinceEpoch(0, Qt::UTC));
     PIXCOVE_SETTING(double, settingsVersion, setSettingsVersion, currentSettingsVersion);
     PIXCOVE_SETTING(AlertsAndWarnings, alertsAndWarnings, setAlertsAndWarnings);
     PIXCOVE_SETTING(bool, alwaysUseThirdPartyVideoPlayer, setAlwaysUseThirdPartyVideoPlayer, false);

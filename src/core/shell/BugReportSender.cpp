@@ -120,7 +120,8 @@ void BugReportSender::judgeReply(QNetworkReply *reply)
     }
     const QString text = QString::fromUtf8(body);
     if (text != QLatin1String("success")) {
-        logError(QStringLiteral("Did not get success reply from server. Response: \n\n") + text.left(loggedReplyLength));
+        logError(QStringLiteral("Did not get success reply from server. Response: \n\n")
+                 + text.left(loggedReplyLength));
         return finish({false, tr("Unknown error response from server.")});
     }
     finish({true, {}});

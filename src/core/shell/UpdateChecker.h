@@ -2,6 +2,7 @@
 
 #include "core/shell/Appcast.h"
 
+#include <QNetworkReply>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -11,7 +12,6 @@
 #include <optional>
 
 class QNetworkAccessManager;
-class QNetworkReply;
 
 // What one look at the release feed found.
 struct UpdateCheckResult

@@ -28,6 +28,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -56,8 +57,9 @@ AppDelegate::AppDelegate(QObject *parent)
     terminate = [] { QCoreApplication::quit(); };
     showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
     // The updater is made now and started at launch; it reads the feed this build names, if any.
-    m_updateController = std::make_unique<UpdateController>(
-        m_settingsManager->settings(), QUrl(BuildConfiguration::appcastLink()), BuildConfiguration::version());
+    m_updateController =
+        std::make_unique<UpdateController>(m_settingsManager->settings(), QUrl(BuildConfiguration::appcastLink()),
+                                           BuildConfiguration::version());
     registerCommands();
     // A window that closes may have been the last one.
     connect(m_mainWindowsManager, &MainWindowsManager::windowControllersChanged, this,

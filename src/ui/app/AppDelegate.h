@@ -4,6 +4,7 @@
 #include "core/model/PXFileForward.h"
 #include "ui/common/Command.h"
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>

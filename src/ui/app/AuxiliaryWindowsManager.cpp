@@ -17,7 +17,7 @@ namespace {
 
 AuxiliaryWindowsManager *installedManager = nullptr;
 
-void raise(QWidget *window)
+void bringForward(QWidget *window)
 {
     window->show();
     window->raise();
@@ -89,7 +89,7 @@ void AuxiliaryWindowsManager::openAboutWindow(QWidget *parent)
                 [] { QDesktopServices::openUrl(QUrl(BuildConfiguration::releaseNotesLink())); });
         m_aboutWindowController = controller;
     }
-    raise(m_aboutWindowController);
+    bringForward(m_aboutWindowController);
 }
 
 AboutWindowController *AuxiliaryWindowsManager::aboutWindowController() const
@@ -113,7 +113,7 @@ void AuxiliaryWindowsManager::openBugReporterWindow(QWidget *parent)
         m_bugReporterWindowController = controller;
         Q_EMIT bugReporterChanged();
     }
-    raise(m_bugReporterWindowController);
+    bringForward(m_bugReporterWindowController);
 }
 
 BugReporterWindowController *AuxiliaryWindowsManager::bugReporterWindowController() const

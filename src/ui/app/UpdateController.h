@@ -18,8 +18,7 @@ class UpdateController : public QObject
     Q_OBJECT
 public:
     // `feed` empty: the updater stays off and a check says so.
-    UpdateController(AppSettings *settings, const QUrl &feed, const QString &currentVersion,
-                     QObject *parent = nullptr);
+    UpdateController(AppSettings *settings, const QUrl &feed, const QString &currentVersion, QObject *parent = nullptr);
     ~UpdateController() override;
 
     Updater *updater() { return &m_updater; }

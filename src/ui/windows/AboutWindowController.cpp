@@ -47,8 +47,9 @@ AboutWindowController::AboutWindowController(QWidget *parent)
     nameFont.setPointSizeF(nameFont.pointSizeF() * 1.8);
     name->setFont(nameFont);
     name->setAlignment(Qt::AlignCenter);
-    auto *version = new QLabel(
-        tr("Version %1 (build %2)").arg(BuildConfiguration::version(), BuildConfiguration::buildNumber()), this);
+    auto *version =
+        new QLabel(tr("Version %1 (build %2)").arg(BuildConfiguration::version(), BuildConfiguration::buildNumber()),
+                   this);
     version->setAlignment(Qt::AlignCenter);
     version->setTextInteractionFlags(Qt::TextSelectableByMouse);
     version->setObjectName(QStringLiteral("version"));
@@ -68,7 +69,7 @@ AboutWindowController::AboutWindowController(QWidget *parent)
     for (const char *library : libraryNames)
         new QTreeWidgetItem(m_libraries, {QLatin1String(library), QStringLiteral("…")});
     // Six rows and the header, without a scroll bar.
-    m_libraries->setMinimumHeight(m_libraries->sizeHintForRow(0) * 7 + m_libraries->header()->sizeHint().height());
+    m_libraries->setMinimumHeight(m_libraries->fontMetrics().height() * 2 * 8);
 
     auto *website = new QPushButton(tr("Pixcove Website"), this);
     website->setAccessibleName(website->text());

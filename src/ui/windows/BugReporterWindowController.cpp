@@ -64,8 +64,8 @@ BugReporterWindowController::BugReporterWindowController(BugReportSender *sender
     nameFont.setBold(true);
     nameFont.setPointSizeF(nameFont.pointSizeF() * 1.4);
     m_appNameField->setFont(nameFont);
-    m_appVersionField = new QLabel(
-        tr("Version %1 (%2)").arg(BuildConfiguration::version(), BuildConfiguration::buildNumber()), this);
+    m_appVersionField =
+        new QLabel(tr("Version %1 (%2)").arg(BuildConfiguration::version(), BuildConfiguration::buildNumber()), this);
     m_appVersionField->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     m_subjectLabel = new QLabel(tr("Subject:"), this);
@@ -132,8 +132,7 @@ BugReporterWindowController::BugReporterWindowController(BugReportSender *sender
     layout->addLayout(buttons);
 
     connect(m_subjectField, &QLineEdit::textChanged, this, &BugReporterWindowController::updateSendButton);
-    connect(m_descriptionTextView, &QPlainTextEdit::textChanged, this,
-            &BugReporterWindowController::updateSendButton);
+    connect(m_descriptionTextView, &QPlainTextEdit::textChanged, this, &BugReporterWindowController::updateSendButton);
     connect(m_sendButton, &QPushButton::clicked, this, &BugReporterWindowController::send);
     connect(m_sender, &BugReportSender::finished, this, &BugReporterWindowController::sendFinished);
 

@@ -8,8 +8,7 @@
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
-UpdateWindowController::UpdateWindowController(const AppcastItem &item, const QString &currentVersion,
-                                               QWidget *parent)
+UpdateWindowController::UpdateWindowController(const AppcastItem &item, const QString &currentVersion, QWidget *parent)
     : QWidget(parent, Qt::Window)
     , m_currentVersion(currentVersion)
 {

@@ -54,10 +54,11 @@ TEST(BugReportSender, PostsTheReportOnceWithItsCredentialAndJudgesEveryKindOfRep
     EXPECT_EQ(request.header("Content-Type"), "application/json");
     EXPECT_EQ(request.header("Authorization"), "Basic " + credential.toUtf8().toBase64());
     const QJsonObject json = QJsonDocument::fromJson(request.body).object();
-    EXPECT_EQ(json, QJsonObject({{QStringLiteral("subject"), report.subject},
-                                 {QStringLiteral("description"), report.description},
-                                 {QStringLiteral("email"), report.email},
-                                 {QStringLiteral("version"), report.version}}));
+    EXPECT_EQ(json,
+              QJsonObject({{QStringLiteral("subject"), report.subject},
+                           {QStringLiteral("description"), report.description},
+                           {QStringLiteral("email"), report.email},
+                           {QStringLiteral("version"), report.version}}));
 
     // Every other answer is a failure with its own message and log line, and is never retried.
     struct Case

@@ -1,6 +1,6 @@
+#include "core/shell/Updater.h"
 #include "core/settings/AppSettings.h"
 #include "core/shell/Appcast.h"
-#include "core/shell/Updater.h"
 
 #include "support/LocalHttpServer.h"
 #include "support/LogCapture.h"
@@ -93,9 +93,17 @@ TEST(Appcast, ReadsVersionsFromItemsAndEnclosuresAndRefusesWhatIsNotAFeed)
 TEST(Appcast, OrdersVersionsAsReleasesAreOrdered)
 {
     const std::pair<const char *, const char *> older[] = {
-        {"1.9", "1.10"},    {"0.1.0", "0.1.1"}, {"2.0b1", "2.0"},       {"2.0b1", "2.0b2"},
-        {"1.0b9", "1.0.1"}, {"1", "1.0.1"},     {"0.9.99", "0.10"},     {"1.0", "1.0.0.1"},
-        {"2.0rc1", "2.0"},  {"9", "10"},        {"99999999999999999998", "99999999999999999999"},
+        {"1.9", "1.10"},
+        {"0.1.0", "0.1.1"},
+        {"2.0b1", "2.0"},
+        {"2.0b1", "2.0b2"},
+        {"1.0b9", "1.0.1"},
+        {"1", "1.0.1"},
+        {"0.9.99", "0.10"},
+        {"1.0", "1.0.0.1"},
+        {"2.0rc1", "2.0"},
+        {"9", "10"},
+        {"99999999999999999998", "99999999999999999999"},
     };
     for (const auto &[a, b] : older) {
         EXPECT_LT(Appcast::compareVersions(QLatin1String(a), QLatin1String(b)), 0) << a << " < " << b;

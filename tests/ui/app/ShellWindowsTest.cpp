@@ -13,11 +13,14 @@
 #include "ui/ShellFixture.h"
 
 #include <QAbstractButton>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace std::chrono_literals;
 
@@ -104,8 +107,9 @@ TEST(ShellWindows, BugReporterKeepsTheFormOnFailureAndClearsItOnlyOnSuccess)
     ASSERT_TRUE(waitUntil([&] { return !alerts.isEmpty(); }));
     EXPECT_FALSE(alerts.last().success);
     EXPECT_EQ(alerts.last().title, QStringLiteral("Error submitting bug report!"));
-    EXPECT_EQ(alerts.last().text, QStringLiteral("The server gave us a bad response code: 500.\n\nIf this happens "
-                                                 "again, please submit a bug report via our website."));
+    EXPECT_EQ(alerts.last().text,
+              QStringLiteral("The server gave us a bad response code: 500.\n\nIf this happens "
+                             "again, please submit a bug report via our website."));
     EXPECT_EQ(window->subjectField()->text(), QStringLiteral("Thumbnails stay grey"));
     EXPECT_EQ(window->descriptionTextView()->toPlainText(), QStringLiteral("In a folder of 50 000 RAW files."));
     EXPECT_EQ(window->emailField()->text(), QStringLiteral("me@example.org"));
