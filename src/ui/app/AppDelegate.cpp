@@ -13,7 +13,6 @@
 #include "ui/app/ServicesProvider.h"
 #include "ui/app/SlideshowWindowsManager.h"
 #include "ui/app/UpdateController.h"
-#include "ui/windows/BugReporterWindowController.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -176,6 +175,8 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
     }
     logDebug(QStringLiteral("Launched for special purpose, not opening default windows."));
     handleRequest(request);
+    // Files that could not be opened, or a service that opened nothing, leave no window to close.
+    quitAfterLastWindow();
 }
 
 void AppDelegate::handleRequest(const LaunchRequest &request)
@@ -276,7 +277,7 @@ void AppDelegate::applicationDidResignActive()
     }
 }
 
-// In the order they were hidden, so that the window that was in front is raised last.
+// The windows come back as they were, the front main window in front.
 void AppDelegate::unhideWindows()
 {
     const QList<QPointer<QWidget>> hidden = std::exchange(m_hiddenWindows, {});
@@ -287,7 +288,9 @@ void AppDelegate::unhideWindows()
         window->show();
         front = window;
     }
-    if (QWidget *active = QApplication::activeWindow(); !active && front) {
+    if (MainWindowController *frontMain = m_mainWindowsManager->frontMainWindow(); frontMain && front)
+        front = frontMain->tabbedWindow() ? frontMain->tabbedWindow() : front;
+    if (front && !QApplication::activeWindow()) {
         front->raise();
         front->activateWindow();
     }

@@ -160,7 +160,7 @@ QLineEdit *BugReporterWindowController::emailField()
 
 bool BugReporterWindowController::isSending() const
 {
-    return m_sender->isSending();
+    return m_sending;
 }
 
 void BugReporterWindowController::send()
@@ -189,6 +189,7 @@ void BugReporterWindowController::sendFinished(const BugReportOutcome &outcome)
 
 void BugReporterWindowController::setSending(bool sending)
 {
+    m_sending = sending;
     m_loadingView->setVisible(sending);
     m_busyIndicator->setVisible(sending);
     // Locked, not disabled: the text stays readable and selectable while it travels.

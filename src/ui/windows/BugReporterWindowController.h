@@ -65,4 +65,5 @@ private:
     QProgressBar *m_busyIndicator = nullptr;
     BugReportSender *m_sender;
     WindowManager *m_delegate = nullptr;
+    bool m_sending = false;
 };
