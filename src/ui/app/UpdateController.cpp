@@ -26,6 +26,11 @@ UpdateController::~UpdateController()
     delete m_updateWindow.data();
 }
 
+UpdateWindowController *UpdateController::updateWindow() const
+{
+    return m_updateWindow;
+}
+
 void UpdateController::checkForUpdates()
 {
     m_updater.checkForUpdates();

@@ -27,7 +27,7 @@ public:
     void checkForUpdates();
     bool isChecking() const { return m_updater.isChecking(); }
 
-    UpdateWindowController *updateWindow() const { return m_updateWindow; }
+    UpdateWindowController *updateWindow() const;
 
     // Tells the user the answer of a check they asked for (default: a message box).
     std::function<void(bool failed, const QString &title, const QString &text)> showMessage;

@@ -93,8 +93,9 @@ TEST(BugReportSender, PostsTheReportOnceWithItsCredentialAndJudgesEveryKindOfRep
         outcome = sendAndWait(sender);
         ASSERT_TRUE(outcome);
         EXPECT_FALSE(outcome->sent);
-        if (!c.message.isEmpty())
+        if (!c.message.isEmpty()) {
             EXPECT_EQ(outcome->message, c.message);
+        }
         EXPECT_FALSE(outcome->message.isEmpty());
         ASSERT_FALSE(log.lines.isEmpty());
         EXPECT_TRUE(log.lines.first().contains(c.logged)) << log.lines.first().toStdString();

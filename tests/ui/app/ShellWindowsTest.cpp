@@ -52,8 +52,9 @@ void expectNamedControls(QWidget *window)
     EXPECT_FALSE(window->accessibleName().isEmpty());
     for (QWidget *control : window->findChildren<QWidget *>()) {
         if (qobject_cast<QAbstractButton *>(control) || qobject_cast<QLineEdit *>(control)
-            || qobject_cast<QPlainTextEdit *>(control))
+            || qobject_cast<QPlainTextEdit *>(control)) {
             EXPECT_FALSE(control->accessibleName().isEmpty()) << control->metaObject()->className();
+        }
     }
 }
 
