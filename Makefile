@@ -8,7 +8,7 @@ ifeq ($(CI),true)
 CMAKE_FLAGS += -DPIXCOVE_WERROR=ON
 endif
 
-.PHONY: all setup configure build run test bench clean
+.PHONY: all setup configure build run test bench install deb translations clean
 
 all: build
 
@@ -31,6 +31,19 @@ test: build
 
 bench: build
 	bench/run $(BUILD_DIR)
+
+# `make install PREFIX=/opt/pixcove`: the programs, their modules, the desktop entry, icons, manual
+# pages and completion under PREFIX (default /usr/local).
+PREFIX ?= /usr/local
+install: build
+	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
+
+# A Debian package of the same, under /usr, with its dependencies from dpkg-shlibdeps.
+deb: build
+	cd $(BUILD_DIR) && cpack -G DEB
+
+translations: configure
+	cmake --build $(BUILD_DIR) --target translations
 
 clean:
 	rm -rf $(BUILD_DIR)

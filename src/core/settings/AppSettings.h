@@ -27,7 +27,9 @@
 // closes.
 //
 // `selectedSettingsSection` lives for the run only; `isFirstLaunch` and `firstLaunchDate` are kept
-// for the application shell, which sets them.
+// for the application shell, which sets them. The updater reads the release feed every
+// `updateCheckFrequency` while `automaticallyChecksForUpdates` holds, and keeps the time of its last
+// look in `lastUpdateCheckDate` (the start of 1970 before the first).
 class AppSettings : public ObservableSettings
 {
     Q_OBJECT
@@ -90,6 +92,9 @@ class AppSettings : public ObservableSettings
     PIXCOVE_SETTING(bool, isFirstLaunch, setIsFirstLaunch, true);
     PIXCOVE_SETTING(QDateTime, firstLaunchDate, setFirstLaunchDate, QDateTime::currentDateTimeUtc());
     PIXCOVE_SETTING(bool, hideOnDeactivate, setHideOnDeactivate, false);
+    PIXCOVE_SETTING(bool, automaticallyChecksForUpdates, setAutomaticallyChecksForUpdates, true);
+    PIXCOVE_SETTING(UpdateCheckFrequency, updateCheckFrequency, setUpdateCheckFrequency, UpdateCheckFrequency::daily);
+    PIXCOVE_SETTING(QDateTime, lastUpdateCheckDate, setLastUpdateCheckDate, QDateTime::fromSecsSinceEpoch(0, Qt::UTC));
     PIXCOVE_SETTING(double, settingsVersion, setSettingsVersion, currentSettingsVersion);
     PIXCOVE_SETTING(AlertsAndWarnings, alertsAndWarnings, setAlertsAndWarnings);
     PIXCOVE_SETTING(bool, alwaysUseThirdPartyVideoPlayer, setAlwaysUseThirdPartyVideoPlayer, false);

@@ -28,6 +28,17 @@ QString slideshowTransitionStyleTitle(SlideshowTransitionStyle style)
     return {};
 }
 
+QString updateCheckFrequencyTitle(UpdateCheckFrequency frequency)
+{
+    switch (frequency) {
+    case UpdateCheckFrequency::hourly: return tr("Hourly");
+    case UpdateCheckFrequency::daily: return tr("Daily");
+    case UpdateCheckFrequency::weekly: return tr("Weekly");
+    case UpdateCheckFrequency::monthly: return tr("Monthly");
+    }
+    return {};
+}
+
 QString alertsAndWarningRawValue(AlertsAndWarning warning)
 {
     switch (warning) {

@@ -99,6 +99,15 @@ enum class SlideshowTransitionStyle : int {
 };
 Q_ENUM_NS(SlideshowTransitionStyle)
 
+// How often the updater reads the release feed on its own.
+enum class UpdateCheckFrequency : int {
+    hourly = 0,
+    daily = 1,
+    weekly = 2,
+    monthly = 3,
+};
+Q_ENUM_NS(UpdateCheckFrequency)
+
 } // namespace SettingsValueSets
 
 using SettingsValueSets::BrowserLayout;
@@ -110,9 +119,11 @@ using SettingsValueSets::ScreenOption;
 using SettingsValueSets::SidebarInfoOptions;
 using SettingsValueSets::SlideshowInfoVisibility;
 using SettingsValueSets::SlideshowTransitionStyle;
+using SettingsValueSets::UpdateCheckFrequency;
 
 QString inspectorTabTitle(InspectorTab tab);
 QString slideshowTransitionStyleTitle(SlideshowTransitionStyle style);
+QString updateCheckFrequencyTitle(UpdateCheckFrequency frequency);
 
 // The lines of information under a thumbnail. Any combination is valid, bits that this build
 // does not know included: the set is stored as its integer and kept as it is.

@@ -6,6 +6,7 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/shell/BuildConfiguration.h"
 #include "ui/app/ActivitiesGate.h"
 #include "ui/app/AuxiliaryWindowsManager.h"
 #include "ui/app/ImageWindowsManager.h"
@@ -14,6 +15,7 @@
 #include "ui/app/SlideshowWindowsManager.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/rename/RenameManager.h"
+#include "ui/app/UpdateController.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowViewController.h"
@@ -23,11 +25,13 @@
 #include <QDesktopServices>
 #include <QMessageBox>
 #include <QPointer>
+#include <QTimer>
 #include <QUrl>
 #include <QWidget>
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -58,7 +62,20 @@ AppDelegate::AppDelegate(QObject *parent)
     // would keep the program running.
     terminate = [] { QCoreApplication::exit(0); };
     showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
+    // The updater is made now and started at launch; it reads the feed this build names, if any.
+    m_updateController =
+        std::make_unique<UpdateController>(m_settingsManager->settings(), QUrl(BuildConfiguration::appcastLink()),
+                                           BuildConfiguration::version());
     registerCommands();
+    // A window that closes may have been the last one.
+    connect(m_mainWindowsManager, &MainWindowsManager::windowControllersChanged, this,
+            &AppDelegate::quitAfterLastWindow);
+    connect(m_imageWindowsManager, &ImageWindowsManager::imageWindowControllersChanged, this,
+            &AppDelegate::quitAfterLastWindow);
+    connect(m_slideshowWindowsManager, &SlideshowWindowsManager::slideshowWindowControllersChanged, this,
+            &AppDelegate::quitAfterLastWindow);
+    connect(m_auxiliaryWindowsManager, &AuxiliaryWindowsManager::bugReporterChanged, this,
+            &AppDelegate::quitAfterLastWindow);
 }
 
 AppDelegate::~AppDelegate()
@@ -77,6 +94,9 @@ void AppDelegate::registerCommands()
     registry.bindApplicationCommand(CommandId::newMainWindow).on(&AppDelegate::newMainWindow);
     registry.bindApplicationCommand(CommandId::newMainWindowTab).on(&AppDelegate::newMainWindowTab);
     registry.bindApplicationCommand(CommandId::openAboutWindow).on(&AppDelegate::openAboutWindow);
+    registry.bindApplicationCommand(CommandId::openBugReporterWindow).on(&AppDelegate::openBugReporterWindow);
+    registry.bindApplicationCommand(CommandId::checkForUpdates)
+        .on(&AppDelegate::checkForUpdates, &AppDelegate::canCheckForUpdates);
     registry.bindApplicationCommand(CommandId::goToSite).on(&AppDelegate::goToSite);
     registry.bindApplicationCommand(CommandId::goToReleaseNotes).on(&AppDelegate::goToReleaseNotes);
     registry.bindApplicationCommand(CommandId::terminate).on(&AppDelegate::requestQuit);
@@ -106,12 +126,12 @@ bool AppDelegate::exists()
 
 QString AppDelegate::websiteLink()
 {
-    return QStringLiteral("https://pixcove.tallowmere.org/");
+    return BuildConfiguration::websiteLink();
 }
 
 QString AppDelegate::releaseNotesLink()
 {
-    return QStringLiteral("https://pixcove.tallowmere.org/releases/");
+    return BuildConfiguration::releaseNotesLink();
 }
 
 void AppDelegate::setActivitiesGate(ActivitiesGate *gate)
@@ -135,6 +155,8 @@ void AppDelegate::registerObservers()
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
         if (state == Qt::ApplicationInactive)
             applicationDidResignActive();
+        else if (state == Qt::ApplicationActive)
+            unhideWindows();
     });
     // Flags follow the files this program moves, and reach the disk before it ends.
     m_flagManager->watchOperations(&ZQFileController::sharedFileController());
@@ -154,6 +176,9 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
         settings->setIsFirstLaunch(false);
         settings->setFirstLaunchDate(QDateTime::currentDateTimeUtc());
     }
+    // An updater that cannot start costs the user nothing but update notices.
+    if (QString updaterError; !m_updateController->start(&updaterError))
+        logError(QStringLiteral("Sparkle start error: ") + updaterError);
     if (request.kind == LaunchRequest::Kind::plain) {
         m_mainWindowsManager->newMainWindow();
         // After the main window, whose selection it shows.
@@ -163,10 +188,14 @@ void AppDelegate::applicationDidFinishLaunching(const LaunchRequest &request)
     }
     logDebug(QStringLiteral("Launched for special purpose, not opening default windows."));
     handleRequest(request);
+    // Files that could not be opened, or a service that opened nothing, leave no window to close.
+    quitAfterLastWindow();
 }
 
 void AppDelegate::handleRequest(const LaunchRequest &request)
 {
+    // Whatever a later start asks for, the program comes forward as it was.
+    unhideWindows();
     switch (request.kind) {
     case LaunchRequest::Kind::plain: applicationShouldHandleReopen(); break;
     case LaunchRequest::Kind::open: openFiles(request.paths); break;
@@ -184,6 +213,7 @@ void AppDelegate::handleRequest(const LaunchRequest &request)
 // application comes forward when it is activated.
 void AppDelegate::applicationShouldHandleReopen()
 {
+    unhideWindows();
     if (!m_mainWindowsManager->hasVisibleWindows()) {
         m_mainWindowsManager->newMainWindow();
         return;
@@ -267,9 +297,52 @@ void AppDelegate::applicationDidResignActive()
     if (!m_settingsManager->settings()->hideOnDeactivate())
         return;
     for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->isVisible())
+        if (window->isVisible()) {
             window->hide();
+            m_hiddenWindows.append(window);
+        }
     }
+}
+
+// The windows come back as they were, the front main window in front.
+void AppDelegate::unhideWindows()
+{
+    const QList<QPointer<QWidget>> hidden = std::exchange(m_hiddenWindows, {});
+    QWidget *front = nullptr;
+    for (const QPointer<QWidget> &window : hidden) {
+        if (!window)
+            continue;
+        window->show();
+        front = window;
+    }
+    if (MainWindowController *frontMain = m_mainWindowsManager->frontMainWindow(); frontMain && front)
+        front = frontMain->tabbedWindow() ? frontMain->tabbedWindow() : front;
+    if (front && !QApplication::activeWindow()) {
+        front->raise();
+        front->activateWindow();
+    }
+}
+
+bool AppDelegate::hasOpenWindows() const
+{
+    return !m_mainWindowsManager->windowControllers().isEmpty() || m_imageWindowsManager->hasImageWindows()
+        || !m_slideshowWindowsManager->slideshowWindowControllers().isEmpty()
+        || m_auxiliaryWindowsManager->bugReporterWindowController();
+}
+
+// Queued: a window that closes is still listed while it says so, and a tab moving to a new window
+// leaves the list empty for a moment.
+void AppDelegate::quitAfterLastWindow()
+{
+    if (m_lastWindowCheckQueued)
+        return;
+    m_lastWindowCheckQueued = true;
+    QTimer::singleShot(0, this, [this] {
+        m_lastWindowCheckQueued = false;
+        if (!m_finishedLaunching || m_terminating || hasOpenWindows())
+            return;
+        requestQuit();
+    });
 }
 
 void AppDelegate::requestQuit()
@@ -336,6 +409,21 @@ void AppDelegate::newMainWindowTab()
 void AppDelegate::openAboutWindow(QWidget *window)
 {
     m_auxiliaryWindowsManager->openAboutWindow(window);
+}
+
+void AppDelegate::openBugReporterWindow(QWidget *window)
+{
+    m_auxiliaryWindowsManager->openBugReporterWindow(window);
+}
+
+void AppDelegate::checkForUpdates()
+{
+    m_updateController->checkForUpdates();
+}
+
+bool AppDelegate::canCheckForUpdates() const
+{
+    return !m_updateController->isChecking();
 }
 
 void AppDelegate::openQuickview()

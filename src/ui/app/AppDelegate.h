@@ -4,6 +4,7 @@
 #include "core/model/PXFileForward.h"
 #include "ui/common/Command.h"
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -21,6 +22,7 @@ class SlideshowWindowsManager;
 class MainWindowsManager;
 class ServicesProvider;
 class SettingsManager;
+class UpdateController;
 class QWidget;
 
 // The root object of the running program. It takes the process-wide managers in a fixed order,
@@ -31,6 +33,11 @@ class QWidget;
 //
 // The application's commands (new window, about, quit, ...) are bound into the command registry
 // while the delegate lives; every window's menu bar runs them here.
+//
+// Closing the program's last window (main, image or slideshow window, or the bug reporter with
+// its unsent text) quits it, through the same orderly shutdown as Quit. Windows hidden when the
+// program lost the focus (`hideOnDeactivate`) keep it running, and come back at the next start or
+// activation.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -59,6 +66,8 @@ public:
     QString performService(const LaunchRequest &request);
     // Hides every window when `hideOnDeactivate` is set.
     void applicationDidResignActive();
+    // Shows again the windows that losing the focus hid.
+    void unhideWindows();
 
     // Starts the orderly shutdown; the program stays as it was when the activities say no.
     void requestQuit();
@@ -73,6 +82,10 @@ public:
     void openAboutWindow(QWidget *window);
     // Opens the batch renamer on the selection of `window`.
     void openRenameWindow(QWidget *window);
+    void openBugReporterWindow(QWidget *window);
+    void checkForUpdates();
+    bool canCheckForUpdates() const;
+    UpdateController *updateController() const { return m_updateController.get(); }
     void goToSite();
     void goToReleaseNotes();
     // Toggles the quick view; checked while it is open.
@@ -104,6 +117,9 @@ private:
     void startSlideshow(const QList<PXFilePtr> &files);
     void startShutdown();
     void continueShutdown();
+    // Quits when no window of the program is left open (checked once the current event is done).
+    void quitAfterLastWindow();
+    bool hasOpenWindows() const;
 
     SettingsManager *m_settingsManager;
     AuxiliaryWindowsManager *m_auxiliaryWindowsManager;
@@ -113,6 +129,9 @@ private:
     FlagManager *m_flagManager;
     std::unique_ptr<ServicesProvider> m_servicesProvider;
     ActivitiesGate *m_activitiesGate = nullptr;
+    std::unique_ptr<UpdateController> m_updateController;
+    QList<QPointer<QWidget>> m_hiddenWindows;
+    bool m_lastWindowCheckQueued = false;
 
     bool m_finishedLaunching = false;
     bool m_openedInitialWindow = false;

@@ -77,7 +77,8 @@ int runPixcove(int argc, char **argv)
     SettingsManager &settings = SettingsManager::shared();
     settings.setAlertPresenter(
         [](const QString &title, const QString &text) { QMessageBox::critical(nullptr, title, text); });
-    // Closing the last window leaves Pixcove running: starting it again opens a window at once.
+    // The delegate decides when the last window has gone (hidden windows do not count as gone),
+    // and quits through the activities, which may still need the program.
     QApplication::setQuitOnLastWindowClosed(false);
 
     AppDelegate delegate;

@@ -2,19 +2,54 @@
 
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "core/shell/BugReportSender.h"
+#include "core/shell/BuildConfiguration.h"
+#include "ui/windows/AboutWindowController.h"
+#include "ui/windows/BugReporterWindowController.h"
 #include "ui/windows/QuickviewWindowController.h"
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QMessageBox>
+#include <QUrl>
 
 namespace {
+
 AuxiliaryWindowsManager *installedManager = nullptr;
+
+void bringForward(QWidget *window)
+{
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
+
+} // namespace
 
 AuxiliaryWindowsManager::AuxiliaryWindowsManager(AppSettings *settings, QObject *parent)
     : QObject(parent)
     , m_settings(settings)
-{ }
+{
+    makeBugReporterWindow = []() -> BugReporterWindowController * {
+        auto *sender = new BugReportSender;
+        if (!sender->isConfigured()) {
+            delete sender;
+            return nullptr;
+        }
+        return new BugReporterWindowController(sender);
+    };
+    showMessage = [](const QString &title, const QString &text) {
+        QMessageBox::information(QApplication::activeWindow(), title, text);
+    };
+}
+
+// The About and bug-reporter windows are the manager's: they go with it (the process's manager
+// lives to the end; a test's goes with its test).
+AuxiliaryWindowsManager::~AuxiliaryWindowsManager()
+{
+    delete m_aboutWindowController.data();
+    delete m_bugReporterWindowController.data();
+}
 
 AuxiliaryWindowsManager &AuxiliaryWindowsManager::shared()
 {
@@ -41,21 +76,49 @@ void AuxiliaryWindowsManager::setRecentlySelectedFiles(const QList<PXFilePtr> &f
         m_quickviewWindowController->setFiles(files);
 }
 
+// A window of the program's own, not a dialog of the window that asked: it outlives that window.
 void AuxiliaryWindowsManager::openAboutWindow(QWidget *parent)
 {
-    if (m_aboutWindowController) {
-        m_aboutWindowController->raise();
-        m_aboutWindowController->activateWindow();
-        return;
+    Q_UNUSED(parent);
+    if (!m_aboutWindowController) {
+        auto *controller = new AboutWindowController;
+        controller->setDelegate(this);
+        connect(controller, &AboutWindowController::websiteRequested, this,
+                [] { QDesktopServices::openUrl(QUrl(BuildConfiguration::websiteLink())); });
+        connect(controller, &AboutWindowController::releaseNotesRequested, this,
+                [] { QDesktopServices::openUrl(QUrl(BuildConfiguration::releaseNotesLink())); });
+        m_aboutWindowController = controller;
     }
-    auto *box = new QMessageBox(QMessageBox::NoIcon, tr("About Pixcove"),
-                                tr("<b>Pixcove</b> %1<br>A browser for folders of images and videos.")
-                                    .arg(QApplication::applicationVersion()),
-                                QMessageBox::Ok, parent);
-    box->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    m_aboutWindowController = box;
-    box->show();
+    bringForward(m_aboutWindowController);
+}
+
+AboutWindowController *AuxiliaryWindowsManager::aboutWindowController() const
+{
+    return m_aboutWindowController;
+}
+
+void AuxiliaryWindowsManager::openBugReporterWindow(QWidget *parent)
+{
+    Q_UNUSED(parent);
+    if (!m_bugReporterWindowController) {
+        BugReporterWindowController *controller = makeBugReporterWindow ? makeBugReporterWindow() : nullptr;
+        if (!controller) {
+            showMessage(tr("Bug Report / Feature Request"),
+                        tr("This build of Pixcove has no address to send bug reports to. Please report bugs and "
+                           "ask for features on the Pixcove website: %1")
+                            .arg(BuildConfiguration::websiteLink()));
+            return;
+        }
+        controller->setDelegate(this);
+        m_bugReporterWindowController = controller;
+        Q_EMIT bugReporterChanged();
+    }
+    bringForward(m_bugReporterWindowController);
+}
+
+BugReporterWindowController *AuxiliaryWindowsManager::bugReporterWindowController() const
+{
+    return m_bugReporterWindowController;
 }
 
 QuickviewWindowController *AuxiliaryWindowsManager::quickviewWindowController() const
@@ -101,5 +164,8 @@ void AuxiliaryWindowsManager::windowControllerWillClose(QObject *controller)
         Q_EMIT quickviewChanged();
     } else if (controller == m_aboutWindowController.data()) {
         m_aboutWindowController = nullptr;
+    } else if (controller == m_bugReporterWindowController.data()) {
+        m_bugReporterWindowController = nullptr;
+        Q_EMIT bugReporterChanged();
     }
 }

@@ -7,7 +7,11 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
+
+class AboutWindowController;
 class AppSettings;
+class BugReporterWindowController;
 class QuickviewWindowController;
 class QWidget;
 
@@ -22,6 +26,7 @@ class AuxiliaryWindowsManager : public QObject, public WindowManager
     Q_OBJECT
 public:
     explicit AuxiliaryWindowsManager(AppSettings *settings, QObject *parent = nullptr);
+    ~AuxiliaryWindowsManager() override;
 
     static AuxiliaryWindowsManager &shared();
     static void setShared(AuxiliaryWindowsManager *manager); // not owned
@@ -33,7 +38,18 @@ public:
     // Main windows tell it their selection; an open quick view shows it.
     void setRecentlySelectedFiles(const QList<PXFilePtr> &files);
 
+    // Shows the window, making it on first use.
     void openAboutWindow(QWidget *parent);
+    AboutWindowController *aboutWindowController() const;
+    // Shows the bug reporter, making it on first use; in a build without a bug-report endpoint,
+    // says so through `showMessage` instead.
+    void openBugReporterWindow(QWidget *parent);
+    BugReporterWindowController *bugReporterWindowController() const;
+    // Makes the bug reporter's window (default: one that reports to this build's endpoint); tests
+    // replace it to report elsewhere. Answers null when reporting is not set up.
+    std::function<BugReporterWindowController *()> makeBugReporterWindow;
+    // Tells the user something (default: a message box).
+    std::function<void(const QString &title, const QString &text)> showMessage;
     // Opens the quick view on the first of the recently selected files, or closes it.
     void toggleQuickview();
     // Opens the quick view unless it is open.
@@ -46,10 +62,12 @@ public:
 
 Q_SIGNALS:
     void quickviewChanged();
+    void bugReporterChanged();
 
 private:
     AppSettings *m_settings;
     QPointer<QuickviewWindowController> m_quickviewWindowController;
-    QPointer<QWidget> m_aboutWindowController;
+    QPointer<AboutWindowController> m_aboutWindowController;
+    QPointer<BugReporterWindowController> m_bugReporterWindowController;
     QList<PXFilePtr> m_recentlySelectedFiles;
 };

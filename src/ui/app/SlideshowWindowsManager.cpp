@@ -49,5 +49,6 @@ void SlideshowWindowsManager::closeAll()
 
 void SlideshowWindowsManager::windowControllerWillClose(QObject *controller)
 {
-    m_controllers.removeIf([controller](SlideshowWindowController *entry) { return entry == controller; });
+    if (m_controllers.removeIf([controller](SlideshowWindowController *entry) { return entry == controller; }) > 0)
+        Q_EMIT slideshowWindowControllersChanged();
 }

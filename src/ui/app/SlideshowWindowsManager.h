@@ -28,6 +28,10 @@ public:
 
     void windowControllerWillClose(QObject *controller) override;
 
+Q_SIGNALS:
+    // After a slideshow's window has closed.
+    void slideshowWindowControllersChanged();
+
 private:
     AppSettings *m_settings;
     QList<SlideshowWindowController *> m_controllers;

@@ -87,12 +87,12 @@ void CommandRegistry::declareApplicationCommands()
         .ownedBy(app);
     add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).ownedBy(app);
     // Windows that do not exist yet.
-    add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
+    add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).ownedBy(app);
     add(CommandId::openActivityWindow, TITLE("Activity")).unavailable();
     add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
     add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();
     add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).unavailable();
-    add(CommandId::checkForUpdates, TITLE("Check for Updates…")).unavailable();
+    add(CommandId::checkForUpdates, TITLE("Check for Updates…")).ownedBy(app);
 }
 
 void CommandRegistry::declareFrameCommands()

@@ -416,7 +416,6 @@ TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
             unavailable.insert(command.identifier());
     }
     EXPECT_EQ(disabled, unavailable);
-    EXPECT_TRUE(unavailable.contains(QStringLiteral("checkForUpdates")));
     EXPECT_FALSE(unavailable.contains(QStringLiteral("zoomIn")));
 
     ThumbnailsViewController *pane = window->mainViewController()->thumbnailsViewController();
