@@ -63,6 +63,8 @@ public:
     ActivityItem *rotateImages(const QList<PXFilePtr> &files, JpegRotation::Turn turn, Completion done = {});
 
     bool hasWorkingActivities() const;
+    // Whether `handler` runs one of this manager's activities.
+    bool isManaging(ZQFileOperationHandler *handler) const { return m_running.contains(handler); }
     // Cancels every unfinished activity and calls `done` (on the GUI thread) once all finished.
     void stopActivities(std::function<void()> done);
 

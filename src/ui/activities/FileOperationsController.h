@@ -13,6 +13,7 @@
 class ActivitiesManager;
 class ActivityItem;
 class FileOperationHistory;
+class QMenu;
 class QWidget;
 
 // The file-changing commands as the windows run them: each starts an activity through the
@@ -53,6 +54,10 @@ public:
     ActivityItem *rename(const PXFilePtr &file, const QString &newName, QWidget *window, Completion done = {});
     // A quarter turn for good (lossless where the format allows).
     ActivityItem *rotate(const QList<PXFilePtr> &files, JpegRotation::Turn turn, Completion done = {});
+
+    // A menu at the pointer offering to move, copy or link `files` into `folder`, for a drop that
+    // asks (Alt held); deletes itself when closed.
+    QMenu *offerPlacement(const QList<PXFilePtr> &files, const PXFilePtr &folder, QWidget *parent);
 
     // Whether `name` -> `newName` changes the extension, so that the rename must ask.
     static bool changesExtension(const QString &name, const QString &newName);

@@ -3,6 +3,7 @@
 #include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
 #include "core/windows/NavigationHistory.h"
+#include "ui/browser/FileDropValidator.h"
 
 #include <QList>
 #include <QWidget>
@@ -55,8 +56,14 @@ Q_SIGNALS:
     // A folder the window shows has gone from the disk.
     void folderVanished(const PXFilePtr &folder);
 
+    // Files dropped onto the tree's folder under `position` (viewport coordinates): what the drop
+    // does, and doing it (as an activity). The modifiers decide as on the grid.
+    FileDropOperation dropOperation(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
+    bool acceptDrop(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
+
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void beginRestore(const QList<PXFilePtr> &expanded, const QList<PXFilePtr> &selection);
@@ -73,6 +80,7 @@ private:
     FolderTreeModel *m_model;
     FavoritesView *m_favorites;
 
+    FileDropValidator m_dropValidator;
     bool m_restoring = false;
     QList<PXFilePtr> m_pendingExpanded;
     QList<PXFilePtr> m_pendingSelection;
