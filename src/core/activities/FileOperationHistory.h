@@ -30,6 +30,8 @@ public:
     static FileOperationHistory &shared();
     static void setShared(FileOperationHistory *history); // not owned
 
+    // An undo or redo is running.
+    bool isBusy() const { return m_busy; }
     bool canUndo() const;
     bool canRedo() const;
     // "Undo Move to Trash"; "Undo" when there is nothing to undo.
