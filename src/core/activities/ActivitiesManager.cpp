@@ -13,7 +13,9 @@
 #include <QLocale>
 #include <QSet>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -56,6 +58,8 @@ ActivitiesManager::ActivitiesManager(ZQFileController *controller, QObject *pare
 
 ActivitiesManager::~ActivitiesManager()
 {
+    if (installedManager == this)
+        installedManager = nullptr;
     // Handlers still running report to nobody from now on.
     for (auto it = m_running.cbegin(); it != m_running.cend(); ++it)
         it.key()->setDelegate(nullptr);

@@ -60,7 +60,7 @@ FileOperationHistory::FileOperationHistory(ActivitiesManager *manager, QObject *
     : QObject(parent)
     , m_manager(manager ? manager : &ActivitiesManager::shared())
 {
-    connect(m_manager, &ActivitiesManager::operationFinished, this, &FileOperationHistory::record);
+    connect(m_manager.data(), &ActivitiesManager::operationFinished, this, &FileOperationHistory::record);
     watchController();
 }
 
@@ -94,7 +94,7 @@ void FileOperationHistory::watchController()
                 QPointer<ZQFileOperationHandler> started(handler);
                 // The manager lists its own handlers as soon as performOperation returns.
                 postTo(this, [this, started] {
-                    if (!started || m_manager->isManaging(started))
+                    if (!started || !m_manager || m_manager->isManaging(started))
                         return;
                     connect(started, &ZQFileOperationHandler::completed, this, [this, started] {
                         if (!started)
@@ -203,6 +203,8 @@ ActivityItem *FileOperationHistory::runOpposite(const Step &step, bool undoing)
     }
     }
 
+    if (!m_manager)
+        return nullptr;
     m_busy = true;
     Q_EMIT changed();
     FileOperationOutcome sum;

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 class ActivitiesManager;
 class ActivityItem;
@@ -57,7 +58,7 @@ private:
     ActivityItem *runOpposite(const Step &step, bool undoing);
     void watchController();
 
-    ActivitiesManager *m_manager;
+    QPointer<ActivitiesManager> m_manager;
     QList<Step> m_undo;
     QList<Step> m_redo;
     bool m_busy = false;

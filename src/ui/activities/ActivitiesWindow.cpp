@@ -3,6 +3,7 @@
 #include "core/activities/ActivitiesModel.h"
 #include "core/activities/ActivityItem.h"
 
+#include <QCoreApplication>
 #include <QIcon>
 #include <QLabel>
 #include <QPointer>
@@ -36,8 +37,9 @@ public:
         m_bar->setTextVisible(false);
         m_cancel->setObjectName(QStringLiteral("cancelButton"));
         m_cancel->setIcon(QIcon::fromTheme(QStringLiteral("process-stop")));
-        m_cancel->setText(tr("Cancel"));
-        m_cancel->setToolTip(tr("Cancel"));
+        const QString cancel = QCoreApplication::translate("ActivitiesWindow", "Cancel");
+        m_cancel->setText(cancel);
+        m_cancel->setToolTip(cancel);
         m_cancel->setAutoRaise(true);
         auto *text = new QVBoxLayout;
         text->addWidget(m_title);

@@ -52,6 +52,16 @@ ActivitiesWindowController::~ActivitiesWindowController()
     delete m_window.data();
 }
 
+ActivitiesWindow *ActivitiesWindowController::window() const
+{
+    return m_window.data();
+}
+
+QMessageBox *ActivitiesWindowController::currentQuestion() const
+{
+    return m_question.data();
+}
+
 void ActivitiesWindowController::showWindow()
 {
     if (!m_window)
@@ -124,8 +134,10 @@ void ActivitiesWindowController::askNext(const std::shared_ptr<Conflicts> &confl
     QPushButton *keepBoth = occupied ? box->addButton(tr("Keep Both"), QMessageBox::AcceptRole) : nullptr;
     QPushButton *skip = box->addButton(tr("Skip"), QMessageBox::RejectRole);
     QPushButton *stop = box->addButton(tr("Stop"), QMessageBox::RejectRole);
-    replace ? replace->setObjectName(QStringLiteral("replace")) : void();
-    keepBoth ? keepBoth->setObjectName(QStringLiteral("keepBoth")) : void();
+    if (replace)
+        replace->setObjectName(QStringLiteral("replace"));
+    if (keepBoth)
+        keepBoth->setObjectName(QStringLiteral("keepBoth"));
     skip->setObjectName(QStringLiteral("skip"));
     stop->setObjectName(QStringLiteral("stop"));
     // Nothing is replaced by pressing Return.
@@ -168,7 +180,7 @@ void ActivitiesWindowController::askNext(const std::shared_ptr<Conflicts> &confl
     // A question about an operation that ended meanwhile goes away.
     QPointer<QMessageBox> guarded(box);
     if (conflicts->activity) {
-        connect(conflicts->activity, &ActivityItem::stateChanged, box, [guarded](ActivityItem::State state) {
+        connect(conflicts->activity.data(), &ActivityItem::stateChanged, box, [guarded](ActivityItem::State state) {
             if (guarded && state != ActivityItem::State::working)
                 guarded->reject();
         });

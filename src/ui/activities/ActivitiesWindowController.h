@@ -32,9 +32,9 @@ public:
     ActivitiesManager *manager() const { return m_manager; }
     void showWindow();
     // Null until first shown.
-    ActivitiesWindow *window() const { return m_window; }
+    ActivitiesWindow *window() const;
     // The question or message on screen now, null when there is none (tests answer it).
-    QMessageBox *currentQuestion() const { return m_question; }
+    QMessageBox *currentQuestion() const;
 
     // ActivitiesPrompter
     void resolveConflicts(ActivityItem *activity, ZQFileOperationGroup &group,

@@ -87,6 +87,11 @@ void ThumbnailsActionHandler::openFilesWith(const PXFilePtr &application, const 
     }
 }
 
+void ThumbnailsActionHandler::setFileOperations(FileOperationsController *operations)
+{
+    m_operations = operations;
+}
+
 FileOperationsController *ThumbnailsActionHandler::fileOperations() const
 {
     return m_operations ? m_operations.data() : &FileOperationsController::shared();

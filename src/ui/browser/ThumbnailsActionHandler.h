@@ -45,7 +45,7 @@ public:
     // The menu of a drop that asks, while it is open (tests choose from it).
     QMenu *dropMenu() const;
     // The file operations this pane starts; the shared ones unless a test sets its own.
-    void setFileOperations(FileOperationsController *operations) { m_operations = operations; }
+    void setFileOperations(FileOperationsController *operations);
     FileOperationsController *fileOperations() const;
     // What the selection holds, computed once per selection change.
     const SelectedFilesInfo &selectedFilesInfo() const;

@@ -85,11 +85,12 @@ void CommandRegistry::declareApplicationCommands()
     add(CommandId::nextImageWindow, TITLE("Next Image Window"))
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketRight)
         .ownedBy(app);
-    // Windows that do not exist yet.
-    add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
-    add(CommandId::openActivityWindow, TITLE("Activity")).key(Qt::CTRL | Qt::ALT | Qt::Key_A).ownedBy(app);
+    // Undo and redo of file operations, whichever window is in front.
     add(CommandId::undo, TITLE("Undo")).key(QKeySequence::Undo).ownedBy(app);
     add(CommandId::redo, TITLE("Redo")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Z).ownedBy(app);
+    // Windows that do not exist yet.
+    add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
+    add(CommandId::openActivityWindow, TITLE("Activity")).ownedBy(app);
     add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).unavailable();
     add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
     add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();

@@ -143,6 +143,7 @@ TEST(ActivitiesWindow, QuittingWhileActivitiesWorkAsksFirst)
     ShellFixture shell;
     ActivitiesFixture f;
     ActivitiesManager::setShared(f.manager.get());
+    FileOperationHistory::setShared(f.history.get());
     {
         AppDelegate delegate;
         QStringList steps;
@@ -171,6 +172,7 @@ TEST(ActivitiesWindow, QuittingWhileActivitiesWorkAsksFirst)
         EXPECT_TRUE(cancelled);
         EXPECT_EQ(steps, (QStringList{"cancelled", "activities", "slideshows", "renamer", "windows", "terminate"}));
     }
+    FileOperationHistory::setShared(nullptr);
     ActivitiesManager::setShared(nullptr);
 }
 
