@@ -7,6 +7,8 @@
 #include "core/fs/operations/ZQTrashPerformer.h"
 #include "core/model/PXFile.h"
 
+#include <QFileInfo>
+
 #include <memory>
 
 // Answers the manager's questions as a user would, and records them.
