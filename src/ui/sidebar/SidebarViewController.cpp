@@ -131,12 +131,16 @@ bool SidebarViewController::eventFilter(QObject *watched, QEvent *event)
         }
         const FileDropOperation operation =
             dropOperation(drag->mimeData()->urls(), drag->position().toPoint(), drag->modifiers());
-        // The drag is taken in even over a place it cannot drop on, so that it keeps moving over the tree.
+        if (operation == FileDropOperation::none) {
+            // Entering over a place that takes nothing still lets the drag move on over the tree.
+            if (event->type() == QEvent::DragEnter)
+                drag->accept();
+            else
+                drag->ignore();
+            return true;
+        }
+        drag->setDropAction(dropActionForOperation(operation));
         drag->accept();
-        if (operation == FileDropOperation::none)
-            drag->setDropAction(Qt::IgnoreAction);
-        else
-            drag->setDropAction(dropActionForOperation(operation));
         return true;
     }
     case QEvent::DragLeave: m_dropValidator.reset(); return true;
