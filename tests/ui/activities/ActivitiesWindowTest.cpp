@@ -299,3 +299,42 @@ TEST(ActivitiesWindow, PaneCommandsTrashAskAndCanBeUndone)
     EXPECT_EQ(entriesOf(folder), (QStringList{"bee.JPG", "c.jpg"}));
     EXPECT_TRUE(FileOperationsController::changesExtension("photo.jpg", "photo"));
 }
+
+TEST(ActivitiesWindow, NewFoldersDuplicatesAndAliasesComeFromThePaneAndGoBackToTheTrash)
+{
+    ShellFixture shell;
+    ActivitiesFixture f;
+    FileOperationsController operations(f.manager.get(), f.history.get());
+    const QString folder = f.dir.mkdir(QStringLiteral("photos"));
+    f.dir.write(QStringLiteral("photos/c.jpg"), "c");
+    ThumbnailsViewController pane(std::make_shared<WindowSettings>());
+    pane.actionHandler()->setFileOperations(&operations);
+    pane.resize(600, 400);
+    pane.show();
+    pane.setSources({PXFile::fileForPath(folder)});
+    ASSERT_TRUE(waitUntil([&] { return !pane.isLoading() && pane.fileCount() == 1; }));
+
+    // A new folder opens its name for editing once it is listed.
+    pane.actionHandler()->newFolder();
+    ASSERT_TRUE(waitUntil([&] { return pane.gridView()->isEditingName(); }, 10000));
+    EXPECT_TRUE(QFileInfo(folder + "/untitled folder").isDir());
+    EXPECT_EQ(pane.selectedFiles().first()->name(), "untitled folder");
+
+    pane.selectFiles({PXFile::fileForPath(folder + "/c.jpg")});
+    pane.actionHandler()->duplicate();
+    ASSERT_TRUE(waitUntil([&] { return QFileInfo::exists(folder + "/c copy.jpg") && !f.manager->hasWorkingActivities(); }));
+    pane.selectFiles({PXFile::fileForPath(folder + "/c.jpg")});
+    pane.actionHandler()->makeAlias();
+    ASSERT_TRUE(waitUntil([&] { return QFileInfo(folder + "/c alias.jpg").isSymLink() && !f.manager->hasWorkingActivities(); }));
+    EXPECT_EQ(readAll(folder + "/c alias.jpg"), "c");
+    EXPECT_EQ(f.history->undoTitle(), "Undo Make Alias");
+
+    // Undone, each goes to the trash, newest first; the original stays.
+    for (const char *title : {"Undo Make Alias", "Undo Duplicate", "Undo New Folder"}) {
+        EXPECT_EQ(f.history->undoTitle(), title);
+        f.history->undo();
+        ASSERT_TRUE(f.settle());
+    }
+    EXPECT_EQ(entriesOf(folder), QStringList{"c.jpg"});
+    EXPECT_EQ(entriesOf(f.trashFolder + "/files"), (QStringList{"c alias.jpg", "c copy.jpg", "untitled folder"}));
+}
