@@ -10,6 +10,8 @@
 #include <QMap>
 #include <QPointer>
 
+#include <algorithm>
+
 namespace {
 
 constexpr Translator tr("FileOperationHistory");
@@ -136,7 +138,7 @@ void FileOperationHistory::record(const FileOperationOutcome &outcome)
 {
     if (!outcome.undoable || outcome.items.isEmpty())
         return;
-    m_undo.append({outcome, outcome.title});
+    m_undo.append({outcome, outcome.title, m_nextStepId++});
     while (m_undo.size() > maximumSteps)
         m_undo.removeFirst();
     m_redo.clear();
@@ -212,19 +214,22 @@ ActivityItem *FileOperationHistory::runOpposite(const Step &step, bool undoing)
     sum.title = step.title;
     QPointer<FileOperationHistory> self(this);
     const QString title = step.title;
-    ActivityItem *item =
-        runChain(m_manager, type, groups, sum, [self, undoing, title](const FileOperationOutcome &outcome) {
-            if (!self)
-                return;
-            self->m_busy = false;
-            QList<Step> &from = undoing ? self->m_undo : self->m_redo;
-            QList<Step> &to = undoing ? self->m_redo : self->m_undo;
-            // Nothing came back: the step stays, to be tried again.
-            if (!outcome.items.isEmpty() && !from.isEmpty()) {
-                from.removeLast();
-                to.append({outcome, title});
-            }
-            Q_EMIT self->changed();
-        });
+    const int id = step.id;
+    const auto finished = [self, undoing, title, id](const FileOperationOutcome &outcome) {
+        if (!self)
+            return;
+        self->m_busy = false;
+        QList<Step> &from = undoing ? self->m_undo : self->m_redo;
+        QList<Step> &to = undoing ? self->m_redo : self->m_undo;
+        // Nothing came back: the step stays, to be tried again. A step dropped meanwhile (a new
+        // operation cleared the redo list) is not brought back.
+        const auto found = std::find_if(from.begin(), from.end(), [id](const Step &s) { return s.id == id; });
+        if (!outcome.items.isEmpty() && found != from.end()) {
+            from.erase(found);
+            to.append({outcome, title, id});
+        }
+        Q_EMIT self->changed();
+    };
+    ActivityItem *item = runChain(m_manager, type, groups, sum, finished);
     return item;
 }

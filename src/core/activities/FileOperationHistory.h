@@ -54,6 +54,7 @@ private:
     {
         FileOperationOutcome outcome; // what was last done in this step's direction
         QString title;
+        int id = 0;
     };
     ActivityItem *runOpposite(const Step &step, bool undoing);
     void watchController();
@@ -62,4 +63,5 @@ private:
     QList<Step> m_undo;
     QList<Step> m_redo;
     bool m_busy = false;
+    int m_nextStepId = 1;
 };
