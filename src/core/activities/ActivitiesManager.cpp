@@ -8,6 +8,7 @@
 #include "core/fs/operations/ZQFileController.h"
 #include "core/fs/operations/ZQFileOperationHandler.h"
 #include "core/model/PXFile.h"
+#include "core/thumbnails/ThumbnailCache.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -326,14 +327,17 @@ ActivityItem *ActivitiesManager::rotateImages(const QList<PXFilePtr> &files, Jpe
         });
     };
     runOnPool(QString::fromLatin1(ZQFileController::poolName),
-              [work, paths, turn, report, self, row, files, done = std::move(done)] {
+              [work, paths, turn, report, self, row, files, cacheRoot = m_thumbnailCacheRoot, done = std::move(done)] {
+                  const ThumbnailCache cache(cacheRoot);
                   QList<ZQFileOperationError> errors;
                   QList<int> turned;
                   for (int i = 0; i < paths.size(); ++i) {
                       if (work->isCancelled())
                           break;
+                      const qint64 modifiedBefore = QFileInfo(paths[i]).lastModified().toSecsSinceEpoch();
                       const ImageRotationActivity::Result result = ImageRotationActivity::rotateFile(paths[i], turn);
                       if (result.ok) {
+                          ImageRotationActivity::turnCachedThumbnails(paths[i], modifiedBefore, turn, cache);
                           turned.append(i);
                       } else {
                           ZQFileOperationError error =

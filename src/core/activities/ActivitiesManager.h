@@ -52,6 +52,9 @@ public:
     ActivitiesModel *activitiesModel() const { return m_model; }
     ZQFileController *fileController() const { return m_controller; }
     void setPrompter(ActivitiesPrompter *prompter) { m_prompter = prompter; }
+    // Where the thumbnails that rotations turn with their files are cached; empty for the
+    // desktop's own cache (tests redirect it).
+    void setThumbnailCacheRoot(const QString &root) { m_thumbnailCacheRoot = root; }
     ActivitiesPrompter *prompter() const { return m_prompter; }
 
     // Starts `group` as an activity titled after `type` and the items; `done` runs on completion
@@ -110,4 +113,5 @@ private:
     QHash<ZQFileOperationHandler *, Running> m_running;
     QList<std::function<void()>> m_whenStopped;
     int m_nextId = 1;
+    QString m_thumbnailCacheRoot;
 };

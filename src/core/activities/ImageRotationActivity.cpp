@@ -3,6 +3,7 @@
 #include "core/app/Translate.h"
 #include "core/fs/operations/ZQItemCopier.h"
 #include "core/imaging/OrientationTag.h"
+#include "core/thumbnails/ThumbnailCache.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -14,6 +15,7 @@
 #include <QSet>
 #include <QTransform>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -121,6 +123,30 @@ QByteArray turnedPixels(const QByteArray &bytes, const QByteArray &format, bool 
 }
 
 } // namespace
+
+void ImageRotationActivity::turnCachedThumbnails(const QString &path, qint64 modifiedBefore, JpegRotation::Turn turn,
+                                                 const ThumbnailCache &cache)
+{
+    const QByteArray nativePath = QFile::encodeName(path);
+    struct stat now
+    { };
+    if (::stat(nativePath.constData(), &now) != 0)
+        return;
+    const QString uri = ThumbnailCache::uriForNativePath(nativePath);
+    const int degrees = turn == JpegRotation::Turn::clockwise ? 90
+        : turn == JpegRotation::Turn::counterclockwise        ? -90
+                                                              : 180;
+    using Flavor = ThumbnailCache::Flavor;
+    for (Flavor flavor : {Flavor::normal, Flavor::large, Flavor::xLarge, Flavor::xxLarge}) {
+        if (!QFile::exists(cache.entryPath(uri, flavor)))
+            continue;
+        const QImage old = cache.lookup(uri, modifiedBefore, flavor);
+        // lookup() may answer a larger flavour's entry: only this flavour's own is turned here.
+        if (old.isNull() || std::max(old.width(), old.height()) > ThumbnailCache::flavorPixels(flavor))
+            continue;
+        cache.store(uri, qint64(now.st_mtim.tv_sec), flavor, old.transformed(QTransform().rotate(degrees)));
+    }
+}
 
 bool ImageRotationActivity::canRotate(const QString &path)
 {
