@@ -1,6 +1,7 @@
 #include "core/activities/ActivitiesSupport.h"
 #include "core/activities/ImageRotationActivity.h"
 #include "core/imaging/OrientationTag.h"
+#include "core/thumbnails/ThumbnailCache.h"
 #include "support/TestImages.h"
 
 #include <QBuffer>
@@ -8,6 +9,7 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <QSignalSpy>
+#include <QTransform>
 
 #include <gtest/gtest.h>
 
@@ -158,13 +160,22 @@ TEST(ImageRotation, ACancelledRotationFinishesAtOnceAndLeavesEveryFileWhole)
     EXPECT_EQ(entriesOf(f.dir.path()).filter(QStringLiteral(".pixcove")).size(), 0);
     EXPECT_LE(rotated.count(), 1);
 
-    // Run to the end, every file turns and the panes hear of it.
+    // Run to the end, the file turns, its cached thumbnail with it, and the panes hear of it.
+    const ThumbnailCache cache(f.dir.filePath(QStringLiteral("cache")));
+    f.manager->setThumbnailCacheRoot(cache.root());
+    const QString uri = ThumbnailCache::uriForNativePath(files.first()->nativePath());
+    const QImage thumbnail = pattern(120, 80);
+    const qint64 modified = QFileInfo(files.first()->path()).lastModified().toSecsSinceEpoch();
+    ASSERT_TRUE(cache.store(uri, modified, ThumbnailCache::Flavor::normal, thumbnail));
     done = false;
     const QSize before = readImage(files.first()->path()).size();
     f.manager->rotateImages({files.first()}, Turn::counterclockwise,
                             [&](const FileOperationOutcome &) { done = true; });
     ASSERT_TRUE(waitUntil([&] { return done; }));
     EXPECT_EQ(readImage(files.first()->path()).size(), before.transposed());
+    const qint64 now = QFileInfo(files.first()->path()).lastModified().toSecsSinceEpoch();
+    EXPECT_EQ(cache.lookup(uri, now, ThumbnailCache::Flavor::normal).convertToFormat(QImage::Format_ARGB32),
+              thumbnail.transformed(QTransform().rotate(-90)));
     ASSERT_FALSE(rotated.isEmpty());
     EXPECT_EQ(rotated.last().at(0).value<QList<PXFilePtr>>(), QList<PXFilePtr>{files.first()});
 }
