@@ -18,9 +18,9 @@ enum class FileFlag;
 
 // The commands of a thumbnail pane and whether each can run now: opening, selecting, renaming in
 // place, new folders, flags, stepping through the images, and the file operations, which run as
-// activities (FileOperationsController). Each command is a member function with a validator beside it; the command
-// registry binds them, and the window's menus, toolbar and the pane's context menu run them.
-// Most act on the pane's selection.
+// activities (FileOperationsController). Each command is a member function with a validator
+// beside it; the command registry binds them, and the window's menus, toolbar and the pane's
+// context menu run them. Most act on the pane's selection.
 class ThumbnailsActionHandler : public QObject
 {
     Q_OBJECT
