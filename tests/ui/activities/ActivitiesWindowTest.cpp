@@ -6,14 +6,19 @@
 #include "ui/app/AppDelegate.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
+#include "ui/sidebar/FolderTreeModel.h"
+#include "ui/sidebar/SidebarViewController.h"
+#include "ui/windows/MainWindowViewController.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
 #include <QMenu>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTimer>
 #include <QToolButton>
+#include <QTreeView>
 
 #include <gtest/gtest.h>
 
@@ -322,10 +327,12 @@ TEST(ActivitiesWindow, NewFoldersDuplicatesAndAliasesComeFromThePaneAndGoBackToT
 
     pane.selectFiles({PXFile::fileForPath(folder + "/c.jpg")});
     pane.actionHandler()->duplicate();
-    ASSERT_TRUE(waitUntil([&] { return QFileInfo::exists(folder + "/c copy.jpg") && !f.manager->hasWorkingActivities(); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return QFileInfo::exists(folder + "/c copy.jpg") && !f.manager->hasWorkingActivities(); }));
     pane.selectFiles({PXFile::fileForPath(folder + "/c.jpg")});
     pane.actionHandler()->makeAlias();
-    ASSERT_TRUE(waitUntil([&] { return QFileInfo(folder + "/c alias.jpg").isSymLink() && !f.manager->hasWorkingActivities(); }));
+    ASSERT_TRUE(waitUntil(
+        [&] { return QFileInfo(folder + "/c alias.jpg").isSymLink() && !f.manager->hasWorkingActivities(); }));
     EXPECT_EQ(readAll(folder + "/c alias.jpg"), "c");
     EXPECT_EQ(f.history->undoTitle(), "Undo Make Alias");
 
@@ -337,4 +344,36 @@ TEST(ActivitiesWindow, NewFoldersDuplicatesAndAliasesComeFromThePaneAndGoBackToT
     }
     EXPECT_EQ(entriesOf(folder), QStringList{"c.jpg"});
     EXPECT_EQ(entriesOf(f.trashFolder + "/files"), (QStringList{"c alias.jpg", "c copy.jpg", "untitled folder"}));
+}
+
+TEST(ActivitiesWindow, FilesDroppedOnASidebarFolderGoThere)
+{
+    ShellFixture shell;
+    const QString photo = shell.dir.write(QStringLiteral("elsewhere/photo.jpg"), "p");
+    MainWindowController *window = shell.windows->newMainWindow(shell.photos);
+    SidebarViewController *sidebar = window->mainViewController()->sidebarViewController();
+    const PXFilePtr target = shell.folder("photos/a");
+    ASSERT_TRUE(waitUntil([&] { return sidebar->model()->indexForFile(target).isValid(); }));
+    QTreeView *tree = sidebar->treeView();
+    const QPoint point = tree->visualRect(sidebar->model()->indexForFile(target)).center();
+
+    // As the window system delivers it: the drag enters, then drops with Ctrl held (a copy).
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(photo)});
+    QDragEnterEvent enter(point, Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, &data, Qt::LeftButton,
+                          Qt::ControlModifier);
+    QCoreApplication::sendEvent(tree->viewport(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+    QDropEvent drop(QPointF(point), Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, &data, Qt::LeftButton,
+                    Qt::ControlModifier);
+    QCoreApplication::sendEvent(tree->viewport(), &drop);
+    EXPECT_TRUE(drop.isAccepted());
+    ASSERT_TRUE(waitUntil([&] { return QFileInfo::exists(shell.dir.filePath("photos/a/photo.jpg")); }));
+    EXPECT_EQ(readAll(photo), "p");
+
+    // Below the last folder there is nothing to drop on.
+    EXPECT_EQ(sidebar->dropOperation({QUrl::fromLocalFile(photo)}, QPoint(5, tree->viewport()->height() - 2),
+                                     Qt::NoModifier),
+              FileDropOperation::none);
 }
