@@ -13,6 +13,11 @@ ActivityItem::ActivityItem(QString id, bool isHidden, State state, Style style, 
 
 ActivityItem::~ActivityItem() = default;
 
+ActivitiesModel *ActivityItem::model() const
+{
+    return m_model.data();
+}
+
 void ActivityItem::setModel(ActivitiesModel *model)
 {
     m_model = model;

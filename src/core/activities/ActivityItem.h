@@ -40,7 +40,7 @@ public:
     ~ActivityItem() override;
 
     const QString &id() const { return m_id; }
-    ActivitiesModel *model() const { return m_model.data(); }
+    ActivitiesModel *model() const;
     void setModel(ActivitiesModel *model);
 
     const QString &currentPath() const { return m_currentPath; }
