@@ -47,6 +47,10 @@ public:
     void collapseSelected();
     void setFavoritesShown(bool shown);
     void writeLayoutToSettings();
+    // Files dropped onto the tree's folder under `position` (viewport coordinates): what the drop
+    // does, and doing it (as an activity). The modifiers decide as on the grid.
+    FileDropOperation dropOperation(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
+    bool acceptDrop(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
 
 Q_SIGNALS:
     void sourcesChanged(const QList<PXFilePtr> &sources);
@@ -55,11 +59,6 @@ Q_SIGNALS:
     void favoriteApplicationActivated(const PXFilePtr &application);
     // A folder the window shows has gone from the disk.
     void folderVanished(const PXFilePtr &folder);
-
-    // Files dropped onto the tree's folder under `position` (viewport coordinates): what the drop
-    // does, and doing it (as an activity). The modifiers decide as on the grid.
-    FileDropOperation dropOperation(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
-    bool acceptDrop(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
