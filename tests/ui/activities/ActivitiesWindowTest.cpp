@@ -9,11 +9,13 @@
 #include "ui/sidebar/FolderTreeModel.h"
 #include "ui/sidebar/SidebarViewController.h"
 #include "ui/windows/MainWindowViewController.h"
+#include "ui/windows/TabbedWindow.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
 #include <QMenu>
 #include <QMessageBox>
+#include <QDropEvent>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTimer>
