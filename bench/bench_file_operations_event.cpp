@@ -1,13 +1,17 @@
-// File operations as the program runs them: through the shared file controller, on its pool,
-// with progress reported to a delegate on the main thread. One operation a run; prints its wall
-// time and the CPU time the process spent (user + system), which the neighbours on a shared
-// machine do not inflate.
+// File operations as the program runs them: as activities of the activities manager, through a
+// file controller, on its pool, with progress texts made on the main thread. One operation a
+// run; prints its wall time, the CPU time the process spent (user + system), which the
+// neighbours on a shared machine do not inflate, and the longest time the main thread went
+// without turning its event loop (a stall the user would feel as a frozen window).
 //   bench_file_operations_event copy SOURCE_FOLDER DESTINATION_FOLDER
 //   bench_file_operations_event move FOLDER COUNT    (COUNT files from FOLDER/a to FOLDER/b)
 //   bench_file_operations_event trash FOLDER COUNT   (COUNT files, into FOLDER/Trash)
 //   bench_file_operations_event rotate FOLDER 0      (every JPEG in FOLDER a quarter turn, in place)
+#include "core/activities/ActivitiesManager.h"
+#include "core/activities/ActivitiesModel.h"
 #include "core/fs/operations/ZQFileController.h"
 #include "core/fs/operations/ZQFileOperationHandler.h"
+#include "core/fs/operations/ZQItemCopier.h"
 #include "core/fs/operations/ZQTrashPerformer.h"
 #include "core/imaging/ImageSource.h"
 #include "core/imaging/JpegRotation.h"
@@ -16,40 +20,36 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFileInfo>
 #include <QFile>
+#include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
 #include <sys/resource.h>
 
 namespace {
 
-class Waiter : public ZQFileOperationDelegate
+// Ticks on the main thread as often as it can and keeps the longest gap between two ticks.
+class StallMeter
 {
 public:
-    bool completed = false;
-    QEventLoop *loop = nullptr;
-    ZQFileOperationTransaction last;
-    int reports = 0;
+    StallMeter()
+    {
+        m_timer.setInterval(1); // as often as the loop turns: any longer gap is work on this thread
+        QObject::connect(&m_timer, &QTimer::timeout, [this] {
+            m_longestNs = std::max(m_longestNs, m_sinceTick.nsecsElapsed());
+            m_sinceTick.restart();
+        });
+        m_sinceTick.start();
+        m_timer.start();
+    }
+    double longestMs() const { return double(m_longestNs) / 1e6; }
 
-    void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &) override
-    {
-        handler->continueToPreflight();
-    }
-    void fileOperationHandlerNeedsPreflightResolution(ZQFileOperationHandler *handler, ZQFileOperationGroup &) override
-    {
-        handler->continueToPerform();
-    }
-    void fileOperationHandlerReportingTransaction(ZQFileOperationHandler *,
-                                                  const ZQFileOperationTransaction &transaction) override
-    {
-        last = transaction;
-        ++reports;
-    }
-    void fileOperationHandlerCompletedOperation(ZQFileOperationHandler *) override
-    {
-        completed = true;
-        loop->quit();
-    }
+private:
+    QTimer m_timer;
+    QElapsedTimer m_sinceTick;
+    qint64 m_longestNs = 0;
 };
 
 double cpuSeconds()
@@ -145,23 +145,51 @@ int main(int argc, char **argv)
         return 2;
     }
     const qsizetype count = units.size();
-    Waiter waiter;
+    ActivitiesManager manager(&controller);
+    manager.activitiesModel()->setFinishedLinger(0);
     QEventLoop loop; // sleeps between reports, as the program's own loop does
-    waiter.loop = &loop;
+    FileOperationOutcome outcome;
+    bool completed = false;
+    int reports = 0;
+    StallMeter stalls;
     const double cpuBefore = cpuSeconds();
     QElapsedTimer clock;
     clock.start();
-    controller.performOperation(type, ZQFileOperationGroup(std::move(units), destination), &waiter);
-    if (!waiter.completed)
+    ActivityItem *activity =
+        manager.performOperation(type, ZQFileOperationGroup(std::move(units), destination),
+                                 [&](const FileOperationOutcome &done) {
+                                     outcome = done;
+                                     completed = true;
+                                     loop.quit();
+                                 });
+    if (!activity) {
+        std::fprintf(stderr, "the operation could not be started\n");
+        return 1;
+    }
+    QObject::connect(activity, &ActivityItem::progressChanged, [&reports] { ++reports; });
+    if (!completed)
         loop.exec();
     const double seconds = double(clock.nsecsElapsed()) / 1e9;
     const double cpu = cpuSeconds() - cpuBefore;
-    if (waiter.last.isError()) {
-        std::fprintf(stderr, "%s\n", qPrintable(waiter.last.error.description));
+    if (outcome.error.isError()) {
+        std::fprintf(stderr, "%s\n", qPrintable(outcome.error.description));
         return 1;
     }
-    // "seconds cpu-seconds bytes files units progress-reports"
-    std::printf("%.4f %.4f %lld %lld %lld %d\n", seconds, cpu, static_cast<long long>(waiter.last.completedByteCount),
-                static_cast<long long>(waiter.last.completedFileCount), static_cast<long long>(count), waiter.reports);
+    qint64 bytes = 0;
+    qint64 files = 0;
+    for (const FileOperationOutcome::Item &item : outcome.items) {
+        const QFileInfo info(item.destination);
+        bytes += info.isFile() ? info.size() : 0;
+        files += 1;
+    }
+    if (type == ZQFileOperationType::copy && !outcome.items.isEmpty()) {
+        // A folder copied whole: its files and bytes.
+        const ZQItemCopier::Work work = ZQItemCopier::measure(QFile::encodeName(outcome.items.first().destination));
+        bytes = work.bytes;
+        files = work.files;
+    }
+    // "seconds cpu-seconds bytes files units progress-reports longest-main-thread-stall-ms"
+    std::printf("%.4f %.4f %lld %lld %lld %d %.1f\n", seconds, cpu, static_cast<long long>(bytes),
+                static_cast<long long>(files), static_cast<long long>(count), reports, stalls.longestMs());
     return 0;
 }

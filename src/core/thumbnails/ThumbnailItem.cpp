@@ -1,5 +1,7 @@
 #include "core/thumbnails/ThumbnailItem.h"
 
+#include <QTransform>
+
 ThumbnailItem::ThumbnailItem(PXFilePtr file, WindowSettingsPtr windowSettings, ThumbnailGenerator &generator)
     : m_file(std::move(file))
     , m_windowSettings(std::move(windowSettings))
@@ -93,4 +95,14 @@ void ThumbnailItem::reload()
     cancelRequest();
     m_lookedForThumbnail = false;
     update();
+}
+
+void ThumbnailItem::showTurned(bool clockwise)
+{
+    if (!m_thumbnail.isNull()) {
+        m_thumbnail = m_thumbnail.transformed(QTransform().rotate(clockwise ? 90 : -90));
+        if (m_controller && m_controllerGuard)
+            m_controller->thumbnailItemThumbnailChanged(*this);
+    }
+    reload();
 }

@@ -62,6 +62,9 @@ public:
     void reset();
     // Cancels like reset but keeps the picture on show until the new one arrives, then asks again.
     void reload();
+    // The file was turned a quarter turn on disk: the picture on show turns at once, and the
+    // new thumbnail is asked for.
+    void showTurned(bool clockwise);
 
     // Grid cells are 400 points square at most.
     static constexpr double thumbnailPoints = 400;

@@ -1,5 +1,7 @@
 #include "ui/app/AppDelegate.h"
 
+#include "core/activities/ActivitiesManager.h"
+#include "core/activities/FileOperationHistory.h"
 #include "core/app/Log.h"
 #include "core/fs/operations/ZQFileController.h"
 #include "core/model/FlagManager.h"
@@ -7,6 +9,7 @@
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
 #include "core/shell/BuildConfiguration.h"
+#include "ui/activities/ActivitiesWindowController.h"
 #include "ui/app/ActivitiesGate.h"
 #include "ui/app/AuxiliaryWindowsManager.h"
 #include "ui/app/ImageWindowsManager.h"
@@ -36,7 +39,26 @@
 namespace {
 
 AppDelegate *runningDelegate = nullptr;
-ActivitiesGate noActivities;
+
+// Quitting asks the activities' window controller.
+class ActivitiesWindowGate : public ActivitiesGate
+{
+public:
+    explicit ActivitiesWindowGate(ActivitiesWindowController *controller)
+        : m_controller(controller)
+    { }
+    bool shouldQuit(QWidget *window) override { return !m_controller || m_controller->shouldQuit(window); }
+    void finishActivities(std::function<void()> done) override
+    {
+        if (m_controller)
+            m_controller->finishActivities(std::move(done));
+        else
+            done();
+    }
+
+private:
+    QPointer<ActivitiesWindowController> m_controller;
+};
 
 } // namespace
 
@@ -50,8 +72,12 @@ AppDelegate::AppDelegate(QObject *parent)
     , m_imageWindowsManager(&ImageWindowsManager::shared())
     , m_mainWindowsManager(&MainWindowsManager::shared())
     , m_flagManager(&FlagManager::shared())
-    , m_activitiesGate(&noActivities)
+    , m_fileHandler(new ActivitiesWindowController(&ActivitiesManager::shared(), this))
+    , m_fileHandlerGate(std::make_unique<ActivitiesWindowGate>(m_fileHandler))
+    , m_activitiesGate(m_fileHandlerGate.get())
 {
+    // The history records from the first operation on.
+    FileOperationHistory::shared();
     runningDelegate = this;
     m_servicesProvider =
         std::make_unique<ServicesProvider>([this](const QList<PXFilePtr> &files) { openRenamer(files); },
@@ -101,6 +127,11 @@ void AppDelegate::registerCommands()
     registry.bindApplicationCommand(CommandId::goToReleaseNotes).on(&AppDelegate::goToReleaseNotes);
     registry.bindApplicationCommand(CommandId::terminate).on(&AppDelegate::requestQuit);
     registry.bindApplicationCommand(CommandId::openRenameWindow).on(&AppDelegate::openRenameWindow);
+    registry.bindApplicationCommand(CommandId::openActivityWindow).on(&AppDelegate::openActivityWindow);
+    registry.bindApplicationCommand(CommandId::undo)
+        .on(&AppDelegate::undoFileOperation, &AppDelegate::canUndoFileOperation);
+    registry.bindApplicationCommand(CommandId::redo)
+        .on(&AppDelegate::redoFileOperation, &AppDelegate::canRedoFileOperation);
     registry.bindApplicationCommand(CommandId::openQuickview)
         .on(&AppDelegate::openQuickview, &AppDelegate::quickviewState);
     registry.bindApplicationCommand(CommandId::startSlideshowWithOpenImageWindows)
@@ -136,7 +167,7 @@ QString AppDelegate::releaseNotesLink()
 
 void AppDelegate::setActivitiesGate(ActivitiesGate *gate)
 {
-    m_activitiesGate = gate ? gate : &noActivities;
+    m_activitiesGate = gate ? gate : m_fileHandlerGate.get();
 }
 
 void AppDelegate::applicationWillFinishLaunching()
@@ -464,4 +495,29 @@ void AppDelegate::goToSite()
 void AppDelegate::goToReleaseNotes()
 {
     QDesktopServices::openUrl(QUrl(releaseNotesLink()));
+}
+
+void AppDelegate::openActivityWindow()
+{
+    m_fileHandler->showWindow();
+}
+
+void AppDelegate::undoFileOperation()
+{
+    FileOperationHistory::shared().undo();
+}
+
+void AppDelegate::redoFileOperation()
+{
+    FileOperationHistory::shared().redo();
+}
+
+bool AppDelegate::canUndoFileOperation() const
+{
+    return FileOperationHistory::shared().canUndo();
+}
+
+bool AppDelegate::canRedoFileOperation() const
+{
+    return FileOperationHistory::shared().canRedo();
 }

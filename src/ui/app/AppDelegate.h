@@ -14,6 +14,7 @@
 #include <memory>
 
 class ActivitiesGate;
+class ActivitiesWindowController;
 class AppSettings;
 class AuxiliaryWindowsManager;
 class FlagManager;
@@ -95,6 +96,14 @@ public:
     void previousImageWindow();
     void nextImageWindow();
     bool hasImageWindows() const;
+    void openActivityWindow();
+    // Undo and redo of file operations, whichever window asks.
+    void undoFileOperation();
+    void redoFileOperation();
+    bool canUndoFileOperation() const;
+    bool canRedoFileOperation() const;
+    // The activities' window and questions (the shell's file handler).
+    ActivitiesWindowController *fileHandler() const { return m_fileHandler; }
 
     bool finishedLaunching() const { return m_finishedLaunching; }
 
@@ -128,6 +137,8 @@ private:
     MainWindowsManager *m_mainWindowsManager;
     FlagManager *m_flagManager;
     std::unique_ptr<ServicesProvider> m_servicesProvider;
+    ActivitiesWindowController *m_fileHandler;
+    std::unique_ptr<ActivitiesGate> m_fileHandlerGate;
     ActivitiesGate *m_activitiesGate = nullptr;
     std::unique_ptr<UpdateController> m_updateController;
     QList<QPointer<QWidget>> m_hiddenWindows;

@@ -11,6 +11,7 @@ Qt::DropAction dropActionForOperation(FileDropOperation operation)
     case FileDropOperation::copy: return Qt::CopyAction;
     case FileDropOperation::link: return Qt::LinkAction;
     case FileDropOperation::open: return Qt::CopyAction;
+    case FileDropOperation::ask: return Qt::CopyAction; // the menu at the drop decides
     case FileDropOperation::none: break;
     }
     return Qt::IgnoreAction;
@@ -76,13 +77,15 @@ FileDropOperation FileDropValidator::applyModifiers(FileDropOperation operation,
 {
     if (operation == FileDropOperation::none || operation == FileDropOperation::open)
         return operation;
-    const bool command = modifiers.testFlag(Qt::ControlModifier);
-    const bool option = modifiers.testFlag(Qt::AltModifier);
-    if (command && option)
+    const bool control = modifiers.testFlag(Qt::ControlModifier);
+    const bool shift = modifiers.testFlag(Qt::ShiftModifier);
+    if (modifiers.testFlag(Qt::AltModifier))
+        return FileDropOperation::ask;
+    if (control && shift)
         return FileDropOperation::link;
-    if (option)
+    if (control)
         return FileDropOperation::copy;
-    if (command)
+    if (shift)
         return FileDropOperation::move;
     return operation;
 }

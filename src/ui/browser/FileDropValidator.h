@@ -6,14 +6,14 @@
 #include <QUrl>
 #include <Qt>
 
-// What a drop of files onto the grid does.
-enum class FileDropOperation { none, move, copy, link, open };
+// What a drop of files onto the grid does; `ask` offers the choice in a menu at the drop.
+enum class FileDropOperation { none, move, copy, link, open, ask };
 
 Qt::DropAction dropActionForOperation(FileDropOperation operation);
 
 // Decides what dropping file URLs onto a folder or an application does. Without modifiers files
-// move within a volume and are copied across volumes; Ctrl (Command where that key exists) moves,
-// Alt (Option) copies, both together make symbolic links. Dropping onto an application opens the
+// move within a volume and are copied across volumes; as on the Linux desktop, Ctrl copies, Shift
+// moves, Ctrl and Shift together make symbolic links, and Alt asks. Dropping onto an application opens the
 // files with it. The decision for one drag over one destination is kept, so that the stream of
 // move events of a hovering drag does not stat the files again.
 class FileDropValidator

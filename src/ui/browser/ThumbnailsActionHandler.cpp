@@ -1,5 +1,6 @@
 #include "ui/browser/ThumbnailsActionHandler.h"
 
+#include "core/activities/ImageRotationActivity.h"
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/fs/Applications.h"
@@ -7,8 +8,9 @@
 #include "core/fs/Volumes.h"
 #include "core/imaging/ImagePropertiesItem.h"
 #include "core/thumbnails/ThumbnailItem.h"
+#include "core/model/PXFile.h"
+#include "ui/activities/FileOperationsController.h"
 #include "ui/browser/ApplicationChooser.h"
-#include "ui/browser/FileDropPerformer.h"
 #include "ui/browser/FileDropValidator.h"
 #include "ui/browser/FileOpener.h"
 #include "ui/browser/FileTransfer.h"
@@ -18,6 +20,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -183,18 +186,47 @@ void ThumbnailsActionHandler::openFilesWith(const PXFilePtr &application, const 
     }
 }
 
+void ThumbnailsActionHandler::setFileOperations(FileOperationsController *operations)
+{
+    m_operations = operations;
+}
+
+FileOperationsController *ThumbnailsActionHandler::fileOperations() const
+{
+    return m_operations ? m_operations.data() : &FileOperationsController::shared();
+}
+
+const SelectedFilesInfo &ThumbnailsActionHandler::selectedFilesInfo() const
+{
+    const QList<PXFilePtr> selected = m_pane->selectedFiles();
+    if (!m_hasSelectedFilesInfo || selected != m_selectedFilesInfoFor) {
+        m_selectedFilesInfo = SelectedFilesInfo::forFiles(selected);
+        m_selectedFilesInfoFor = selected;
+        m_hasSelectedFilesInfo = true;
+    }
+    return m_selectedFilesInfo;
+}
+
+QMenu *ThumbnailsActionHandler::dropMenu() const
+{
+    return m_dropMenu.data();
+}
+
 void ThumbnailsActionHandler::placeDroppedFiles(FileDropOperation operation, const QList<PXFilePtr> &sources,
                                                 const PXFilePtr &destination)
 {
-    if (operation == FileDropOperation::open) {
-        openFilesWith(destination, sources);
-        return;
+    FileOperationsController *operations = fileOperations();
+    switch (operation) {
+    case FileDropOperation::open: openFilesWith(destination, sources); return;
+    case FileDropOperation::move: operations->move(sources, destination); return;
+    case FileDropOperation::copy: operations->copy(sources, destination); return;
+    case FileDropOperation::link: operations->link(sources, destination); return;
+    case FileDropOperation::none: return;
+    case FileDropOperation::ask: break;
     }
-    QPointer<ThumbnailsActionHandler> self(this);
-    FileDropPerformer::perform(operation, sources, destination, m_pane, [self](const QStringList &errors) {
-        if (self && !errors.isEmpty())
-            Q_EMIT self->errorOccurred(tr("Some items could not be placed"), errors.join(QLatin1Char('\n')));
-    });
+    // Alt held: the choice is the user's, in a menu where the files were dropped.
+    delete m_dropMenu.data();
+    m_dropMenu = operations->offerPlacement(sources, destination, m_pane);
 }
 
 void ThumbnailsActionHandler::openWithMenuAction(const QString &applicationPath)
@@ -270,17 +302,126 @@ void ThumbnailsActionHandler::renameFile()
         m_pane->gridView()->editName(index);
 }
 
+bool ThumbnailsActionHandler::canMakeAlias() const
+{
+    const SelectedFilesInfo &info = selectedFilesInfo();
+    return info.anyItems && !info.needsRefresh;
+}
+
+bool ThumbnailsActionHandler::canDuplicate() const
+{
+    const SelectedFilesInfo &info = selectedFilesInfo();
+    return info.anyItems && !info.needsRefresh && info.deleteable;
+}
+
+bool ThumbnailsActionHandler::canMoveToTrash() const
+{
+    return selectedFilesInfo().deleteable;
+}
+
+bool ThumbnailsActionHandler::canRotatePermanent() const
+{
+    if (!selectedFilesInfo().images)
+        return false;
+    const QList<PXFilePtr> selected = m_pane->selectedFiles();
+    for (const PXFilePtr &file : selected) {
+        if (file->isImage() && ImageRotationActivity::canRotate(file->path()))
+            return true;
+    }
+    return false;
+}
+
+bool ThumbnailsActionHandler::canDeleteRejected() const
+{
+    if (!m_pane->tracksFlags())
+        return false;
+    const int count = m_pane->fileCount();
+    for (int i = 0; i < count; ++i) {
+        if (m_pane->flagOf(m_pane->itemAt(i)->file()) == FileFlag::rejected)
+            return true;
+    }
+    return false;
+}
+
 void ThumbnailsActionHandler::makeAlias()
-{ }
+{
+    if (canMakeAlias())
+        fileOperations()->makeAlias(m_pane->selectedFiles());
+}
 
 void ThumbnailsActionHandler::makeSymlink()
-{ }
+{
+    makeAlias();
+}
 
 void ThumbnailsActionHandler::duplicate()
-{ }
+{
+    if (!canDuplicate())
+        return;
+    QPointer<ThumbnailsViewController> pane(m_pane);
+    fileOperations()->duplicate(m_pane->selectedFiles(), [pane](const FileOperationOutcome &outcome) {
+        // The copies take the selection once they are listed.
+        if (pane && !outcome.items.isEmpty())
+            pane->selectWhenShown(PXFile::fileForPath(outcome.items.last().destination));
+    });
+}
 
 void ThumbnailsActionHandler::moveToTrash()
-{ }
+{
+    if (canMoveToTrash())
+        fileOperations()->moveToTrash(m_pane->selectedFiles());
+}
+
+void ThumbnailsActionHandler::deleteRejected()
+{
+    if (!canDeleteRejected())
+        return;
+    QList<PXFilePtr> rejected;
+    const int count = m_pane->fileCount();
+    for (int i = 0; i < count; ++i) {
+        const PXFilePtr file = m_pane->itemAt(i)->file();
+        if (m_pane->flagOf(file) == FileFlag::rejected)
+            rejected.append(file);
+    }
+    bool confirmed = false;
+    if (deleteRejectedQuestion) {
+        confirmed = deleteRejectedQuestion(int(rejected.size()));
+    } else {
+        QMessageBox box(QMessageBox::Warning, tr("Delete Rejected"),
+                        tr("Move %n rejected item(s) to the Trash?", nullptr, int(rejected.size())),
+                        QMessageBox::NoButton, m_pane->window());
+        box.setInformativeText(tr("You can put them back with Undo, or from the Trash."));
+        QPushButton *trash = box.addButton(tr("Move to Trash"), QMessageBox::DestructiveRole);
+        box.setDefaultButton(box.addButton(QMessageBox::Cancel));
+        box.exec();
+        confirmed = box.clickedButton() == trash;
+    }
+    if (confirmed)
+        fileOperations()->moveToTrash(rejected);
+}
+
+void ThumbnailsActionHandler::rotatePermanent(bool clockwise)
+{
+    QList<PXFilePtr> images;
+    const QList<PXFilePtr> selected = m_pane->selectedFiles();
+    for (const PXFilePtr &file : selected) {
+        if (file->isImage() && ImageRotationActivity::canRotate(file->path()))
+            images.append(file);
+    }
+    if (!images.isEmpty())
+        fileOperations()->rotate(images,
+                                 clockwise ? JpegRotation::Turn::clockwise : JpegRotation::Turn::counterclockwise);
+}
+
+void ThumbnailsActionHandler::rotateClockwisePermanent()
+{
+    rotatePermanent(true);
+}
+
+void ThumbnailsActionHandler::rotateCounterclockwisePermanent()
+{
+    rotatePermanent(false);
+}
 
 void ThumbnailsActionHandler::revealInFileManager()
 {
@@ -389,26 +530,11 @@ void ThumbnailsActionHandler::newFolder()
 {
     if (!canMakeFolder())
         return;
-    const QString parent = m_pane->sources().first()->resolvedPath();
-    const QString baseName = tr("untitled folder");
-    QPointer<ThumbnailsActionHandler> self(this);
-    runOnPool(QStringLiteral("Browser Disk Work"), [self, parent, baseName] {
-        QDir dir(parent);
-        QString name = baseName;
-        for (int n = 2; dir.exists(name) || QFileInfo(dir.filePath(name)).isSymLink(); ++n)
-            name = baseName + QLatin1Char(' ') + QString::number(n);
-        const bool ok = dir.mkdir(name);
-        const QString path = dir.filePath(name);
-        postToGui([self, ok, path, parent] {
-            if (!self)
-                return;
-            if (!ok) {
-                logError(tr("Cannot make a folder in %1").arg(parent));
-                Q_EMIT self->errorOccurred(tr("The folder could not be made"), parent);
-                return;
-            }
-            self->m_pane->editNameWhenShown(PXFile::fileForPath(path));
-        });
+    QPointer<ThumbnailsViewController> pane(m_pane);
+    fileOperations()->newFolder(m_pane->sources().first(), [pane](const FileOperationOutcome &outcome) {
+        // Its name opens for editing once it is listed.
+        if (pane && !outcome.items.isEmpty())
+            pane->editNameWhenShown(PXFile::fileForPath(outcome.items.first().destination));
     });
 }
 

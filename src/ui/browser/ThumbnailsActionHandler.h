@@ -1,23 +1,26 @@
 #pragma once
 
 #include "core/model/PXFileForward.h"
+#include "core/model/SelectedFilesInfo.h"
 #include "ui/common/Command.h"
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 
+class FileOperationsController;
 class QMenu;
 class ThumbnailsViewController;
 enum class FileDropOperation;
 enum class FileFlag;
 
 // The commands of a thumbnail pane and whether each can run now: opening, selecting, renaming in
-// place, new folders, flags, stepping through the images, and the file operations that will run
-// as activities. Each command is a member function with a validator beside it; the command
-// registry binds them, and the window's menus, toolbar and the pane's context menu run them.
-// Most act on the pane's selection.
+// place, new folders, flags, stepping through the images, and the file operations, which run as
+// activities (FileOperationsController). Each command is a member function with a validator
+// beside it; the command registry binds them, and the window's menus, toolbar and the pane's
+// context menu run them. Most act on the pane's selection.
 class ThumbnailsActionHandler : public QObject
 {
     Q_OBJECT
@@ -36,9 +39,18 @@ public:
     QMenu *makeContextMenu(int index);
     // Starts `application` on `files`; a failure is reported through errorOccurred.
     void openFilesWith(const PXFilePtr &application, const QList<PXFilePtr> &files);
-    // Moves, copies or links `sources` into the folder `destination`, or opens them with the
-    // application `destination`; failures are reported through errorOccurred.
+    // Moves, copies or links `sources` into the folder `destination` as an activity, or opens them
+    // with the application `destination`; `ask` offers the choice in a menu at the pointer.
     void placeDroppedFiles(FileDropOperation operation, const QList<PXFilePtr> &sources, const PXFilePtr &destination);
+    // The menu of a drop that asks, while it is open (tests choose from it).
+    QMenu *dropMenu() const;
+    // The file operations this pane starts; the shared ones unless a test sets its own.
+    void setFileOperations(FileOperationsController *operations);
+    FileOperationsController *fileOperations() const;
+    // What the selection holds, computed once per selection change.
+    const SelectedFilesInfo &selectedFilesInfo() const;
+    // Asks before the rejects go to the trash; tests answer it themselves.
+    std::function<bool(int count)> deleteRejectedQuestion;
 
     void performOpen();
     void openInApp();
@@ -55,6 +67,10 @@ public:
     void makeSymlink();
     void duplicate();
     void moveToTrash();
+    // The files marked rejected in this pane, to the trash after a question.
+    void deleteRejected();
+    void rotateClockwisePermanent();
+    void rotateCounterclockwisePermanent();
     // The selection, else the pane's folders.
     void revealInFileManager();
     // The targets of the selected symbolic links.
@@ -118,6 +134,13 @@ public:
     static constexpr int manyFilesThreshold = 20;
     // Aliases, duplicates and the trash run as activities, which this pane does not start yet.
     bool canStartActivities() const { return false; }
+    // The selection is on disk (duplicates also need a folder that can be written).
+    bool canMakeAlias() const;
+    bool canDuplicate() const;
+    bool canMoveToTrash() const;
+    bool canDeleteRejected() const;
+    // Images in formats that can be turned for good.
+    bool canRotatePermanent() const;
 
 Q_SIGNALS:
     void openRequested(const QList<PXFilePtr> &files);
@@ -140,4 +163,13 @@ private:
     ThumbnailsViewController *m_pane;
     ContextMenuFactory m_contextMenuFactory;
     Dialogs m_dialogs;
+    void rotatePermanent(bool clockwise);
+
+    ThumbnailsViewController *m_pane;
+    ContextMenuFactory m_contextMenuFactory;
+    QPointer<FileOperationsController> m_operations;
+    QPointer<QMenu> m_dropMenu;
+    mutable SelectedFilesInfo m_selectedFilesInfo;
+    mutable QList<PXFilePtr> m_selectedFilesInfoFor; // the selection the summary is of
+    mutable bool m_hasSelectedFilesInfo = false;
 };

@@ -1,5 +1,6 @@
 #include "ui/browser/ThumbnailsViewController.h"
 
+#include "core/activities/ActivitiesManager.h"
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/model/FileCollectionModel.h"
@@ -8,6 +9,7 @@
 #include "core/settings/SettingsManager.h"
 #include "core/thumbnails/ThumbnailGenerator.h"
 #include "core/thumbnails/ThumbnailVisibilityUpdater.h"
+#include "ui/activities/FileOperationsController.h"
 #include "ui/browser/InlineRenameOperation.h"
 #include "ui/browser/RenamedFileFollower.h"
 #include "ui/browser/ThumbnailGridDataSource.h"
@@ -123,6 +125,14 @@ ThumbnailsViewController::ThumbnailsViewController(WindowSettingsPtr settings, Q
     connect(m_actionHandler, &ThumbnailsActionHandler::flagChangeRequested, this,
             &ThumbnailsViewController::flagChangeRequested);
     connect(m_actionHandler, &ThumbnailsActionHandler::errorOccurred, this, &ThumbnailsViewController::errorOccurred);
+    // Images turned for good turn in their cells at once.
+    connect(&ActivitiesManager::shared(), &ActivitiesManager::imagesRotated, this,
+            [this](const QList<PXFilePtr> &files, JpegRotation::Turn turn) {
+                for (const PXFilePtr &file : files) {
+                    if (const ThumbnailItemPtr item = m_allItemsByFile.value(file.get()))
+                        item->showTurned(turn == JpegRotation::Turn::clockwise);
+                }
+            });
 
     m_selectionChangeTimer->setSingleShot(true);
     m_selectionChangeTimer->setInterval(selectionChangeDelayMs);
@@ -544,6 +554,10 @@ void ThumbnailsViewController::commitNameEdit(int index, const QString &text)
     }
     const QString name = text.trimmed();
     if (name.isEmpty() || name == file->name())
+        return;
+    // A new extension makes the file another kind of file: asked first.
+    if (!file->isDirectory() && FileOperationsController::changesExtension(file->name(), name)
+        && !m_actionHandler->fileOperations()->confirmExtensionChange(file->name(), name, this))
         return;
     QPointer<ThumbnailsViewController> self(this);
     InlineRenameOperation::start(file, name, this, [self, name](const QString &newPath, const QString &error) {

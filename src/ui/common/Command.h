@@ -142,6 +142,10 @@ enum class Id : int {
     startSlideshowInFolder,
     rotateClockwisePermanent,
     rotateCounterclockwisePermanent,
+    // File operations: the way back, and the rejects to the trash
+    undo,
+    redo,
+    deleteRejected,
 };
 Q_ENUM_NS(Id)
 

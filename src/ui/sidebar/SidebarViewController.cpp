@@ -2,13 +2,16 @@
 
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
+#include "ui/activities/FileOperationsController.h"
 #include "ui/sidebar/FavoritesView.h"
 #include "ui/sidebar/FolderTreeModel.h"
 
 #include <QContextMenuEvent>
 #include <QDesktopServices>
+#include <QDropEvent>
 #include <QHeaderView>
 #include <QMenu>
+#include <QMimeData>
 #include <QSplitter>
 #include <QTreeView>
 #include <QUrl>
@@ -39,6 +42,9 @@ SidebarViewController::SidebarViewController(WindowSettingsPtr settings, AppSett
     m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_tree->setDragEnabled(true);
     m_tree->setDragDropMode(QAbstractItemView::DragOnly);
+    // Files dropped onto a folder of the tree go there; the tree's own drop handling is not used.
+    m_tree->viewport()->setAcceptDrops(true);
+    m_tree->viewport()->installEventFilter(this);
     m_tree->setFrameShape(QFrame::NoFrame);
     m_tree->setAllColumnsShowFocus(true);
     m_tree->header()->setStretchLastSection(false);
@@ -78,6 +84,80 @@ SidebarViewController::SidebarViewController(WindowSettingsPtr settings, AppSett
 }
 
 SidebarViewController::~SidebarViewController() = default;
+
+FileDropOperation SidebarViewController::dropOperation(const QList<QUrl> &urls, const QPoint &position,
+                                                       Qt::KeyboardModifiers modifiers)
+{
+    const PXFilePtr folder = m_model->fileForIndex(m_tree->indexAt(position));
+    const FileDropOperation operation =
+        folder ? m_dropValidator.validate(urls, folder, modifiers) : FileDropOperation::none;
+    // Only folders take drops here; applications are opened from the grid.
+    return operation == FileDropOperation::open ? FileDropOperation::none : operation;
+}
+
+bool SidebarViewController::acceptDrop(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers)
+{
+    const FileDropOperation operation = dropOperation(urls, position, modifiers);
+    const PXFilePtr folder = m_model->fileForIndex(m_tree->indexAt(position));
+    m_dropValidator.reset();
+    if (operation == FileDropOperation::none || !folder)
+        return false;
+    QList<PXFilePtr> sources;
+    for (const QUrl &url : urls)
+        sources.append(PXFile::fileForPath(url.toLocalFile()));
+    FileOperationsController &operations = FileOperationsController::shared();
+    switch (operation) {
+    case FileDropOperation::move: operations.move(sources, folder); break;
+    case FileDropOperation::copy: operations.copy(sources, folder); break;
+    case FileDropOperation::link: operations.link(sources, folder); break;
+    case FileDropOperation::ask: operations.offerPlacement(sources, folder, this); break;
+    case FileDropOperation::none:
+    case FileDropOperation::open: return false;
+    }
+    return true;
+}
+
+bool SidebarViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_tree->viewport())
+        return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove: {
+        auto *drag = static_cast<QDragMoveEvent *>(event);
+        if (!drag->mimeData()->hasUrls()) {
+            drag->ignore();
+            return true;
+        }
+        const FileDropOperation operation =
+            dropOperation(drag->mimeData()->urls(), drag->position().toPoint(), drag->modifiers());
+        if (operation == FileDropOperation::none) {
+            // Entering over a place that takes nothing still lets the drag move on over the tree.
+            if (event->type() == QEvent::DragEnter)
+                drag->accept();
+            else
+                drag->ignore();
+            return true;
+        }
+        drag->setDropAction(dropActionForOperation(operation));
+        drag->accept();
+        return true;
+    }
+    case QEvent::DragLeave: m_dropValidator.reset(); return true;
+    case QEvent::Drop: {
+        auto *drop = static_cast<QDropEvent *>(event);
+        const bool done = acceptDrop(drop->mimeData()->urls(), drop->position().toPoint(), drop->modifiers());
+        if (done) {
+            drop->setDropAction(Qt::CopyAction); // the source never removes anything itself
+            drop->accept();
+        } else {
+            drop->ignore();
+        }
+        return true;
+    }
+    default: return QWidget::eventFilter(watched, event);
+    }
+}
 
 QList<PXFilePtr> SidebarViewController::selectedFiles() const
 {

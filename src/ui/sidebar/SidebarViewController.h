@@ -3,6 +3,7 @@
 #include "core/model/PXFileForward.h"
 #include "core/settings/WindowSettings.h"
 #include "core/windows/NavigationHistory.h"
+#include "ui/browser/FileDropValidator.h"
 
 #include <QList>
 #include <QWidget>
@@ -46,6 +47,10 @@ public:
     void collapseSelected();
     void setFavoritesShown(bool shown);
     void writeLayoutToSettings();
+    // Files dropped onto the tree's folder under `position` (viewport coordinates): what the drop
+    // does, and doing it (as an activity). The modifiers decide as on the grid.
+    FileDropOperation dropOperation(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
+    bool acceptDrop(const QList<QUrl> &urls, const QPoint &position, Qt::KeyboardModifiers modifiers);
 
 Q_SIGNALS:
     void sourcesChanged(const QList<PXFilePtr> &sources);
@@ -57,6 +62,7 @@ Q_SIGNALS:
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void beginRestore(const QList<PXFilePtr> &expanded, const QList<PXFilePtr> &selection);
@@ -73,6 +79,7 @@ private:
     FolderTreeModel *m_model;
     FavoritesView *m_favorites;
 
+    FileDropValidator m_dropValidator;
     bool m_restoring = false;
     QList<PXFilePtr> m_pendingExpanded;
     QList<PXFilePtr> m_pendingSelection;

@@ -86,9 +86,12 @@ void CommandRegistry::declareApplicationCommands()
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_BracketRight)
         .ownedBy(app);
     add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).ownedBy(app);
-    // Windows that do not exist yet.
     add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).ownedBy(app);
-    add(CommandId::openActivityWindow, TITLE("Activity")).unavailable();
+    add(CommandId::openActivityWindow, TITLE("Activity")).ownedBy(app);
+    // Undo and redo of file operations, whichever window is in front.
+    add(CommandId::undo, TITLE("Undo")).key(QKeySequence::Undo).ownedBy(app);
+    add(CommandId::redo, TITLE("Redo")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Z).ownedBy(app);
+    // Windows that do not exist yet.
     add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
     add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();
     add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).unavailable();
@@ -308,10 +311,11 @@ void CommandRegistry::declarePaneCommands()
         .key(Qt::CTRL | Qt::SHIFT | Qt::Key_A)
         .on(&P::deselectAll, &P::hasSelection);
     add(CommandId::renameFile, TITLE("Edit Filename")).key(Qt::Key_F2).on(&P::renameFile, &P::canRename);
-    add(CommandId::makeAlias, TITLE("Make Alias")).on(&P::makeAlias, &P::canStartActivities);
-    add(CommandId::makeSymlink, TITLE("Make Symbolic Link")).on(&P::makeSymlink, &P::canStartActivities);
-    add(CommandId::duplicate, TITLE("Duplicate")).key(Qt::CTRL | Qt::Key_D).on(&P::duplicate, &P::canStartActivities);
-    add(CommandId::moveToTrash, TITLE("Move to Trash")).key(Qt::Key_Delete).on(&P::moveToTrash, &P::canStartActivities);
+    add(CommandId::makeAlias, TITLE("Make Alias")).on(&P::makeAlias, &P::canMakeAlias);
+    add(CommandId::makeSymlink, TITLE("Make Symbolic Link")).on(&P::makeSymlink, &P::canMakeAlias);
+    add(CommandId::duplicate, TITLE("Duplicate")).key(Qt::CTRL | Qt::Key_D).on(&P::duplicate, &P::canDuplicate);
+    add(CommandId::moveToTrash, TITLE("Move to Trash")).key(Qt::Key_Delete).on(&P::moveToTrash, &P::canMoveToTrash);
+    add(CommandId::deleteRejected, TITLE("Delete Rejected…")).on(&P::deleteRejected, &P::canDeleteRejected);
     add(CommandId::revealInFileManager, TITLE("Show in File Manager"))
         .key(Qt::CTRL | Qt::ALT | Qt::Key_R)
         .on(&P::revealInFileManager, &P::hasSelection);
@@ -344,6 +348,8 @@ void CommandRegistry::declarePaneCommands()
         .on(&P::startSlideshowWithSelected, &P::hasSelection);
     add(CommandId::startSlideshowInFolder, TITLE("Slideshow With Contents"))
         .on(&P::startSlideshowInFolder, &P::canStartSlideshowInFolder);
-    add(CommandId::rotateClockwisePermanent, TITLE("Rotate Clockwise")).unavailable();
-    add(CommandId::rotateCounterclockwisePermanent, TITLE("Rotate Counterclockwise")).unavailable();
+    add(CommandId::rotateClockwisePermanent, TITLE("Rotate Clockwise"))
+        .on(&P::rotateClockwisePermanent, &P::canRotatePermanent);
+    add(CommandId::rotateCounterclockwisePermanent, TITLE("Rotate Counterclockwise"))
+        .on(&P::rotateCounterclockwisePermanent, &P::canRotatePermanent);
 }

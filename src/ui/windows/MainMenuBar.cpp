@@ -1,5 +1,6 @@
 #include "ui/windows/MainMenuBar.h"
 
+#include "core/activities/FileOperationHistory.h"
 #include "core/app/Translate.h"
 #include "core/model/FileSortTypes.h"
 #include "core/settings/SettingsValueSets.h"
@@ -119,6 +120,16 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     b.add(file, C::terminate);
 
     QMenu *edit = menuBar->addMenu(tr("&Edit"));
+    // The items name what they undo and redo: "Undo Move to Trash".
+    CommandAction *undo = b.add(edit, C::undo);
+    CommandAction *redo = b.add(edit, C::redo);
+    const auto nameUndo = [undo, redo] {
+        undo->setText(FileOperationHistory::shared().undoTitle());
+        redo->setText(FileOperationHistory::shared().redoTitle());
+    };
+    QObject::connect(&FileOperationHistory::shared(), &FileOperationHistory::changed, undo, nameUndo);
+    nameUndo();
+    edit->addSeparator();
     b.add(edit, C::selectAll);
     b.add(edit, C::deselectAll);
     edit->addSeparator();
@@ -127,6 +138,7 @@ QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry)
     b.add(edit, C::clearItemFlag);
     b.add(edit, C::selectFlagged);
     b.add(edit, C::selectRejected);
+    b.add(edit, C::deleteRejected);
     edit->addSeparator();
     b.add(edit, C::filterThumbnails);
     b.add(edit, C::openSettings);

@@ -389,6 +389,9 @@ TEST(AppShell, EveryMenuItemIsARegisteredCommandHandledOrShownUnavailable)
         CommandId::scrollSelectionToVisible,
         CommandId::selectAll,
         CommandId::newFolder,
+        CommandId::deleteRejected,
+        CommandId::undo,
+        CommandId::redo,
         // The viewer's, with nothing shown, and the image windows', with none open.
         CommandId::scaleToFit,
         CommandId::fitToScreen,

@@ -41,10 +41,10 @@ TEST(ThumbnailsStatusText, CountsFilesSelectionAndSources)
 TEST(FileDropValidator, ModifiersOverrideTheDefaultOperation)
 {
     using Op = FileDropOperation;
-    EXPECT_EQ(FileDropValidator::applyModifiers(Op::move, Qt::AltModifier), Op::copy);
-    EXPECT_EQ(FileDropValidator::applyModifiers(Op::copy, Qt::ControlModifier), Op::move);
-    EXPECT_EQ(FileDropValidator::applyModifiers(Op::copy, Qt::ControlModifier | Qt::AltModifier), Op::link);
-    EXPECT_EQ(FileDropValidator::applyModifiers(Op::copy, Qt::ShiftModifier), Op::copy);
+    EXPECT_EQ(FileDropValidator::applyModifiers(Op::move, Qt::ControlModifier), Op::copy);
+    EXPECT_EQ(FileDropValidator::applyModifiers(Op::copy, Qt::ShiftModifier), Op::move);
+    EXPECT_EQ(FileDropValidator::applyModifiers(Op::copy, Qt::ControlModifier | Qt::ShiftModifier), Op::link);
+    EXPECT_EQ(FileDropValidator::applyModifiers(Op::copy, Qt::AltModifier | Qt::ShiftModifier), Op::ask);
     EXPECT_EQ(FileDropValidator::applyModifiers(Op::move, Qt::NoModifier), Op::move);
     // What cannot be dropped stays refused; an application opens whatever is held.
     EXPECT_EQ(FileDropValidator::applyModifiers(Op::none, Qt::AltModifier), Op::none);
@@ -60,10 +60,10 @@ TEST(FileDropValidator, ModifiersOverrideTheDefaultOperation)
     const QList<QUrl> urls{QUrl::fromLocalFile(photo), QUrl::fromLocalFile(folder)};
     const PXFilePtr otherFolder = PXFile::fileForPath(other);
     EXPECT_EQ(validator.validate(urls, otherFolder, Qt::NoModifier), Op::move); // same volume
-    EXPECT_EQ(validator.validate(urls, otherFolder, Qt::AltModifier), Op::copy);
-    EXPECT_EQ(validator.validate(urls, otherFolder, Qt::ControlModifier | Qt::AltModifier), Op::link);
+    EXPECT_EQ(validator.validate(urls, otherFolder, Qt::ControlModifier), Op::copy);
+    EXPECT_EQ(validator.validate(urls, otherFolder, Qt::ControlModifier | Qt::ShiftModifier), Op::link);
     // Back into the folder they are in, or a folder into itself: nothing to do.
-    EXPECT_EQ(validator.validate(urls, PXFile::fileForPath(dir.filePath("in")), Qt::AltModifier), Op::none);
+    EXPECT_EQ(validator.validate(urls, PXFile::fileForPath(dir.filePath("in")), Qt::ControlModifier), Op::none);
     EXPECT_EQ(validator.validate(urls, PXFile::fileForPath(folder), Qt::NoModifier), Op::none);
     EXPECT_EQ(validator.validate({QUrl(QStringLiteral("https://example.org/a.jpg"))}, otherFolder, Qt::NoModifier),
               Op::none);

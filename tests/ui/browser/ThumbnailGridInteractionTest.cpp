@@ -191,7 +191,7 @@ TEST(ThumbnailGridInteraction, DropsGoToTheFolderUnderThePointerOrTheSectionsFol
     const int inner = int(p.pane.files().indexOf(PXFile::fileForPath(p.dir.filePath("one/inner"))));
     ASSERT_GE(inner, 0);
     EXPECT_EQ(p.pane.dropOperation(urls, inner, 0, Qt::NoModifier), FileDropOperation::move);
-    EXPECT_EQ(p.pane.dropOperation(urls, inner, 0, Qt::AltModifier), FileDropOperation::copy);
+    EXPECT_EQ(p.pane.dropOperation(urls, inner, 0, Qt::ControlModifier), FileDropOperation::copy);
     // On a file, the file's section: its folder.
     const int b = int(p.pane.files().indexOf(PXFile::fileForPath(p.dir.filePath("two/b.txt"))));
     EXPECT_EQ(p.pane.dropOperation({QUrl::fromLocalFile(p.dir.filePath("two/b.txt"))}, b, 1, Qt::NoModifier),
@@ -200,8 +200,8 @@ TEST(ThumbnailGridInteraction, DropsGoToTheFolderUnderThePointerOrTheSectionsFol
     QMimeData data;
     data.setUrls(urls);
     ThumbnailGridDelegate *delegate = p.pane.gridView()->delegate();
-    ASSERT_EQ(delegate->gridValidateDrop(&data, -1, 1, Qt::AltModifier), Qt::CopyAction);
-    ASSERT_TRUE(delegate->gridAcceptDrop(&data, -1, 1, Qt::AltModifier));
+    ASSERT_EQ(delegate->gridValidateDrop(&data, -1, 1, Qt::ControlModifier), Qt::CopyAction);
+    ASSERT_TRUE(delegate->gridAcceptDrop(&data, -1, 1, Qt::ControlModifier));
     ASSERT_TRUE(waitUntil([&] { return namesOf(p.pane.files()).contains("outside.txt"); }));
     EXPECT_TRUE(QFileInfo::exists(outside));
     EXPECT_TRUE(QFileInfo::exists(p.dir.filePath("two/outside.txt")));

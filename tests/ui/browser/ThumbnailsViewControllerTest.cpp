@@ -263,10 +263,11 @@ TEST(ThumbnailsViewController, ContextMenusListTheirItemsInOrderAndDisableLaterO
                            "Tag:"}));
     for (QAction *action : items->actions()) {
         const QString name = action->objectName();
-        if (name == "moveToTrash" || name == "duplicate" || name == "makeAlias" || name == "openRenameWindow") {
+        if (name == "openRenameWindow") {
             EXPECT_FALSE(action->isEnabled()) << name.toStdString();
         }
-        if (name == "performOpen" || name == "renameFile" || name == "newFolder") {
+        if (name == "performOpen" || name == "renameFile" || name == "newFolder" || name == "moveToTrash"
+            || name == "duplicate" || name == "makeAlias" || name == "rotateClockwisePermanent") {
             EXPECT_TRUE(action->isEnabled()) << name.toStdString();
         }
     }
