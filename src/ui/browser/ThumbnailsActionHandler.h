@@ -132,8 +132,6 @@ public:
     Dialogs &dialogs() { return m_dialogs; }
     // Opening more files than this at once asks first: a window or a program per file.
     static constexpr int manyFilesThreshold = 20;
-    // Aliases, duplicates and the trash run as activities, which this pane does not start yet.
-    bool canStartActivities() const { return false; }
     // The selection is on disk (duplicates also need a folder that can be written).
     bool canMakeAlias() const;
     bool canDuplicate() const;
