@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -23,5 +24,25 @@ namespace Applications {
 // Starts the application of the .desktop file `desktopFile` on `paths` (through GIO). False with
 // the reason when it cannot be started.
 bool launch(const QString &desktopFile, const QStringList &paths, QString *error);
+
+} // namespace Applications
+
+namespace Applications {
+
+// An installed application, as its .desktop file describes it.
+struct Application
+{
+    QString desktopFile;
+    QString name;
+    QString iconName; // a theme icon's name, or an icon file's path; may be empty
+};
+
+// The installed applications that open any of `mimeTypes` (every application that the desktop
+// shows in its menus when the list is empty), by name, each once; Pixcove itself is left out.
+// Reads every .desktop file: call it off the GUI thread.
+QList<Application> installedApplications(const QStringList &mimeTypes = {});
+
+// The application of one .desktop file; empty fields when it is not one.
+Application applicationForFile(const QString &desktopFile);
 
 } // namespace Applications
