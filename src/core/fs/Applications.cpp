@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <algorithm>
+
 // GLib's headers use "signals" as a member name, which Qt's keyword macro would break.
 #undef signals
 #include <gio/gdesktopappinfo.h>
@@ -109,6 +111,70 @@ bool launch(const QString &desktopFile, const QStringList &paths, QString *error
     g_list_free(uris);
     g_object_unref(info);
     return launched;
+}
+
+} // namespace Applications
+
+namespace {
+
+Applications::Application describe(GAppInfo *info, const QString &file)
+{
+    Applications::Application application;
+    application.desktopFile = file;
+    if (const char *name = g_app_info_get_name(info))
+        application.name = QString::fromUtf8(name);
+    GIcon *icon = g_app_info_get_icon(info); // not ours
+    if (icon && G_IS_THEMED_ICON(icon)) {
+        const gchar *const *names = g_themed_icon_get_names(G_THEMED_ICON(icon));
+        if (names && names[0])
+            application.iconName = QString::fromUtf8(names[0]);
+    } else if (icon && G_IS_FILE_ICON(icon)) {
+        if (char *path = g_file_get_path(g_file_icon_get_file(G_FILE_ICON(icon)))) {
+            application.iconName = QFile::decodeName(path);
+            g_free(path);
+        }
+    }
+    return application;
+}
+
+} // namespace
+
+namespace Applications {
+
+QList<Application> installedApplications(const QStringList &mimeTypes)
+{
+    QList<Application> result;
+    QStringList seen;
+    const auto take = [&](GList *applications) {
+        for (GList *item = applications; item; item = item->next) {
+            auto *info = static_cast<GAppInfo *>(item->data);
+            const QString file = fileOf(info);
+            if (file.isEmpty() || seen.contains(file) || file.endsWith(QLatin1String("/pixcove.desktop"))
+                || !g_app_info_should_show(info))
+                continue;
+            seen.append(file);
+            result.append(describe(info, file));
+        }
+        g_list_free_full(applications, g_object_unref);
+    };
+    if (mimeTypes.isEmpty())
+        take(g_app_info_get_all());
+    for (const QString &mimeType : mimeTypes)
+        take(g_app_info_get_all_for_type(mimeType.toUtf8().constData()));
+    std::sort(result.begin(), result.end(), [](const Application &a, const Application &b) {
+        return QString::localeAwareCompare(a.name, b.name) < 0;
+    });
+    return result;
+}
+
+Application applicationForFile(const QString &desktopFile)
+{
+    GDesktopAppInfo *info = g_desktop_app_info_new_from_filename(QFile::encodeName(desktopFile).constData());
+    if (!info)
+        return {};
+    const Application application = describe(G_APP_INFO(info), desktopFile);
+    g_object_unref(info);
+    return application;
 }
 
 } // namespace Applications

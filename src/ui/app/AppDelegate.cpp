@@ -11,6 +11,9 @@
 #include "ui/app/MainWindowsManager.h"
 #include "ui/app/ServicesProvider.h"
 #include "ui/app/SlideshowWindowsManager.h"
+#include "ui/hotkeys/HotkeysController.h"
+#include "ui/settings/SettingsWindow.h"
+#include "ui/windows/CommandKeys.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/TabbedWindow.h"
@@ -51,11 +54,14 @@ AppDelegate::AppDelegate(QObject *parent)
     closeSlideshows = [this] { m_slideshowWindowsManager->closeAll(); };
     terminate = [] { QCoreApplication::quit(); };
     showMessage = [](const QString &title, const QString &text) { QMessageBox::information(nullptr, title, text); };
+    m_hotkeysController = std::make_unique<HotkeysController>(m_settingsManager->settings(), CommandRegistry::shared(),
+                                                              CommandKeys::shared());
     registerCommands();
 }
 
 AppDelegate::~AppDelegate()
 {
+    delete m_settingsWindow.data();
     CommandRegistry &registry = CommandRegistry::shared();
     if (registry.application() == this)
         registry.setApplication(nullptr);
@@ -81,6 +87,9 @@ void AppDelegate::registerCommands()
         .on(&AppDelegate::previousImageWindow, &AppDelegate::hasImageWindows);
     registry.bindApplicationCommand(CommandId::nextImageWindow)
         .on(&AppDelegate::nextImageWindow, &AppDelegate::hasImageWindows);
+    registry.bindApplicationCommand(CommandId::openSettings).on(&AppDelegate::openSettings);
+    registry.bindApplicationCommand(CommandId::openOpenWithEditor).on(&AppDelegate::openOpenWithEditor);
+    registry.bindApplicationCommand(CommandId::openMoveToEditor).on(&AppDelegate::openMoveToEditor);
     registry.setApplication(this);
 }
 
@@ -344,4 +353,32 @@ void AppDelegate::goToSite()
 void AppDelegate::goToReleaseNotes()
 {
     QDesktopServices::openUrl(QUrl(releaseNotesLink()));
+}
+
+// MARK: settings window
+
+SettingsWindow *AppDelegate::settingsWindow() const
+{
+    return m_settingsWindow;
+}
+
+void AppDelegate::openSettings()
+{
+    if (!m_settingsWindow)
+        m_settingsWindow = new SettingsWindow(m_settingsManager->settings(), m_hotkeysController.get());
+    m_settingsWindow->show();
+    m_settingsWindow->raise();
+    m_settingsWindow->activateWindow();
+}
+
+void AppDelegate::openOpenWithEditor()
+{
+    openSettings();
+    m_settingsWindow->editFavoriteApplications();
+}
+
+void AppDelegate::openMoveToEditor()
+{
+    openSettings();
+    m_settingsWindow->editFavoriteFolders();
 }

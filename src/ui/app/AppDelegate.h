@@ -16,6 +16,8 @@ class ActivitiesGate;
 class AppSettings;
 class AuxiliaryWindowsManager;
 class FlagManager;
+class HotkeysController;
+class SettingsWindow;
 class ImageWindowsManager;
 class SlideshowWindowsManager;
 class MainWindowsManager;
@@ -83,6 +85,14 @@ public:
 
     bool finishedLaunching() const { return m_finishedLaunching; }
 
+    // The settings window, made on first use and shown in front; the favourites commands show its
+    // Favorites section with their list focused.
+    void openSettings();
+    void openOpenWithEditor();
+    void openMoveToEditor();
+    SettingsWindow *settingsWindow() const;
+    HotkeysController *hotkeysController() const { return m_hotkeysController.get(); }
+
     // Hooks that other windows and tests install.
     void setActivitiesGate(ActivitiesGate *gate); // not owned; null: no activities
     std::function<void()> closeSlideshows;
@@ -111,6 +121,8 @@ private:
     FlagManager *m_flagManager;
     std::unique_ptr<ServicesProvider> m_servicesProvider;
     ActivitiesGate *m_activitiesGate = nullptr;
+    std::unique_ptr<HotkeysController> m_hotkeysController;
+    QPointer<SettingsWindow> m_settingsWindow;
 
     bool m_finishedLaunching = false;
     bool m_openedInitialWindow = false;

@@ -31,8 +31,26 @@ struct SettingRow
     double step = 1;
     const char *suffix = nullptr;
 
+    SettingRow when(const char *property, int value = 1) const
+    {
+        SettingRow row = *this;
+        row.enabledBy = property;
+        row.enabledValue = value;
+        return row;
+    }
+    SettingRow range(double minimum, double maximum, double step, const char *suffix = nullptr) const
+    {
+        SettingRow row = *this;
+        row.minimum = minimum;
+        row.maximum = maximum;
+        row.step = step;
+        row.suffix = suffix;
+        return row;
+    }
+
     QString translatedLabel() const;
     QString translatedGroup() const;
+    QString translatedSuffix() const;
 };
 
 namespace SettingRows {

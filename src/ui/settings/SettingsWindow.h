@@ -3,6 +3,7 @@
 #include "core/settings/SettingsValueSets.h"
 #include "ui/settings/SettingEditors.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
@@ -52,7 +53,7 @@ public:
 
 private:
     QWidget *makeSection(SettingsSection section);
-    QWidget *makeRowsPage(SettingsSection section, QWidget *extra);
+    QWidget *makeRowsPage(SettingsSection section, QWidget *extra = nullptr);
     QWidget *makeResetAlertsRow();
 
     QPointer<AppSettings> m_settings;
@@ -64,4 +65,5 @@ private:
     HotkeysView *m_hotkeysView = nullptr;
     ResetQuestion m_resetQuestion;
     SettingEditors::ApplicationChooser m_chooseApplication;
+    QHash<QString, QWidget *> m_editors; // by property name
 };

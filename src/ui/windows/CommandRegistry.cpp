@@ -89,9 +89,9 @@ void CommandRegistry::declareApplicationCommands()
     add(CommandId::openBugReporterWindow, TITLE("Report a Bug…")).unavailable();
     add(CommandId::openActivityWindow, TITLE("Activity")).unavailable();
     add(CommandId::openRenameWindow, TITLE("Batch Rename…")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_R).unavailable();
-    add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
-    add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();
-    add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).unavailable();
+    add(CommandId::openSettings, TITLE("Settings…")).key(Qt::CTRL | Qt::Key_Comma).ownedBy(app);
+    add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).ownedBy(app);
+    add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).ownedBy(app);
     add(CommandId::checkForUpdates, TITLE("Check for Updates…")).unavailable();
 }
 
@@ -269,9 +269,11 @@ void CommandRegistry::declareViewerCommands()
     // Stepping through a viewer window's files; the main window steps through its grid instead.
     add(CommandId::nextImageInFolder, TITLE("Next Image in Folder"))
         .key(Qt::Key_Right)
+        .key(Qt::Key_PageDown)
         .on(&V::nextImageInFolder, &V::canStepForward);
     add(CommandId::previousImageInFolder, TITLE("Previous Image in Folder"))
         .key(Qt::Key_Left)
+        .key(Qt::Key_PageUp)
         .on(&V::previousImageInFolder, &V::canStepBackward);
 
     // The video player.
