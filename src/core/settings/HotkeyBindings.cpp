@@ -44,9 +44,8 @@ HotkeyBindings HotkeyBindings::fromJson(const QJsonValue &json, const QString &k
             const std::optional<QKeySequence> key =
                 texts.at(i).isString() ? keyFromText(texts.at(i).toString()) : std::nullopt;
             if (!key) {
-                const QString shown = texts.at(i).isString()
-                    ? QLatin1Char('"') + texts.at(i).toString() + QLatin1Char('"')
-                    : QStringLiteral("a value that is not a text");
+                const QString shown = texts.at(i).isString() ? QStringLiteral("\"%1\"").arg(texts.at(i).toString())
+                                                             : QStringLiteral("a value that is not a text");
                 ignore(QStringLiteral("Ignoring %1[%2]: %3 is not a key").arg(path).arg(i).arg(shown));
                 dropped = true;
                 continue;

@@ -3,11 +3,14 @@
 #include "ui/hotkeys/HotkeysController.h"
 #include "ui/hotkeys/KeyRecorder.h"
 
+#include <QColor>
+#include <QFont>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPalette>
 #include <QPushButton>
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
@@ -264,9 +267,9 @@ void HotkeysView::updateDetails()
     const QString identifier = selectedCommand();
     const HotkeyTable::Row *row =
         m_controller && !identifier.isEmpty() ? m_controller->table().row(identifier) : nullptr;
-    m_add->setEnabled(row);
-    m_clear->setEnabled(row && !row->keys().isEmpty());
-    m_reset->setEnabled(row && row->userKeys.has_value());
+    m_add->setEnabled(row != nullptr);
+    m_clear->setEnabled(row != nullptr && !row->keys().isEmpty());
+    m_reset->setEnabled(row != nullptr && row->userKeys.has_value());
     m_resetAll->setEnabled(m_controller && !m_controller->table().bindings().isEmpty());
     if (!row) {
         m_details->clear();

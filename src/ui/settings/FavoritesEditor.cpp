@@ -14,6 +14,8 @@
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 // Asks for a folder without blocking: the dialog reports when the user has chosen.

@@ -1,5 +1,6 @@
 #include "ui/settings/SettingEditors.h"
 
+#include "core/app/Translate.h"
 #include "core/fs/Applications.h"
 #include "core/model/PXFile.h"
 #include "core/settings/ObservableSettings.h"
@@ -8,8 +9,10 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QIcon>
 #include <QMetaProperty>
 #include <QPainter>
+#include <QPen>
 #include <QPixmap>
 #include <QPointer>
 #include <QPushButton>
@@ -19,6 +22,8 @@
 #include <cmath>
 
 namespace {
+
+constexpr Translator tr("SettingEditors");
 
 QMetaProperty propertyOf(const QObject *settings, const char *name)
 {
@@ -178,7 +183,7 @@ QWidget *applicationButton(QObject *settings, const SettingRow &row, const QMeta
     follow(settings, row, button, [button](const QVariant &value) {
         const PXFilePtr file = value.value<PXFilePtr>();
         if (!file) {
-            button->setText(QObject::tr("Choose…"));
+            button->setText(tr("Choose…"));
             button->setIcon({});
             return;
         }

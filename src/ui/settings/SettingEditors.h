@@ -6,7 +6,6 @@
 
 class QObject;
 class QWidget;
-class PXFile;
 
 // Makes the editor of one row from its property's type: a check box for a Boolean, a spin box for
 // a number, a menu of titled choices for a value set, a colour button, an application button for
