@@ -1,6 +1,5 @@
 #include "ui/hotkeys/HotkeysController.h"
 
-#include "core/app/Translate.h"
 #include "core/settings/AppSettings.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandKeys.h"
@@ -13,8 +12,6 @@
 #include <functional>
 
 namespace {
-
-constexpr Translator tr("HotkeysController");
 
 // The viewer's commands go by short names in the hotkeys, as the user's bindings store them.
 const QHash<int, QString> &shortNames()

@@ -19,6 +19,7 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -99,7 +100,11 @@ QWidget *integerBox(QObject *settings, const SettingRow &row, const QMetaPropert
     box->setRange(int(row.minimum), int(row.maximum));
     box->setSingleStep(int(std::max(1.0, row.step)));
     box->setSuffix(row.translatedSuffix());
-    follow(settings, row, box, [box](const QVariant &value) { box->setValue(value.toInt()); });
+    // Only a different value is shown: setting the same one would disturb the user's typing.
+    follow(settings, row, box, [box](const QVariant &value) {
+        if (box->value() != value.toInt())
+            box->setValue(value.toInt());
+    });
     const QPointer<QObject> target(settings);
     QObject::connect(box, &QSpinBox::valueChanged, box, [target, property](int value) {
         if (target)
@@ -115,7 +120,10 @@ QWidget *numberBox(QObject *settings, const SettingRow &row, const QMetaProperty
     box->setRange(row.minimum, row.maximum);
     box->setSingleStep(row.step);
     box->setSuffix(row.translatedSuffix());
-    follow(settings, row, box, [box](const QVariant &value) { box->setValue(value.toDouble()); });
+    follow(settings, row, box, [box](const QVariant &value) {
+        if (box->value() != value.toDouble())
+            box->setValue(value.toDouble());
+    });
     const QPointer<QObject> target(settings);
     QObject::connect(box, &QDoubleSpinBox::valueChanged, box, [target, property](double value) {
         if (target)
@@ -164,12 +172,12 @@ QWidget *colorButton(QObject *settings, const SettingRow &row, const QMetaProper
         dialog->setOption(QColorDialog::ShowAlphaChannel);
         QObject::connect(dialog, &QColorDialog::currentColorChanged, button, [target, property](const QColor &color) {
             if (target && color.isValid())
-                property.write(target, color);
+                property.write(target, QVariant::fromValue(color));
         });
         const QColor before = property.read(target).value<QColor>();
         QObject::connect(dialog, &QDialog::rejected, button, [target, property, before] {
             if (target)
-                property.write(target, before);
+                property.write(target, QVariant::fromValue(before));
         });
         dialog->open();
     });
