@@ -91,7 +91,8 @@ SettingsWindow::SettingsWindow(AppSettings *settings, HotkeysController *hotkeys
         widest = std::max(widest, m_sections->fontMetrics().horizontalAdvance(item->text()));
         m_pages->addWidget(makeSection(section));
     }
-    m_sections->setFixedWidth(widest + 24 + 48);
+    // The longest title beside its icon, with room for the gap, the frame and the margins.
+    m_sections->setFixedWidth(widest + m_sections->iconSize().width() + 48);
 
     auto *layout = new QHBoxLayout(this);
     layout->addWidget(m_sections);
