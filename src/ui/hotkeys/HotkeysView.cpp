@@ -174,7 +174,7 @@ void HotkeysView::refreshRows()
             const bool conflict = table.hasConflict(row->identifier);
             title->setData(conflict, ConflictRole);
             keys->setIcon(conflict ? QIcon::fromTheme(QStringLiteral("dialog-warning")) : QIcon());
-            keys->setData(conflict ? QVariant(QColor(Qt::red)) : QVariant(), Qt::ForegroundRole);
+            keys->setData(conflict ? QVariant::fromValue(QColor(Qt::red)) : QVariant(), Qt::ForegroundRole);
             keys->setToolTip(conflict ? tr("This key is also used by another command") : QString());
             keys->setData(conflict ? tr("%1, conflicting").arg(keys->text()) : keys->text(), Qt::AccessibleTextRole);
         }
