@@ -1,6 +1,7 @@
 #include "ui/settings/SettingsWindow.h"
 
 #include "core/settings/AppSettings.h"
+#include "ui/hotkeys/HotkeysController.h"
 #include "ui/hotkeys/HotkeysView.h"
 #include "ui/settings/ApplicationChooserDialog.h"
 #include "ui/settings/FavoritesEditor.h"
