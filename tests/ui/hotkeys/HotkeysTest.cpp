@@ -55,8 +55,9 @@ TEST(Hotkeys, EveryCommandOfTheWindowsHasARowAndNoTwoDefaultsCollide)
             continue;
         const QString identifier = hotkeys.identifierOf(item->commandId(), item->argument());
         EXPECT_FALSE(identifier.isEmpty()) << qPrintable(CommandKeys::itemName(item->commandId(), item->argument()));
-        if (const HotkeyTable::Row *row = table.row(identifier))
+        if (const HotkeyTable::Row *row = table.row(identifier)) {
             EXPECT_EQ(item->shortcuts(), row->keys()) << qPrintable(identifier);
+        }
     }
 
     // The viewer's commands go by their short names, in the groups the user looks for them in.
@@ -83,10 +84,12 @@ TEST(Hotkeys, EveryCommandOfTheWindowsHasARowAndNoTwoDefaultsCollide)
         const HotkeyTable::Row *row = table.row(name);
         ASSERT_TRUE(row) << qPrintable(name);
         EXPECT_EQ(row->identifier, name);
-        if (scrolling.contains(name))
+        if (scrolling.contains(name)) {
             EXPECT_EQ(row->group, "Keyboard Image Scrolling");
-        if (video.contains(name))
+        }
+        if (video.contains(name)) {
             EXPECT_EQ(row->group, "Video Player Control");
+        }
     }
     EXPECT_EQ(table.row("renameFile")->keys(), Keys{QKeySequence(Qt::Key_F2)});
     EXPECT_EQ(table.row("moveToTrash")->keys(), Keys{QKeySequence(Qt::Key_Delete)});

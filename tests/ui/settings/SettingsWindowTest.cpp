@@ -37,8 +37,9 @@ TEST(SettingsWindow, EverySettingHasAnEditorOrASectionOfItsOwnAndEveryControlIsN
             const bool elsewhere = owner == SettingRow::Owner::app && SettingRows::editedElsewhere().contains(name);
             EXPECT_TRUE(inRows != elsewhere)
                 << "rows: " << inRows << ", elsewhere: " << elsewhere << " for " << qPrintable(name);
-            if (inRows)
+            if (inRows) {
                 EXPECT_TRUE(window.editorFor(property.name())) << "no editor for " << qPrintable(name);
+            }
         }
     };
     check(*settings, SettingRow::Owner::app);
@@ -48,8 +49,9 @@ TEST(SettingsWindow, EverySettingHasAnEditorOrASectionOfItsOwnAndEveryControlIsN
     for (const SettingRow &row : SettingRows::all()) {
         const QObject *owner = row.owner == SettingRow::Owner::app ? static_cast<const QObject *>(settings)
                                                                    : settings->slideshowSettings().get();
-        if (row.enabledBy)
+        if (row.enabledBy) {
             EXPECT_GE(owner->metaObject()->indexOfProperty(row.enabledBy), 0) << row.enabledBy;
+        }
     }
 
     // Every control says what it is, to the eye or to a screen reader.
