@@ -7,6 +7,7 @@
 #include "ui/settings/FavoritesEditor.h"
 #include "ui/settings/SettingRows.h"
 #include "ui/windows/CommandRegistry.h"
+#include "ui/windows/TabbedWindow.h"
 
 #include "support/TestDir.h"
 #include "ui/ShellFixture.h"
