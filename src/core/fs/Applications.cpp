@@ -209,4 +209,22 @@ ApplicationInfo applicationInfo(const QString &desktopFile)
     return info;
 }
 
+QList<ApplicationInfo> installedApplications(const QStringList &mimeTypes)
+{
+    if (mimeTypes.isEmpty())
+        return allApplications();
+    QList<ApplicationInfo> result;
+    QStringList seen;
+    for (const QString &mimeType : mimeTypes) {
+        for (ApplicationInfo &info : applicationsForType(mimeType)) {
+            if (seen.contains(info.desktopFile))
+                continue;
+            seen.append(info.desktopFile);
+            result.append(std::move(info));
+        }
+    }
+    std::stable_sort(result.begin(), result.end(), nameLess);
+    return result;
+}
+
 } // namespace Applications

@@ -45,5 +45,8 @@ QList<ApplicationInfo> applicationsForType(const QString &mimeType);
 QList<ApplicationInfo> allApplications();
 // The application of one .desktop file; a null desktopFile when it is not one.
 ApplicationInfo applicationInfo(const QString &desktopFile);
+// The applications that open any of `mimeTypes` (every application shown in menus when the
+// list is empty), by name, each once; Pixcove itself is left out. Call it off the GUI thread.
+QList<ApplicationInfo> installedApplications(const QStringList &mimeTypes = {});
 
 } // namespace Applications

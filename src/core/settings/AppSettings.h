@@ -2,6 +2,7 @@
 
 #include "core/model/PXFileForward.h"
 #include "core/settings/FileBookmark.h"
+#include "core/settings/HotkeyBindings.h"
 #include "core/settings/ObservableSettings.h"
 #include "core/settings/SettingsValueSets.h"
 #include "core/settings/SlideshowSettings.h"
@@ -98,6 +99,9 @@ class AppSettings : public ObservableSettings
     PIXCOVE_SETTING(double, settingsVersion, setSettingsVersion, currentSettingsVersion);
     PIXCOVE_SETTING(AlertsAndWarnings, alertsAndWarnings, setAlertsAndWarnings);
     PIXCOVE_SETTING(bool, alwaysUseThirdPartyVideoPlayer, setAlwaysUseThirdPartyVideoPlayer, false);
+    // The keys the user chose for commands; left out of the file while there are none, and read
+    // forgivingly: a bad binding is dropped with a log line, never the file.
+    PIXCOVE_SETTING(HotkeyBindings, hotkeys, setHotkeys);
     PIXCOVE_UNSAVED_SETTING(std::optional<SettingsSection>, selectedSettingsSection, setSelectedSettingsSection,
                             SettingsSection::general);
 

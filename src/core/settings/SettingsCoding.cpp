@@ -3,6 +3,7 @@
 #include "core/fs/ZQFileRecord.h"
 #include "core/model/PXFile.h"
 #include "core/settings/FileBookmark.h"
+#include "core/settings/HotkeyBindings.h"
 #include "core/settings/SlideshowSettings.h"
 #include "core/settings/WindowSettings.h"
 
@@ -430,6 +431,20 @@ void readValue(SettingsReader &reader, const QString &key, QList<FileBookmark> &
     reader.readList(key, bookmarks, &FileBookmark::fromJson);
 }
 
+// The user's hotkeys: read entry by entry, so that one bad binding never fails the settings file.
+void writeValue(SettingsWriter &writer, const QString &key, const HotkeyBindings &bindings)
+{
+    if (!bindings.isEmpty())
+        writer.write(key, QJsonValue(bindings.toJson()));
+}
+
+void readValue(SettingsReader &reader, const QString &key, HotkeyBindings &bindings)
+{
+    const QJsonValue json = reader.value(key);
+    if (!json.isUndefined())
+        bindings = HotkeyBindings::fromJson(json, reader.pathOf(key));
+}
+
 // The other forms are the reader's and the writer's own.
 template<typename T>
 void writeValue(SettingsWriter &writer, const QString &key, const T &value)
@@ -481,6 +496,7 @@ const QHash<int, PropertyForm> &propertyForms()
         formOf<QList<WindowSettingsPtr>>(),
         formOf<SlideshowSettingsPtr>(),
         formOf<QList<FileBookmark>>(),
+        formOf<HotkeyBindings>(),
     };
     return forms;
 }

@@ -19,6 +19,9 @@
 #include "ui/app/UpdateController.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/rename/RenameManager.h"
+#include "ui/hotkeys/HotkeysController.h"
+#include "ui/settings/SettingsWindow.h"
+#include "ui/windows/CommandKeys.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowController.h"
 #include "ui/windows/MainWindowViewController.h"
@@ -92,6 +95,8 @@ AppDelegate::AppDelegate(QObject *parent)
     m_updateController =
         std::make_unique<UpdateController>(m_settingsManager->settings(), QUrl(BuildConfiguration::appcastLink()),
                                            BuildConfiguration::version());
+    m_hotkeysController = std::make_unique<HotkeysController>(m_settingsManager->settings(), CommandRegistry::shared(),
+                                                              CommandKeys::shared());
     registerCommands();
     // A window that closes may have been the last one.
     connect(m_mainWindowsManager, &MainWindowsManager::windowControllersChanged, this,
@@ -106,6 +111,7 @@ AppDelegate::AppDelegate(QObject *parent)
 
 AppDelegate::~AppDelegate()
 {
+    delete m_settingsWindow.data();
     CommandRegistry &registry = CommandRegistry::shared();
     if (registry.application() == this)
         registry.setApplication(nullptr);
@@ -140,6 +146,9 @@ void AppDelegate::registerCommands()
         .on(&AppDelegate::previousImageWindow, &AppDelegate::hasImageWindows);
     registry.bindApplicationCommand(CommandId::nextImageWindow)
         .on(&AppDelegate::nextImageWindow, &AppDelegate::hasImageWindows);
+    registry.bindApplicationCommand(CommandId::openSettings).on(&AppDelegate::openSettings);
+    registry.bindApplicationCommand(CommandId::openOpenWithEditor).on(&AppDelegate::openOpenWithEditor);
+    registry.bindApplicationCommand(CommandId::openMoveToEditor).on(&AppDelegate::openMoveToEditor);
     registry.setApplication(this);
 }
 
@@ -520,4 +529,32 @@ bool AppDelegate::canUndoFileOperation() const
 bool AppDelegate::canRedoFileOperation() const
 {
     return FileOperationHistory::shared().canRedo();
+}
+
+// MARK: settings window
+
+SettingsWindow *AppDelegate::settingsWindow() const
+{
+    return m_settingsWindow;
+}
+
+void AppDelegate::openSettings()
+{
+    if (!m_settingsWindow)
+        m_settingsWindow = new SettingsWindow(m_settingsManager->settings(), m_hotkeysController.get());
+    m_settingsWindow->show();
+    m_settingsWindow->raise();
+    m_settingsWindow->activateWindow();
+}
+
+void AppDelegate::openOpenWithEditor()
+{
+    openSettings();
+    m_settingsWindow->editFavoriteApplications();
+}
+
+void AppDelegate::openMoveToEditor()
+{
+    openSettings();
+    m_settingsWindow->editFavoriteFolders();
 }

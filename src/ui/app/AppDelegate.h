@@ -18,6 +18,8 @@ class ActivitiesWindowController;
 class AppSettings;
 class AuxiliaryWindowsManager;
 class FlagManager;
+class HotkeysController;
+class SettingsWindow;
 class ImageWindowsManager;
 class SlideshowWindowsManager;
 class MainWindowsManager;
@@ -107,6 +109,14 @@ public:
 
     bool finishedLaunching() const { return m_finishedLaunching; }
 
+    // The settings window, made on first use and shown in front; the favourites commands show its
+    // Favorites section with their list focused.
+    void openSettings();
+    void openOpenWithEditor();
+    void openMoveToEditor();
+    SettingsWindow *settingsWindow() const;
+    HotkeysController *hotkeysController() const { return m_hotkeysController.get(); }
+
     // Hooks that other windows and tests install.
     void setActivitiesGate(ActivitiesGate *gate); // not owned; null: no activities
     std::function<void()> closeSlideshows;
@@ -143,6 +153,8 @@ private:
     std::unique_ptr<UpdateController> m_updateController;
     QList<QPointer<QWidget>> m_hiddenWindows;
     bool m_lastWindowCheckQueued = false;
+    std::unique_ptr<HotkeysController> m_hotkeysController;
+    QPointer<SettingsWindow> m_settingsWindow;
 
     bool m_finishedLaunching = false;
     bool m_openedInitialWindow = false;

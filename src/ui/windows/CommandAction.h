@@ -19,8 +19,17 @@ public:
     const QVariant &argument() const { return m_argument; }
     // Takes the command's state on its owner.
     void applyState(const CommandState &state);
+    // Carries the command's keys for its value (the user's, else the defaults) and follows them
+    // when the user changes them. Only the items that stand for the command in a window bind
+    // keys: a toolbar button or a context-menu item beside the menu's item would make the key
+    // ambiguous, and Qt then runs neither.
+    void bindKeys(const Command &command);
 
 private:
+    void applyKeys();
+
     CommandId m_commandId;
     QVariant m_argument;
+    QList<QKeySequence> m_defaultKeys;
+    bool m_keysBound = false;
 };

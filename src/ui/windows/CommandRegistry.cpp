@@ -91,10 +91,9 @@ void CommandRegistry::declareApplicationCommands()
     // Undo and redo of file operations, whichever window is in front.
     add(CommandId::undo, TITLE("Undo")).key(QKeySequence::Undo).ownedBy(app);
     add(CommandId::redo, TITLE("Redo")).key(Qt::CTRL | Qt::SHIFT | Qt::Key_Z).ownedBy(app);
-    // Windows that do not exist yet.
-    add(CommandId::openSettings, TITLE("Settings…")).key(QKeySequence::Preferences).unavailable();
-    add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).unavailable();
-    add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).unavailable();
+    add(CommandId::openSettings, TITLE("Settings…")).key(Qt::CTRL | Qt::Key_Comma).ownedBy(app);
+    add(CommandId::openOpenWithEditor, TITLE("Edit Favorite Applications…")).ownedBy(app);
+    add(CommandId::openMoveToEditor, TITLE("Edit Favorite Folders…")).ownedBy(app);
     add(CommandId::checkForUpdates, TITLE("Check for Updates…")).ownedBy(app);
 }
 
@@ -268,9 +267,11 @@ void CommandRegistry::declareViewerCommands()
     // Stepping through a viewer window's files; the main window steps through its grid instead.
     add(CommandId::nextImageInFolder, TITLE("Next Image in Folder"))
         .key(Qt::Key_Right)
+        .key(Qt::Key_PageDown)
         .on(&V::nextImageInFolder, &V::canStepForward);
     add(CommandId::previousImageInFolder, TITLE("Previous Image in Folder"))
         .key(Qt::Key_Left)
+        .key(Qt::Key_PageUp)
         .on(&V::previousImageInFolder, &V::canStepBackward);
 
     // The video player.

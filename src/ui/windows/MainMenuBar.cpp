@@ -28,7 +28,7 @@ struct Builder
     {
         const Command &command = registry.command(id);
         auto *action = new CommandAction(command, argument, title, menu);
-        action->setShortcut(command.defaultKey(argument));
+        action->bindKeys(command);
         action->setEnabled(false);
         menu->addAction(action);
         actions.append(action);

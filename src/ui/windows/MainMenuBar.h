@@ -7,8 +7,8 @@ class CommandRegistry;
 class QMenuBar;
 
 // Fills a main window's menu bar with the commands of the registry, in menus File, Edit, View,
-// Go, Window and Help, each item with the command's default key. The tabbed window runs and validates the
-// items. Commands that are not available yet are shown disabled.
+// Go, Window and Help, each item with the command's keys (CommandAction::bindKeys). The tabbed window
+// runs and validates the items. Commands that are not available yet are shown disabled.
 namespace MainMenuBar {
 
 QList<CommandAction *> build(QMenuBar *menuBar, const CommandRegistry &registry);

@@ -73,7 +73,7 @@ TabbedWindow::TabbedWindow(QWidget *parent)
             || command.id() == CommandId::nextImageInFolder || command.id() == CommandId::previousImageInFolder)
             continue;
         auto *action = new CommandAction(command, {}, {}, this);
-        action->setShortcut(command.defaultKey());
+        action->bindKeys(command);
         action->setEnabled(false);
         m_actions.append(action);
     }

@@ -15,7 +15,7 @@ QList<CommandAction *> install(QWidget *window, MediaViewActionHandler *handler,
     QList<CommandAction *> actions;
     const auto add = [&](const Command &command) {
         auto *action = new CommandAction(command, {}, {}, window);
-        action->setShortcut(command.defaultKey());
+        action->bindKeys(command);
         action->setShortcutContext(Qt::WindowShortcut);
         window->addAction(action);
         actions.append(action);
@@ -31,7 +31,8 @@ QList<CommandAction *> install(QWidget *window, MediaViewActionHandler *handler,
     for (const Command &command : registry.commands()) {
         const bool steps =
             command.id() == CommandId::nextImageInFolder || command.id() == CommandId::previousImageInFolder;
-        if (command.owner() == CommandOwner::viewer && !command.defaultKey().isEmpty() && (stepping || !steps))
+        // Every one, with keys or not: the user may give keys to any.
+        if (command.owner() == CommandOwner::viewer && (stepping || !steps))
             add(command);
     }
     for (CommandId id : applicationCommands)

@@ -54,6 +54,8 @@ QVariant otherValue(const QVariant &current, const TestDir &dir)
         return QVariant::fromValue(current.value<ThumbnailInfoOptions>() ^ ThumbnailInfoOption::kind);
     if (holds<AlertsAndWarnings>(current))
         return QVariant::fromValue(current.value<AlertsAndWarnings>() ^ AlertsAndWarning::folderDepthWarning);
+    if (holds<HotkeyBindings>(current))
+        return QVariant::fromValue(HotkeyBindings{{{QStringLiteral("renameFile"), {QKeySequence(Qt::Key_F3)}}}});
     if (holds<QList<FileBookmark>>(current))
         return QVariant::fromValue(
             QList<FileBookmark>{{PXFile::fileForPath(dir.filePath(QStringLiteral("a"))), QStringLiteral("Trips")}});
@@ -166,6 +168,9 @@ TEST(SettingsProperties, AValueOfTheWrongKindNamesItsKeyWhereverItIs)
         for (const QMetaProperty &property : SettingsCoding::storedProperties(*settings)) {
             SCOPED_TRACE(property.name());
             const QString key = QString::fromLatin1(property.name());
+            // The hotkeys are read entry by entry and never fail the file (HotkeyBindingsTest).
+            if (property.metaType() == QMetaType::fromType<HotkeyBindings>())
+                continue;
             const bool isBool = property.metaType() == QMetaType::fromType<bool>();
             const auto [json, path] = wrap(*settings->metaObject(), key, isBool ? QJsonValue("yes") : QJsonValue(true));
             const QString error = decodeApp(json);
