@@ -157,14 +157,11 @@ private:
     void transferTo(int kind, const QString &folderPath);
     // Asks before opening `count` files when they are many; true to go on.
     bool confirmOpening(qsizetype count);
-
-    ThumbnailsViewController *m_pane;
-    ContextMenuFactory m_contextMenuFactory;
-    Dialogs m_dialogs;
     void rotatePermanent(bool clockwise);
 
     ThumbnailsViewController *m_pane;
     ContextMenuFactory m_contextMenuFactory;
+    Dialogs m_dialogs;
     QPointer<FileOperationsController> m_operations;
     QPointer<QMenu> m_dropMenu;
     mutable SelectedFilesInfo m_selectedFilesInfo;
