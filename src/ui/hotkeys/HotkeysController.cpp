@@ -1,5 +1,6 @@
 #include "ui/hotkeys/HotkeysController.h"
 
+#include "core/model/ColorLabels.h"
 #include "core/settings/AppSettings.h"
 #include "ui/windows/CommandAction.h"
 #include "ui/windows/CommandKeys.h"
@@ -146,6 +147,14 @@ void HotkeysController::buildTable(const CommandRegistry &registry)
     for (QAction *top : scratch.actions()) {
         if (QMenu *menu = top->menu())
             walk(menu, plainTitle(menu->title()), {});
+    }
+
+    // The label swatches share one widget in the File menu instead of being items of their own.
+    for (int value = 0; value <= 7; ++value) {
+        if (m_table.row(CommandKeys::itemName(CommandId::changeFinderLabel, value)))
+            continue;
+        const QString title = value ? ColorLabels::title(value) : tr("No Label");
+        addItem(CommandId::changeFinderLabel, value, tr("Label") + QStringLiteral(" › ") + title, tr("File"));
     }
 
     // The viewer's commands without a menu item work by their keys alone.

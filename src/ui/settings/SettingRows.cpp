@@ -37,6 +37,7 @@ QList<SettingRow> makeRows()
     const char *thumbnails = LABEL("Thumbnails");
     const char *appearance = LABEL("Thumbnail Appearance");
     const char *preview = LABEL("Preview");
+    const char *updates = LABEL("Updates");
     const char *quickview = LABEL("Quick View");
     const char *imageWindows = LABEL("Image Windows");
     const char *slideshow = LABEL("Slideshow");
@@ -52,6 +53,8 @@ QList<SettingRow> makeRows()
             .when("openImageDestination", otherApplication),
         row(Section::general, videos, app, "alwaysUseThirdPartyVideoPlayer",
             LABEL("Always play videos with the VLC player")),
+        row(Section::general, updates, app, "automaticallyChecksForUpdates", LABEL("Check for updates automatically")),
+        row(Section::general, updates, app, "updateCheckFrequency", LABEL("Check")),
         row(Section::browser, sidebar, app, "sidebarAllowsKeyboardControl",
             LABEL("Arrow keys move through the sidebar")),
         row(Section::browser, sidebar, app, "sidebarAutoexpandOnSelection",
@@ -162,6 +165,7 @@ const QStringList &editedElsewhere()
         QStringLiteral("slideshowSettings"),
         QStringLiteral("isFirstLaunch"),
         QStringLiteral("firstLaunchDate"),
+        QStringLiteral("lastUpdateCheckDate"),
         QStringLiteral("settingsVersion"),
     };
     return names;
@@ -203,6 +207,8 @@ QString valueTitle(const QMetaEnum &valueSet, int raw)
         }
     } else if (name == "SlideshowTransitionStyle") {
         return slideshowTransitionStyleTitle(SlideshowTransitionStyle(raw));
+    } else if (name == "UpdateCheckFrequency") {
+        return updateCheckFrequencyTitle(UpdateCheckFrequency(raw));
     }
     const char *key = valueSet.valueToKey(raw);
     return key ? QString::fromLatin1(key) : QString::number(raw);

@@ -231,8 +231,13 @@ void CommandRegistry::declareViewerCommands()
     add(CommandId::zoomTo50Percent, TITLE("Zoom to 50%"))
         .key(Qt::CTRL | Qt::Key_5)
         .on(&V::zoomTo50Percent, &V::canChangeImage);
-    add(CommandId::zoomIn, TITLE("Zoom In")).key(Qt::CTRL | Qt::Key_Plus).on(&V::zoomIn, &V::canChangeImage);
-    add(CommandId::zoomOut, TITLE("Zoom Out")).key(Qt::CTRL | Qt::Key_Minus).on(&V::zoomOut, &V::canChangeImage);
+    // With Shift: Ctrl++ and Ctrl+- make the grid's thumbnails larger and smaller.
+    add(CommandId::zoomIn, TITLE("Zoom In"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus)
+        .on(&V::zoomIn, &V::canChangeImage);
+    add(CommandId::zoomOut, TITLE("Zoom Out"))
+        .key(Qt::CTRL | Qt::SHIFT | Qt::Key_Minus)
+        .on(&V::zoomOut, &V::canChangeImage);
     add(CommandId::rotate180, TITLE("Rotate 180°")).on(&V::rotate180, &V::canChangeImage);
     add(CommandId::rotateClockwise, TITLE("Rotate Clockwise"))
         .key(Qt::CTRL | Qt::Key_R)

@@ -13,9 +13,9 @@
 
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QDropEvent>
 #include <QMenu>
 #include <QMessageBox>
-#include <QDropEvent>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTimer>
@@ -177,7 +177,8 @@ TEST(ActivitiesWindow, QuittingWhileActivitiesWorkAsksFirst)
         Answerer answerer(*delegate.fileHandler(), {"quit"});
         delegate.requestQuit();
         EXPECT_TRUE(cancelled);
-        EXPECT_EQ(steps, (QStringList{"cancelled", "activities", "slideshows", "renamer", "windows", "terminate"}));
+        EXPECT_EQ(steps,
+                  (QStringList{"cancelled", "activities", "slideshows", "viewers", "renamer", "windows", "terminate"}));
     }
     FileOperationHistory::setShared(nullptr);
     ActivitiesManager::setShared(nullptr);
