@@ -11,7 +11,6 @@
 #include <QImage>
 #include <QImageReader>
 #include <QImageWriter>
-#include <QRandomGenerator>
 #include <QSet>
 #include <QTransform>
 
@@ -56,43 +55,10 @@ QString errnoText(int code)
 // alone. Empty, or why not.
 QString replaceFile(const QByteArray &path, int in, const struct stat &before, const QByteArray &bytes)
 {
-    const QByteArray temporary = ZQItemCopier::folderOf(path) + "/.pixcove-turn-"
-        + QByteArray::number(QRandomGenerator::global()->generate64(), 36);
-    const int out = ::open(temporary.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
-    if (out < 0)
-        return errnoText(errno);
-    int error = 0;
-    for (qsizetype at = 0; error == 0 && at < bytes.size();) {
-        const ssize_t written = ::write(out, bytes.constData() + at, size_t(bytes.size() - at));
-        if (written < 0 && errno != EINTR)
-            error = errno;
-        at += written > 0 ? written : 0;
-    }
-    if (error == 0)
-        error = ZQItemCopier::copyExtendedAttributes(in, out, path);
-    if (error == 0) {
-        if (::geteuid() == 0) [[maybe_unused]]
-            const int ignored = ::fchown(out, before.st_uid, before.st_gid);
-        ::fchmod(out, before.st_mode & 07777);
-        if (::fsync(out) != 0)
-            error = errno;
-    }
-    ::close(out);
-    struct stat now
-    { };
-    if (error == 0
-        && (::stat(path.constData(), &now) != 0 || now.st_ino != before.st_ino || now.st_size != before.st_size
-            || now.st_mtim.tv_sec != before.st_mtim.tv_sec || now.st_mtim.tv_nsec != before.st_mtim.tv_nsec)) {
-        ::unlink(temporary.constData());
+    const int error = ZQItemCopier::replaceContents(path, in, before, bytes);
+    if (error == ECANCELED)
         return tr("It changed while it was being turned.");
-    }
-    if (error == 0)
-        error = ZQItemCopier::renameInto(temporary, path, true);
-    if (error != 0) {
-        ::unlink(temporary.constData());
-        return errnoText(error);
-    }
-    return {};
+    return error != 0 ? errnoText(error) : QString();
 }
 
 // The picture turned and written again without loss (PNG, lossless WebP).

@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QImageWriter>
-#include <QRandomGenerator>
 #include <QTransform>
 
 #include <exiv2/exiv2.hpp>
@@ -308,47 +307,12 @@ Result rotateFile(const QString &path, Turn turn, Fallback fallback)
         return failed(result.error);
     }
     // Written beside the original and renamed over it: the picture is whole at every moment.
-    const QByteArray folder = ZQItemCopier::folderOf(nativePath);
-    const QByteArray temporary =
-        folder + "/.pixcove-turn-" + QByteArray::number(QRandomGenerator::global()->generate64(), 36);
-    const int out = ::open(temporary.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
-    if (out < 0) {
-        ::close(in);
-        return failed(QString::fromLocal8Bit(std::strerror(errno)));
-    }
-    int error = 0;
-    for (qsizetype at = 0; error == 0 && at < bytes.size();) {
-        const ssize_t written = ::write(out, bytes.constData() + at, size_t(bytes.size() - at));
-        if (written < 0 && errno != EINTR)
-            error = errno;
-        at += written > 0 ? written : 0;
-    }
-    if (error == 0)
-        error = ZQItemCopier::copyExtendedAttributes(in, out, nativePath);
-    if (error == 0) {
-        if (::geteuid() == 0) [[maybe_unused]]
-            const int ignored = ::fchown(out, before.st_uid, before.st_gid);
-        ::fchmod(out, before.st_mode & 07777);
-        if (::fsync(out) != 0)
-            error = errno;
-    }
-    ::close(out);
+    const int error = ZQItemCopier::replaceContents(nativePath, in, before, bytes);
     ::close(in);
-    // A file changed since it was read is not replaced by a turn of its old content.
-    struct stat now
-    { };
-    if (error == 0
-        && (::stat(nativePath.constData(), &now) != 0 || now.st_ino != before.st_ino || now.st_size != before.st_size
-            || now.st_mtim.tv_sec != before.st_mtim.tv_sec || now.st_mtim.tv_nsec != before.st_mtim.tv_nsec)) {
-        ::unlink(temporary.constData());
+    if (error == ECANCELED)
         return failed(tr("It changed while it was being turned."));
-    }
-    if (error == 0 && ::rename(temporary.constData(), nativePath.constData()) != 0)
-        error = errno;
-    if (error != 0) {
-        ::unlink(temporary.constData());
+    if (error != 0)
         return failed(QString::fromLocal8Bit(std::strerror(error)));
-    }
     return result;
 }
 

@@ -72,6 +72,44 @@ QByteArray temporaryName()
 // user.xdg.tags, so a failure to write a user attribute fails the copy, except on a file system
 // that keeps none (then it is logged). Attributes of other namespaces (security, trusted, system)
 // are carried where allowed.
+int ZQItemCopier::replaceContents(const QByteArray &path, int in, const struct stat &before, const QByteArray &bytes)
+{
+    const QByteArray temporary =
+        folderOf(path) + "/.pixcove-turn-" + QByteArray::number(QRandomGenerator::global()->generate64(), 36);
+    const int out = ::open(temporary.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+    if (out < 0)
+        return errno;
+    int error = 0;
+    for (qsizetype at = 0; error == 0 && at < bytes.size();) {
+        const ssize_t written = ::write(out, bytes.constData() + at, size_t(bytes.size() - at));
+        if (written < 0 && errno != EINTR)
+            error = errno;
+        at += written > 0 ? written : 0;
+    }
+    if (error == 0)
+        error = copyExtendedAttributes(in, out, path);
+    if (error == 0) {
+        if (::geteuid() == 0) [[maybe_unused]]
+            const int ignored = ::fchown(out, before.st_uid, before.st_gid);
+        ::fchmod(out, before.st_mode & 07777);
+        if (::fsync(out) != 0)
+            error = errno;
+    }
+    ::close(out);
+    // A file changed since it was read is not replaced by a version of its old content.
+    struct stat now
+    { };
+    if (error == 0
+        && (::stat(path.constData(), &now) != 0 || now.st_ino != before.st_ino || now.st_size != before.st_size
+            || now.st_mtim.tv_sec != before.st_mtim.tv_sec || now.st_mtim.tv_nsec != before.st_mtim.tv_nsec))
+        error = ECANCELED;
+    if (error == 0)
+        error = renameInto(temporary, path, true);
+    if (error != 0)
+        ::unlink(temporary.constData());
+    return error;
+}
+
 int ZQItemCopier::copyExtendedAttributes(int in, int out, const QByteArray &sourcePath)
 {
     ssize_t listSize = ::flistxattr(in, nullptr, 0);

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <sys/stat.h>
+
 #include <vector>
 
 class ZQFileOperationProgress;
@@ -48,6 +50,11 @@ public:
     // Copies the extended attributes of one open file to another (colour labels among them); 0 or
     // an errno. A destination that keeps none is logged, not an error.
     static int copyExtendedAttributes(int in, int out, const QByteArray &pathForLog);
+    // Replaces the file at `path` (open as `in`, described by `before`) with `bytes` in one step:
+    // written beside it under a temporary name with its owner, permissions and extended
+    // attributes, synced, then renamed over it, so that the file is whole at every moment. A file
+    // changed since `before` is left alone (ECANCELED). 0 or an errno.
+    static int replaceContents(const QByteArray &path, int in, const struct stat &before, const QByteArray &bytes);
     // The folder part of a native path ("/" for an item in the root).
     static QByteArray folderOf(const QByteArray &path);
     static QByteArray nameOf(const QByteArray &path);
