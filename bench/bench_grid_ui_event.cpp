@@ -3,6 +3,7 @@
 // to bottom at 60 steps per second, and the resident memory afterwards.
 // Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
+#include "ThreadTimes.h"
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
@@ -25,28 +26,6 @@
 #include <cstdio>
 
 namespace {
-// What the calling thread has had from the scheduler: time on a core, and time runnable but
-// waiting for one (the machine busy with other threads or processes). Whatever else passes while
-// the GUI thread does not come back is time it slept, blocked on a lock or a page of a file.
-struct ThreadTimes
-{
-    qint64 runningUs = 0;
-    qint64 waitingUs = 0;
-};
-
-ThreadTimes threadTimes()
-{
-    // Opened once: a turn of the 1 ms probe costs one read.
-    static const int fd = ::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC);
-    char text[128] = {};
-    if (fd < 0 || ::pread(fd, text, sizeof text - 1, 0) <= 0)
-        return {};
-    unsigned long long running = 0;
-    unsigned long long waiting = 0;
-    std::sscanf(text, "%llu %llu", &running, &waiting);
-    return {qint64(running / 1000), qint64(waiting / 1000)};
-}
-
 long residentKilobytes()
 {
     QFile status(QStringLiteral("/proc/self/status"));

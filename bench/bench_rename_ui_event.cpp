@@ -5,6 +5,7 @@
 // name on the GUI thread at once costs.
 // Usage: bench_rename_ui_event FOLDER [--keys N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots).
+#include "ThreadTimes.h"
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
 #include "core/rename/PXBatchOutlineModel.h"
@@ -29,25 +30,6 @@
 #include <cstdio>
 
 namespace {
-
-// Time the calling thread ran on a core, and waited runnable for one.
-struct ThreadTimes
-{
-    qint64 runningUs = 0;
-    qint64 waitingUs = 0;
-};
-
-ThreadTimes threadTimes()
-{
-    static const int fd = ::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC);
-    char text[128] = {};
-    if (fd < 0 || ::pread(fd, text, sizeof text - 1, 0) <= 0)
-        return {};
-    unsigned long long running = 0;
-    unsigned long long waiting = 0;
-    std::sscanf(text, "%llu %llu", &running, &waiting);
-    return {qint64(running / 1000), qint64(waiting / 1000)};
-}
 
 // The rule set of someone sorting a holiday: the camera's name replaced by a text being typed,
 // then a running number, and the date the picture was taken in front.
