@@ -7,6 +7,7 @@
 //   bench_file_operations_event move FOLDER COUNT    (COUNT files from FOLDER/a to FOLDER/b)
 //   bench_file_operations_event trash FOLDER COUNT   (COUNT files, into FOLDER/Trash)
 //   bench_file_operations_event rotate FOLDER 0      (every JPEG in FOLDER a quarter turn, in place)
+#include "StallMeter.h"
 #include "core/activities/ActivitiesManager.h"
 #include "core/activities/ActivitiesModel.h"
 #include "core/fs/operations/ZQFileController.h"
@@ -20,8 +21,8 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFileInfo>
 #include <QFile>
+#include <QFileInfo>
 #include <QTimer>
 
 #include <algorithm>
@@ -29,28 +30,6 @@
 #include <sys/resource.h>
 
 namespace {
-
-// Ticks on the main thread as often as it can and keeps the longest gap between two ticks.
-class StallMeter
-{
-public:
-    StallMeter()
-    {
-        m_timer.setInterval(1); // as often as the loop turns: any longer gap is work on this thread
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            m_longestNs = std::max(m_longestNs, m_sinceTick.nsecsElapsed());
-            m_sinceTick.restart();
-        });
-        m_sinceTick.start();
-        m_timer.start();
-    }
-    double longestMs() const { return double(m_longestNs) / 1e6; }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_sinceTick;
-    qint64 m_longestNs = 0;
-};
 
 double cpuSeconds()
 {
@@ -155,13 +134,12 @@ int main(int argc, char **argv)
     const double cpuBefore = cpuSeconds();
     QElapsedTimer clock;
     clock.start();
-    ActivityItem *activity =
-        manager.performOperation(type, ZQFileOperationGroup(std::move(units), destination),
-                                 [&](const FileOperationOutcome &done) {
-                                     outcome = done;
-                                     completed = true;
-                                     loop.quit();
-                                 });
+    ActivityItem *activity = manager.performOperation(type, ZQFileOperationGroup(std::move(units), destination),
+                                                      [&](const FileOperationOutcome &done) {
+                                                          outcome = done;
+                                                          completed = true;
+                                                          loop.quit();
+                                                      });
     if (!activity) {
         std::fprintf(stderr, "the operation could not be started\n");
         return 1;
@@ -190,6 +168,6 @@ int main(int argc, char **argv)
     }
     // "seconds cpu-seconds bytes files units progress-reports longest-main-thread-stall-ms"
     std::printf("%.4f %.4f %lld %lld %lld %d %.1f\n", seconds, cpu, static_cast<long long>(bytes),
-                static_cast<long long>(files), static_cast<long long>(count), reports, stalls.longestMs());
+                static_cast<long long>(files), static_cast<long long>(count), reports, stalls.longestUs() / 1000.0);
     return 0;
 }

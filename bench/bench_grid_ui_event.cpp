@@ -3,7 +3,7 @@
 // to bottom at 60 steps per second, and the resident memory afterwards.
 // Usage: bench_grid_ui_event FOLDER [--layout right|top|none] [--size N] [--depth N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots) instead of scrolling.
-#include "ThreadTimes.h"
+#include "StallMeter.h"
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
 #include "core/settings/WindowSettings.h"
@@ -121,45 +121,19 @@ int main(int argc, char **argv)
         // its own turns: the longest one is the longest time the GUI thread did not come back.
         // Reported with what the GUI thread did meanwhile: worked, or waited for a core.
         auto *scroller = new QTimer(&app);
-        auto *probe = new QTimer(&app);
         scroller->setTimerType(Qt::PreciseTimer);
-        probe->setTimerType(Qt::PreciseTimer);
         scroller->setInterval(16);
-        probe->setInterval(1);
-        struct Gaps
-        {
-            QElapsedTimer clock;
-            ThreadTimes last = threadTimes();
-            qint64 longestUs = 0;
-            ThreadTimes longest; // during the longest gap
-            qint64 mostWorkUs = 0; // in any gap
-            int overOneFrame = 0;
-        };
-        auto gaps = std::make_shared<Gaps>();
-        gaps->clock.start();
-        QObject::connect(probe, &QTimer::timeout, &app, [gaps] {
-            const qint64 wallUs = gaps->clock.nsecsElapsed() / 1000;
-            gaps->clock.restart();
-            const ThreadTimes now = threadTimes();
-            const ThreadTimes spent{now.runningUs - gaps->last.runningUs, now.waitingUs - gaps->last.waitingUs};
-            gaps->last = now;
-            if (wallUs > gaps->longestUs) {
-                gaps->longestUs = wallUs;
-                gaps->longest = spent;
-            }
-            gaps->mostWorkUs = std::max(gaps->mostWorkUs, spent.runningUs);
-            gaps->overOneFrame += wallUs > 16000 ? 1 : 0;
-        });
+        auto gaps = std::make_shared<StallMeter>();
         const int step = std::max(40, bar->maximum() / 600); // about ten seconds for any folder
-        QObject::connect(scroller, &QTimer::timeout, &app, [&, scroller, probe, gaps, step] {
+        QObject::connect(scroller, &QTimer::timeout, &app, [&, scroller, gaps, step] {
             if (bar->value() >= bar->maximum()) {
                 scroller->stop();
-                probe->stop();
-                out << "longest event-loop stall while scrolling: " << gaps->longestUs / 1000.0 << " ms wall, "
-                    << gaps->longest.runningUs / 1000.0 << " ms of it GUI-thread CPU, "
-                    << gaps->longest.waitingUs / 1000.0 << " ms waiting for a core\n"
-                    << "stalls over 16 ms: " << gaps->overOneFrame
-                    << "; most GUI-thread CPU between two turns: " << gaps->mostWorkUs / 1000.0 << " ms\n"
+                gaps->stop();
+                out << "longest event-loop stall while scrolling: " << gaps->longestUs() / 1000.0 << " ms wall, "
+                    << gaps->longest().runningUs / 1000.0 << " ms of it GUI-thread CPU, "
+                    << gaps->longest().waitingUs / 1000.0 << " ms waiting for a core\n"
+                    << "stalls over 16 ms: " << gaps->overOneFrame()
+                    << "; most GUI-thread CPU between two turns: " << gaps->mostWorkUs() / 1000.0 << " ms\n"
                     << "resident memory: " << residentKilobytes() / 1024 << " MB\n";
                 out.flush();
                 QCoreApplication::quit();
@@ -167,7 +141,6 @@ int main(int argc, char **argv)
             }
             bar->setValue(bar->value() + step);
         });
-        probe->start();
         scroller->start();
     });
     poll->start();

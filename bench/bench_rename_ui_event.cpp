@@ -5,7 +5,7 @@
 // name on the GUI thread at once costs.
 // Usage: bench_rename_ui_event FOLDER [--keys N] [--hold SECONDS]
 //   --hold keeps the window open afterwards (for screenshots).
-#include "ThreadTimes.h"
+#include "StallMeter.h"
 #include "core/imaging/ImageSource.h"
 #include "core/model/PXFile.h"
 #include "core/rename/PXBatchOutlineModel.h"
@@ -130,34 +130,7 @@ int main(int argc, char **argv)
         }
         field->setFocus();
 
-        struct Gaps
-        {
-            QElapsedTimer clock;
-            ThreadTimes last = threadTimes();
-            qint64 longestUs = 0;
-            ThreadTimes longest;
-            int overOneFrame = 0;
-            int turns = 0;
-        };
-        auto gaps = std::make_shared<Gaps>();
-        auto *probe = new QTimer(&app);
-        probe->setTimerType(Qt::PreciseTimer);
-        probe->setInterval(1);
-        gaps->clock.start();
-        QObject::connect(probe, &QTimer::timeout, &app, [gaps] {
-            const qint64 wallUs = gaps->clock.nsecsElapsed() / 1000;
-            gaps->clock.restart();
-            const ThreadTimes now = threadTimes();
-            const ThreadTimes spent{now.runningUs - gaps->last.runningUs, now.waitingUs - gaps->last.waitingUs};
-            gaps->last = now;
-            if (wallUs > gaps->longestUs) {
-                gaps->longestUs = wallUs;
-                gaps->longest = spent;
-            }
-            gaps->overOneFrame += wallUs > 16000 ? 1 : 0;
-            ++gaps->turns;
-        });
-        probe->start();
+        auto gaps = std::make_shared<StallMeter>();
 
         // 110 ms a key: a quick typist; the 0.2 s coalescing lets some computations start and
         // be cancelled by the next keys, as happens when typing.
@@ -166,7 +139,7 @@ int main(int argc, char **argv)
         typist->setInterval(110);
         auto next = std::make_shared<int>(0);
         auto lastKey = std::make_shared<QElapsedTimer>();
-        QObject::connect(typist, &QTimer::timeout, &app, [&, typist, probe, gaps, next, lastKey, field] {
+        QObject::connect(typist, &QTimer::timeout, &app, [&, typist, gaps, next, lastKey, field] {
             if (*next < typed.size()) {
                 const QChar c = typed[*next];
                 QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(c));
@@ -180,7 +153,7 @@ int main(int argc, char **argv)
             if (renamer.isUpdatePending())
                 return;
             typist->stop();
-            probe->stop();
+            gaps->stop();
             const qint64 latency = lastKey->elapsed();
             const auto items = renamer.arrangedItems();
             const QString sample = items.size() > 1 ? items[1]->potentialName() : QString();
@@ -190,10 +163,10 @@ int main(int argc, char **argv)
             renamer.updateNow();
             const qint64 syncMs = sync.elapsed();
             out << "typed " << typed.size() << " keys into a rule field, one every 110 ms\n"
-                << "longest event-loop stall while typing: " << gaps->longestUs / 1000.0 << " ms wall, "
-                << gaps->longest.runningUs / 1000.0 << " ms of it GUI-thread CPU, " << gaps->longest.waitingUs / 1000.0
-                << " ms waiting for a core\n"
-                << "stalls over 16 ms: " << gaps->overOneFrame << " (of " << gaps->turns << " turns)\n"
+                << "longest event-loop stall while typing: " << gaps->longestUs() / 1000.0 << " ms wall, "
+                << gaps->longest().runningUs / 1000.0 << " ms of it GUI-thread CPU, "
+                << gaps->longest().waitingUs / 1000.0 << " ms waiting for a core\n"
+                << "stalls over 16 ms: " << gaps->overOneFrame() << " (of " << gaps->turns() << " turns)\n"
                 << "last key to every name shown: " << latency << " ms\n"
                 << "every name recomputed at once on the GUI thread (for comparison): " << syncMs << " ms\n"
                 << "a name: " << sample << "\n";
