@@ -78,7 +78,8 @@ struct ActivitiesFixture
             manager->performOperation(type, ZQFileOperationGroup(units, folder.isEmpty() ? nullptr : file(folder))));
     }
 
-    // Waits for the next operation the manager finishes after `started`.
+    // Waits for `started` to end: an operation finishes and none is working any more (one started
+    // earlier may finish first). The outcome of the last one to finish.
     FileOperationOutcome wait(ActivityItem *started)
     {
         FileOperationOutcome last;
@@ -90,7 +91,7 @@ struct ActivitiesFixture
                                  finished = true;
                              });
         if (started)
-            waitUntil([&] { return finished; }, 20000);
+            waitUntil([&] { return finished && !manager->hasWorkingActivities(); }, 20000);
         QObject::disconnect(connection);
         return last;
     }
