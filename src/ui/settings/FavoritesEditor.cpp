@@ -3,7 +3,7 @@
 #include "core/fs/Applications.h"
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
-#include "ui/settings/ApplicationChooserDialog.h"
+#include "ui/browser/ApplicationChooser.h"
 
 #include <QFileDialog>
 #include <QFileInfo>
@@ -45,7 +45,8 @@ FavoritesEditor::FavoritesEditor(AppSettings *settings, Kind kind, QWidget *pare
     : QWidget(parent)
     , m_settings(settings)
     , m_kind(kind)
-    , m_chooser(kind == Kind::applications ? Chooser(&ApplicationChooserDialog::choose) : Chooser(&chooseFolder))
+    , m_chooser(kind == Kind::applications ? Chooser(&ApplicationChooser::openForPhotosAndVideos)
+                                           : Chooser(&chooseFolder))
     , m_list(new QListWidget(this))
     , m_add(new QPushButton(tr("Add…"), this))
     , m_remove(new QPushButton(tr("Remove"), this))

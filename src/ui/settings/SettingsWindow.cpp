@@ -1,9 +1,9 @@
 #include "ui/settings/SettingsWindow.h"
 
 #include "core/settings/AppSettings.h"
+#include "ui/browser/ApplicationChooser.h"
 #include "ui/hotkeys/HotkeysController.h"
 #include "ui/hotkeys/HotkeysView.h"
-#include "ui/settings/ApplicationChooserDialog.h"
 #include "ui/settings/FavoritesEditor.h"
 #include "ui/settings/SettingRows.h"
 
@@ -74,7 +74,7 @@ SettingsWindow::SettingsWindow(AppSettings *settings, HotkeysController *hotkeys
     , m_sections(new QListWidget(this))
     , m_pages(new QStackedWidget(this))
     , m_resetQuestion(&askResetQuestion)
-    , m_chooseApplication(&ApplicationChooserDialog::choose)
+    , m_chooseApplication(&ApplicationChooser::openForPhotosAndVideos)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(QStringLiteral("settingsWindow"));

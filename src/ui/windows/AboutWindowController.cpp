@@ -68,8 +68,9 @@ AboutWindowController::AboutWindowController(QWidget *parent)
     m_libraries->header()->setStretchLastSection(true);
     for (const char *library : libraryNames)
         new QTreeWidgetItem(m_libraries, {QLatin1String(library), QStringLiteral("…")});
-    // Six rows and the header, without a scroll bar.
-    m_libraries->setMinimumHeight(m_libraries->fontMetrics().height() * 2 * 8);
+    m_libraries->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_libraries->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    fitLibrariesHeight();
 
     auto *website = new QPushButton(tr("Pixcove Website"), this);
     website->setAccessibleName(website->text());
@@ -89,9 +90,9 @@ AboutWindowController::AboutWindowController(QWidget *parent)
     layout->addWidget(version);
     layout->addWidget(summary);
     layout->addSpacing(8);
-    layout->addWidget(m_libraries, 1);
+    layout->addWidget(m_libraries);
     layout->addLayout(links);
-    resize(380, 460);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
 
     const QPointer<AboutWindowController> self(this);
     runOnPool(QStringLiteral("About"), [self] {
@@ -102,6 +103,7 @@ AboutWindowController::AboutWindowController(QWidget *parent)
             self->m_libraries->clear();
             for (const LibraryVersion &library : versions)
                 new QTreeWidgetItem(self->m_libraries, {library.name, library.version});
+            self->fitLibrariesHeight();
             self->m_librariesLoaded = true;
             Q_EMIT self->librariesShown();
         });
@@ -109,6 +111,16 @@ AboutWindowController::AboutWindowController(QWidget *parent)
 }
 
 AboutWindowController::~AboutWindowController() = default;
+
+// Exactly as tall as its header and rows: a short list needs no scroll bar and no blank space.
+void AboutWindowController::fitLibrariesHeight()
+{
+    int height = m_libraries->header()->sizeHint().height() + 2 * m_libraries->frameWidth();
+    for (int row = 0; row < m_libraries->topLevelItemCount(); ++row)
+        height += m_libraries->sizeHintForRow(row);
+    m_libraries->setFixedHeight(height);
+    m_libraries->setMinimumWidth(320);
+}
 
 QStringList AboutWindowController::libraryLines() const
 {

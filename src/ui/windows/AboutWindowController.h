@@ -31,6 +31,8 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void fitLibrariesHeight();
+
     QTreeWidget *m_libraries;
     bool m_librariesLoaded = false;
     WindowManager *m_delegate = nullptr;
