@@ -2,6 +2,7 @@
 
 #include "core/activities/ActivitiesModel.h"
 #include "core/activities/ActivityItem.h"
+#include "ui/common/CloseKeys.h"
 
 #include <QCoreApplication>
 #include <QIcon>
@@ -90,6 +91,7 @@ ActivitiesWindow::ActivitiesWindow(ActivitiesModel *model, QWidget *parent)
 {
     setObjectName(QStringLiteral("activitiesWindow"));
     setWindowTitle(tr("Activity"));
+    CloseKeys::install(this, CloseKeys::Escape::closes);
     auto *content = new QWidget;
     auto *contentLayout = new QVBoxLayout(content);
     contentLayout->addLayout(m_rowsLayout);

@@ -2,6 +2,7 @@
 
 #include "core/settings/AppSettings.h"
 #include "ui/browser/ApplicationChooser.h"
+#include "ui/common/CloseKeys.h"
 #include "ui/hotkeys/HotkeysController.h"
 #include "ui/hotkeys/HotkeysView.h"
 #include "ui/settings/FavoritesEditor.h"
@@ -34,9 +35,11 @@ QIcon sectionIcon(SettingsSection section)
 {
     switch (section) {
     case SettingsSection::general: return QIcon::fromTheme(QStringLiteral("preferences-system"));
-    case SettingsSection::browser: return QIcon::fromTheme(QStringLiteral("view-list-icons"));
+    case SettingsSection::browser:
+        return QIcon::fromTheme(QStringLiteral("view-list-icons"), QIcon::fromTheme(QStringLiteral("folder-pictures")));
     case SettingsSection::imageViewing: return QIcon::fromTheme(QStringLiteral("image-x-generic"));
-    case SettingsSection::favorites: return QIcon::fromTheme(QStringLiteral("bookmarks"));
+    case SettingsSection::favorites:
+        return QIcon::fromTheme(QStringLiteral("bookmarks"), QIcon::fromTheme(QStringLiteral("user-bookmarks")));
     case SettingsSection::hotkeys: return QIcon::fromTheme(QStringLiteral("preferences-desktop-keyboard"));
     }
     return {};
@@ -99,10 +102,7 @@ SettingsWindow::SettingsWindow(AppSettings *settings, HotkeysController *hotkeys
     layout->addWidget(m_sections);
     layout->addWidget(m_pages, 1);
 
-    auto *close = new QAction(this);
-    close->setShortcuts({QKeySequence(QKeySequence::Close), QKeySequence(Qt::Key_Escape)});
-    connect(close, &QAction::triggered, this, &QWidget::close);
-    addAction(close);
+    CloseKeys::install(this, CloseKeys::Escape::closes);
 
     connect(m_sections, &QListWidget::currentRowChanged, this, [this](int row) {
         if (row < 0)

@@ -3,6 +3,7 @@
 #include "core/app/Dispatch.h"
 #include "core/shell/BuildConfiguration.h"
 #include "core/shell/LibraryVersions.h"
+#include "ui/common/CloseKeys.h"
 #include "ui/windows/WindowManager.h"
 
 #include <QApplication>
@@ -36,6 +37,7 @@ AboutWindowController::AboutWindowController(QWidget *parent)
     setObjectName(QStringLiteral("AboutWindow"));
     setWindowTitle(tr("About Pixcove"));
     setAccessibleName(windowTitle());
+    CloseKeys::install(this, CloseKeys::Escape::closes);
 
     auto *icon = new QLabel(this);
     icon->setPixmap(applicationIcon().pixmap(96, 96));

@@ -2,6 +2,7 @@
 
 #include "core/shell/BugReportSender.h"
 #include "core/shell/BuildConfiguration.h"
+#include "ui/common/CloseKeys.h"
 #include "ui/windows/WindowManager.h"
 
 #include <QApplication>
@@ -55,6 +56,8 @@ BugReporterWindowController::BugReporterWindowController(BugReportSender *sender
     setWindowTitle(tr("Bug Report / Feature Request"));
     setAccessibleName(windowTitle());
     showAlert = showMessageBox;
+    // Escape would throw away a report being typed; Ctrl+W is asked for.
+    CloseKeys::install(this, CloseKeys::Escape::ignored);
 
     m_iconView = new QLabel(this);
     m_iconView->setPixmap(applicationIcon().pixmap(64, 64));

@@ -2,6 +2,7 @@
 
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
+#include "ui/common/CloseKeys.h"
 #include "ui/viewer/MediaViewActionHandler.h"
 #include "ui/viewer/MediaViewController.h"
 #include "ui/windows/CommandRegistry.h"
@@ -43,10 +44,11 @@ ImageWindowController::ImageWindowController(AppSettings *settings, WindowManage
     connect(m_mediaView, &MediaViewController::fitToScreenRequested, this, &ImageWindowController::fitWindowToImage);
     ViewerCommands::install(window, handler, CommandRegistry::shared(),
                             {CommandId::previousImageWindow, CommandId::nextImageWindow, CommandId::openQuickview});
-    auto *closeAction = new QAction(window);
-    closeAction->setShortcuts({QKeySequence(QKeySequence::Close), QKeySequence(Qt::Key_Escape)});
-    window->addAction(closeAction);
-    connect(closeAction, &QAction::triggered, this, &ImageWindowController::close);
+    const QPointer<ImageWindowController> self(this);
+    CloseKeys::install(window, CloseKeys::Escape::closes, [self] {
+        if (self)
+            self->close();
+    });
     auto *fullScreen = new QAction(window);
     fullScreen->setShortcut(QKeySequence::FullScreen);
     window->addAction(fullScreen);

@@ -1,5 +1,7 @@
 #include "ui/windows/UpdateWindowController.h"
 
+#include "ui/common/CloseKeys.h"
+
 #include <QApplication>
 #include <QDesktopServices>
 #include <QHBoxLayout>
@@ -16,6 +18,7 @@ UpdateWindowController::UpdateWindowController(const AppcastItem &item, const QS
     setObjectName(QStringLiteral("UpdateWindow"));
     setWindowTitle(tr("Software Update"));
     setAccessibleName(windowTitle());
+    CloseKeys::install(this, CloseKeys::Escape::closes);
 
     m_heading = new QLabel(this);
     QFont headingFont = m_heading->font();

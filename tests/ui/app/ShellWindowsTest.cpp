@@ -13,10 +13,13 @@
 #include "ui/ShellFixture.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -129,8 +132,15 @@ TEST(ShellWindows, BugReporterKeepsTheFormOnFailureAndClearsItOnlyOnSuccess)
     EXPECT_TRUE(window->emailField()->text().isEmpty());
     EXPECT_EQ(server.requests.size(), 2);
 
-    // Closing forgets the window; without an endpoint there is no window, only a message.
-    window->close();
+    // Escape keeps a report being typed; Ctrl+W closes, and closing forgets the window. Without
+    // an endpoint there is no window, only a message.
+    window->subjectField()->setText(QStringLiteral("Half a thought"));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    QTest::keyClick(window->subjectField(), Qt::Key_Escape);
+    EXPECT_TRUE(window->isVisible());
+    QTest::keyClick(window->subjectField(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(window->isVisible());
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(shell.auxiliary->bugReporterWindowController());
     QStringList messages;
@@ -162,9 +172,20 @@ TEST(ShellWindows, AboutShowsTheVersionAndTheLibrariesTheProgramRunsWith)
         EXPECT_TRUE(lines.at(i).startsWith(QLatin1String(prefixes[i]))) << lines.at(i).toStdString();
         EXPECT_FALSE(lines.at(i).contains(QLatin1String("unavailable"))) << lines.at(i).toStdString();
     }
+    // Every library shows, with no scroll bar and no blank rows under them.
+    QApplication::processEvents();
+    const auto *list = about->findChild<QAbstractItemView *>();
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->verticalScrollBar()->maximum(), 0);
+    const QModelIndex last = list->model()->index(5, 0);
+    EXPECT_LE(list->viewport()->height() - list->visualRect(last).bottom(), list->visualRect(last).height());
+
     shell.auxiliary->openAboutWindow(nullptr);
     EXPECT_EQ(shell.auxiliary->aboutWindowController(), about);
-    about->close();
+    about->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(about));
+    QTest::keyClick(about, Qt::Key_Escape);
+    EXPECT_FALSE(about->isVisible());
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(shell.auxiliary->aboutWindowController());
 }
