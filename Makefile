@@ -8,7 +8,7 @@ ifeq ($(CI),true)
 CMAKE_FLAGS += -DPIXCOVE_WERROR=ON
 endif
 
-.PHONY: all setup configure build run test bench install deb translations clean
+.PHONY: all setup configure build run test bench install deb check-deb translations clean
 
 all: build
 
@@ -41,6 +41,10 @@ install: build
 # A Debian package of the same, under /usr, with its dependencies from dpkg-shlibdeps.
 deb: build
 	cd $(BUILD_DIR) && cpack -G DEB
+
+# Installs that package into a fresh Debian 12 chroot (debootstrap; root and network) and runs it.
+check-deb: deb
+	scripts/check-deb
 
 translations: configure
 	cmake --build $(BUILD_DIR) --target translations
