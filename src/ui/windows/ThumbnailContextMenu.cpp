@@ -8,6 +8,7 @@
 #include "ui/windows/FileMenus.h"
 
 #include <QMenu>
+#include <QPointer>
 
 namespace {
 
@@ -18,18 +19,27 @@ struct Builder
     ThumbnailsActionHandler *handler;
     const CommandRegistry &registry;
 
-    // An item for the command and value, enabled as it validates on the pane (the application's
-    // commands here are all unavailable yet). `title`: the item's own, when not the command's.
+    // An item for the command and value, enabled as it validates on the pane, or on the
+    // application for its own commands (Batch Rename). `title`: the item's own, when not the
+    // command's.
     CommandAction *add(QMenu *menu, CommandId id, const QVariant &argument = {}, const QString &title = {}) const
     {
         const Command &command = registry.command(id);
         auto *action = new CommandAction(command, argument, title, menu);
         menu->addAction(action);
-        const QObject *owner = command.owner() == CommandOwner::pane ? handler : nullptr;
+        QObject *owner = nullptr;
+        switch (command.owner()) {
+        case CommandOwner::pane: owner = handler; break;
+        case CommandOwner::application: owner = registry.application(); break;
+        default: break;
+        }
         action->applyState(command.state(owner, argument));
-        ThumbnailsActionHandler *target = handler;
-        QObject::connect(action, &QAction::triggered, handler,
-                         [target, &command, argument] { command.perform(target, argument); });
+        const QPointer<QObject> target(owner);
+        ThumbnailsActionHandler *context = handler;
+        QObject::connect(action, &QAction::triggered, handler, [context, target, &command, argument] {
+            if (target)
+                command.perform(target, argument, context->pane()->window());
+        });
         return action;
     }
 

@@ -8,14 +8,17 @@
 #include "support/TestDir.h"
 #include "ui/ShellFixture.h"
 #include "ui/app/AppDelegate.h"
+#include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/rename/RenameFilesModel.h"
 #include "ui/rename/RenameFilterEditor.h"
 #include "ui/rename/RenameManager.h"
 #include "ui/rename/RenamePresetsView.h"
 #include "ui/rename/RenameRuleEditor.h"
+#include "ui/windows/CommandRegistry.h"
 #include "ui/windows/MainWindowViewController.h"
 #include "ui/windows/TabbedWindow.h"
+#include "ui/windows/ThumbnailContextMenu.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -23,6 +26,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
@@ -34,6 +38,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -497,6 +502,18 @@ TEST(RenameManagerTest, OpeningHandsFilesToTheOneWindow)
     pane->selectFiles({PXFile::fileForPath(b)});
     ASSERT_TRUE(waitUntil([&] { return main->mainViewController()->selectedFiles().size() == 1; }));
     delegate.openRenameWindow(main->tabbedWindow());
+    ASSERT_TRUE(manager.fileRenamer());
+    ASSERT_EQ(manager.fileRenamer()->renamer().rootItems().size(), 1);
+    EXPECT_EQ(manager.fileRenamer()->renamer().rootItems().first()->identifier(), b);
+    manager.cancelRenamer();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    // And from the grid's context menu, on the same selection.
+    std::unique_ptr<QMenu> menu(ThumbnailContextMenu::build(pane->actionHandler(), true, CommandRegistry::shared()));
+    QAction *batchRename = menu->findChild<QAction *>(QStringLiteral("openRenameWindow"));
+    ASSERT_TRUE(batchRename);
+    ASSERT_TRUE(batchRename->isEnabled());
+    batchRename->trigger();
     ASSERT_TRUE(manager.fileRenamer());
     ASSERT_EQ(manager.fileRenamer()->renamer().rootItems().size(), 1);
     EXPECT_EQ(manager.fileRenamer()->renamer().rootItems().first()->identifier(), b);
