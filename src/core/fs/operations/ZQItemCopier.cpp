@@ -74,17 +74,25 @@ QByteArray temporaryName()
 // are carried where allowed.
 int ZQItemCopier::replaceContents(const QByteArray &path, int in, const struct stat &before, const QByteArray &bytes)
 {
+    return replaceContents(path, in, before, std::vector<QByteArrayView>{QByteArrayView(bytes)});
+}
+
+int ZQItemCopier::replaceContents(const QByteArray &path, int in, const struct stat &before,
+                                  const std::vector<QByteArrayView> &pieces)
+{
     const QByteArray temporary =
         folderOf(path) + "/.pixcove-turn-" + QByteArray::number(QRandomGenerator::global()->generate64(), 36);
     const int out = ::open(temporary.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
     if (out < 0)
         return errno;
     int error = 0;
-    for (qsizetype at = 0; error == 0 && at < bytes.size();) {
-        const ssize_t written = ::write(out, bytes.constData() + at, size_t(bytes.size() - at));
-        if (written < 0 && errno != EINTR)
-            error = errno;
-        at += written > 0 ? written : 0;
+    for (const QByteArrayView &bytes : pieces) {
+        for (qsizetype at = 0; error == 0 && at < bytes.size();) {
+            const ssize_t written = ::write(out, bytes.constData() + at, size_t(bytes.size() - at));
+            if (written < 0 && errno != EINTR)
+                error = errno;
+            at += written > 0 ? written : 0;
+        }
     }
     if (error == 0)
         error = copyExtendedAttributes(in, out, path);
@@ -92,7 +100,8 @@ int ZQItemCopier::replaceContents(const QByteArray &path, int in, const struct s
         if (::geteuid() == 0) [[maybe_unused]]
             const int ignored = ::fchown(out, before.st_uid, before.st_gid);
         ::fchmod(out, before.st_mode & 07777);
-        if (::fsync(out) != 0)
+        // The data is on the disk before the name points at it: the original is gone after this.
+        if (::fdatasync(out) != 0)
             error = errno;
     }
     ::close(out);

@@ -3,8 +3,11 @@
 #include "core/fs/operations/ZQFileOperationTypes.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 
 #include <sys/stat.h>
+
+#include <vector>
 
 class ZQFileOperationProgress;
 
@@ -57,6 +60,9 @@ public:
     // attributes, synced, then renamed over it, so that the file is whole at every moment. A file
     // changed since `before` is left alone (ECANCELED). 0 or an errno.
     static int replaceContents(const QByteArray &path, int in, const struct stat &before, const QByteArray &bytes);
+    // The same with the new contents in pieces, written one after another.
+    static int replaceContents(const QByteArray &path, int in, const struct stat &before,
+                               const std::vector<QByteArrayView> &pieces);
     // The folder part of a native path ("/" for an item in the root).
     static QByteArray folderOf(const QByteArray &path);
     static QByteArray nameOf(const QByteArray &path);
