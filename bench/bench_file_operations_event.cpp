@@ -166,8 +166,11 @@ int main(int argc, char **argv)
         bytes = work.bytes;
         files = work.files;
     }
-    // "seconds cpu-seconds bytes files units progress-reports longest-main-thread-stall-ms"
-    std::printf("%.4f %.4f %lld %lld %lld %d %.1f\n", seconds, cpu, static_cast<long long>(bytes),
-                static_cast<long long>(files), static_cast<long long>(count), reports, stalls.longestUs() / 1000.0);
+    // "seconds cpu-seconds bytes files units progress-reports longest-main-thread-stall-ms", then
+    // of that stall the ms the main thread ran and waited for a core, and the most ms it ran in any
+    // one gap: a stall that is mostly waiting is the machine's load, not our work.
+    std::printf("%.4f %.4f %lld %lld %lld %d %.1f %.1f %.1f %.1f\n", seconds, cpu, static_cast<long long>(bytes),
+                static_cast<long long>(files), static_cast<long long>(count), reports, stalls.longestUs() / 1000.0,
+                stalls.longest().runningUs / 1000.0, stalls.longest().waitingUs / 1000.0, stalls.mostWorkUs() / 1000.0);
     return 0;
 }

@@ -19,6 +19,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace JpegRotation {
 
@@ -175,7 +177,7 @@ QByteArray withMetadata(const QByteArray &jpeg, const QByteArray &source, const 
     }
 }
 
-int orientationOf(const QByteArray &jpeg)
+int orientationOfByExiv2(const QByteArray &jpeg)
 {
     try {
         Exiv2::Image::AutoPtr image =
@@ -188,6 +190,41 @@ int orientationOf(const QByteArray &jpeg)
         return 1;
     }
 }
+
+// What tjTransform wrote, in its own buffer (no copy of a 10 MB picture).
+class TransformedBytes
+{
+public:
+    TransformedBytes() = default;
+    TransformedBytes(unsigned char *data, unsigned long size)
+        : m_data(data)
+        , m_size(size)
+    { }
+    ~TransformedBytes() { tjFree(m_data); }
+    TransformedBytes(TransformedBytes &&other) noexcept
+        : m_data(std::exchange(other.m_data, nullptr))
+        , m_size(std::exchange(other.m_size, 0))
+    { }
+    TransformedBytes(const TransformedBytes &) = delete;
+    TransformedBytes &operator=(const TransformedBytes &) = delete;
+    TransformedBytes &operator=(TransformedBytes &&other) noexcept
+    {
+        std::swap(m_data, other.m_data);
+        std::swap(m_size, other.m_size);
+        return *this;
+    }
+
+    bool isEmpty() const { return !m_data || m_size == 0; }
+    // A view of the bytes, valid while this object lives.
+    QByteArray view() const
+    {
+        return QByteArray::fromRawData(reinterpret_cast<const char *>(m_data), qsizetype(m_size));
+    }
+
+private:
+    unsigned char *m_data = nullptr;
+    unsigned long m_size = 0;
+};
 
 class Transformer
 {
@@ -203,8 +240,9 @@ public:
     Transformer(const Transformer &) = delete;
     Transformer &operator=(const Transformer &) = delete;
 
-    // The blocks moved by `op`; empty when that is impossible without losing an edge.
-    QByteArray transform(const QByteArray &jpeg, int op, QString &error)
+    // The blocks moved by `op`, every marker kept; empty when that is impossible without losing an
+    // edge.
+    TransformedBytes transform(const QByteArray &jpeg, int op, QString &error)
     {
         if (!m_handle)
             return {};
@@ -216,67 +254,382 @@ public:
         transform.options = TJXOPT_PERFECT;
         const int status = tjTransform(m_handle, reinterpret_cast<const unsigned char *>(jpeg.constData()),
                                        static_cast<unsigned long>(jpeg.size()), 1, &out, &outSize, &transform, 0);
-        QByteArray bytes;
         if (status == 0)
-            bytes = QByteArray(reinterpret_cast<const char *>(out), qsizetype(outSize));
-        else
-            error = QString::fromLatin1(tjGetErrorStr2(m_handle));
+            return TransformedBytes(out, outSize);
+        error = QString::fromLatin1(tjGetErrorStr2(m_handle));
         tjFree(out);
-        return bytes;
+        return {};
     }
 
 private:
     tjhandle m_handle;
 };
 
+// The EXIF thumbnail turned by `op`: its blocks moved when they can be, else decoded, turned and
+// encoded again (a thumbnail of a few kilobytes). Empty when it cannot be read.
+QByteArray turnedThumbnail(const QByteArray &thumbnail, const Operation &operation)
+{
+    Transformer transformer;
+    QString ignored;
+    const TransformedBytes moved = transformer.transform(thumbnail, operation.op, ignored);
+    if (!moved.isEmpty())
+        return QByteArray(moved.view().constData(), moved.view().size());
+    const QImage small = QImage::fromData(thumbnail);
+    return small.isNull() ? QByteArray() : encoded(small.transformed(operation.matrix.transform()), thumbnailQuality);
+}
+
+// One marker segment before the first scan: where its 0xFF is and its size with the marker.
+struct Segment
+{
+    uchar marker = 0;
+    qsizetype at = 0;
+    qsizetype size = 0;
+};
+
+std::vector<Segment> segmentsOf(const QByteArray &jpeg)
+{
+    std::vector<Segment> segments;
+    qsizetype at = 2;
+    while (at + 4 <= jpeg.size() && uchar(jpeg[at]) == 0xFF) {
+        const uchar marker = uchar(jpeg[at + 1]);
+        if (marker == 0xDA || marker == 0xD9)
+            break;
+        const qsizetype length = (uchar(jpeg[at + 2]) << 8) | uchar(jpeg[at + 3]);
+        if (length < 2 || at + 2 + length > jpeg.size())
+            break;
+        segments.push_back({marker, at, 2 + length});
+        at += 2 + length;
+    }
+    return segments;
+}
+
+bool startsWith(const QByteArray &jpeg, const Segment &segment, const char *prefix, qsizetype length)
+{
+    return segment.size >= 4 + length && std::memcmp(jpeg.constData() + segment.at + 4, prefix, size_t(length)) == 0;
+}
+
+bool isExif(const QByteArray &jpeg, const Segment &segment)
+{
+    return segment.marker == 0xE1 && startsWith(jpeg, segment, "Exif\0\0", 6);
+}
+
+bool isMultiPictureIndex(const QByteArray &jpeg, const Segment &segment)
+{
+    return segment.marker == 0xE2 && startsWith(jpeg, segment, "MPF\0", 4);
+}
+
+// An EXIF segment (APP1 with its marker) changed where it lies: values are written over in their
+// own slots, so nothing else in it moves. Bounds-checked; a structure it does not expect makes it
+// give up (`ok()` false) and the caller rewrites the metadata the long way.
+class ExifSegment
+{
+public:
+    explicit ExifSegment(QByteArray segment)
+        : m_bytes(std::move(segment))
+    {
+        m_ok = m_bytes.size() >= tiffStart + 8
+            && ((byte(0) == 'I' && byte(1) == 'I') || (byte(0) == 'M' && byte(1) == 'M'));
+        m_little = m_ok && byte(0) == 'I';
+        if (!m_ok)
+            return;
+        m_ifd0 = u32(4);
+        walk(m_ifd0, [&](quint32 tag, quint32 type, quint32 count, qint64 value) {
+            if (tag == 0x0112 && type == 3 && count >= 1)
+                m_orientationSlot = value;
+            else if (tag == 0x8769 && count == 1)
+                m_exifIfd = u32(value);
+        });
+    }
+
+    bool ok() const { return m_ok; }
+    const QByteArray &bytes() const { return m_bytes; }
+    int orientation() const
+    {
+        const quint32 value = m_orientationSlot ? u16(m_orientationSlot) : 1;
+        return value >= 1 && value <= 8 ? int(value) : 1;
+    }
+
+    // Orientation 1, the pixel dimensions swapped for a quarter turn, the thumbnail turned.
+    bool fold(const Operation &operation)
+    {
+        if (m_orientationSlot)
+            put16(m_orientationSlot, 1);
+        if (operation.matrix.swapsSides() && m_exifIfd)
+            m_ok = m_ok && swapDimensions(m_exifIfd, 0xA002, 0xA003);
+        const quint32 ifd1 = m_ok ? nextIfd(m_ifd0) : 0;
+        if (ifd1 == 0 || ifd1 == m_ifd0 || operation.op == TJXOP_NONE)
+            return m_ok;
+        if (operation.matrix.swapsSides())
+            m_ok = m_ok && swapDimensions(ifd1, 0x0100, 0x0101);
+        qint64 offsetSlot = 0, lengthSlot = 0;
+        walk(ifd1, [&](quint32 tag, quint32 type, quint32 count, qint64 value) {
+            if (tag == 0x0201 && type == 4 && count == 1)
+                offsetSlot = value;
+            else if (tag == 0x0202 && type == 4 && count == 1)
+                lengthSlot = value;
+        });
+        if (!m_ok || !offsetSlot || !lengthSlot)
+            return m_ok;
+        const quint32 offset = u32(offsetSlot);
+        const quint32 length = u32(lengthSlot);
+        if (!contains(offset, length) || length == 0)
+            return m_ok = false;
+        const QByteArray turned = turnedThumbnail(m_bytes.mid(tiffStart + offset, length), operation);
+        if (turned.isEmpty())
+            return m_ok = false;
+        const qsizetype tiffSize = m_bytes.size() - tiffStart;
+        if (turned.size() > qsizetype(length)) {
+            // A thumbnail that grew goes to the end of the segment (its old place is left unused),
+            // within a segment's 64 KB.
+            const qsizetype end = qsizetype(offset) + length == tiffSize ? qsizetype(offset) : tiffSize;
+            if (tiffStart + end + turned.size() > 0xFFFF + 2)
+                return m_ok = false;
+            m_bytes.truncate(tiffStart + end);
+            m_bytes.append(turned);
+            put32(offsetSlot, quint32(end));
+            const qsizetype segmentLength = m_bytes.size() - 2;
+            m_bytes[2] = char(segmentLength >> 8);
+            m_bytes[3] = char(segmentLength & 0xFF);
+        } else {
+            char *at = m_bytes.data() + tiffStart + offset;
+            std::memcpy(at, turned.constData(), size_t(turned.size()));
+            std::memset(at + turned.size(), 0, size_t(length - turned.size()));
+        }
+        put32(lengthSlot, quint32(turned.size()));
+        return m_ok;
+    }
+
+private:
+    static constexpr qsizetype tiffStart = 10; // FF E1, the length, "Exif\0\0"
+
+    quint32 byte(qint64 offset) const { return quint8(m_bytes.at(tiffStart + offset)); }
+    bool contains(qint64 offset, qint64 length) const
+    {
+        return offset >= 0 && length >= 0 && tiffStart + offset + length <= m_bytes.size();
+    }
+    quint32 u16(qint64 offset) const
+    {
+        if (!contains(offset, 2))
+            return 0;
+        return m_little ? byte(offset) | byte(offset + 1) << 8 : byte(offset) << 8 | byte(offset + 1);
+    }
+    quint32 u32(qint64 offset) const
+    {
+        if (!contains(offset, 4))
+            return 0;
+        return m_little ? u16(offset) | u16(offset + 2) << 16 : u16(offset) << 16 | u16(offset + 2);
+    }
+    void put16(qint64 offset, quint32 value)
+    {
+        if (!contains(offset, 2))
+            return;
+        char *at = m_bytes.data() + tiffStart + offset;
+        at[m_little ? 0 : 1] = char(value & 0xFF);
+        at[m_little ? 1 : 0] = char((value >> 8) & 0xFF);
+    }
+    void put32(qint64 offset, quint32 value)
+    {
+        put16(offset + (m_little ? 0 : 2), value & 0xFFFF);
+        put16(offset + (m_little ? 2 : 0), value >> 16);
+    }
+    template<typename F>
+    void walk(quint32 offset, F entry) const
+    {
+        const quint32 count = u16(offset);
+        if (offset == 0 || !contains(offset + 2, qint64(count) * 12 + 4))
+            return;
+        for (quint32 i = 0; i < count; ++i) {
+            const qint64 at = offset + 2 + qint64(i) * 12;
+            entry(u16(at), u16(at + 2), u32(at + 4), at + 8);
+        }
+    }
+    quint32 nextIfd(quint32 offset) const
+    {
+        const quint32 count = u16(offset);
+        return contains(offset + 2, qint64(count) * 12 + 4) ? u32(offset + 2 + qint64(count) * 12) : 0;
+    }
+    // Swaps the values of two one-value tags (SHORT or LONG) of an IFD; false when one does not
+    // fit the other's slot.
+    bool swapDimensions(quint32 ifd, quint32 widthTag, quint32 heightTag)
+    {
+        qint64 slots[2] = {0, 0};
+        quint32 types[2] = {0, 0};
+        walk(ifd, [&](quint32 tag, quint32 type, quint32 count, qint64 value) {
+            const int index = tag == widthTag ? 0 : tag == heightTag ? 1 : -1;
+            if (index >= 0 && count == 1 && (type == 3 || type == 4)) {
+                slots[index] = value;
+                types[index] = type;
+            }
+        });
+        if (!slots[0] || !slots[1])
+            return true; // nothing to swap
+        const auto read = [&](int i) { return types[i] == 3 ? u16(slots[i]) : u32(slots[i]); };
+        const quint32 width = read(0), height = read(1);
+        if ((types[0] == 3 && height > 0xFFFF) || (types[1] == 3 && width > 0xFFFF))
+            return false;
+        const auto write = [&](int i, quint32 value) {
+            if (types[i] == 3)
+                put16(slots[i], value);
+            else
+                put32(slots[i], value);
+        };
+        write(0, height);
+        write(1, width);
+        return true;
+    }
+
+    QByteArray m_bytes;
+    bool m_ok = false;
+    bool m_little = false;
+    quint32 m_ifd0 = 0;
+    quint32 m_exifIfd = 0;
+    qint64 m_orientationSlot = 0;
+};
+
+// The turned file: libjpeg-turbo's bytes with the EXIF segment replaced and the multi-picture
+// index left out, as pieces written one after another (no copy of the picture), or the whole file
+// when it was made the long way.
+struct Turned
+{
+    TransformedBytes moved;
+    QByteArray exif;
+    QByteArray whole;
+    std::vector<QByteArrayView> pieces;
+
+    QByteArray joined() const
+    {
+        if (pieces.empty())
+            return whole;
+        qsizetype size = 0;
+        for (const QByteArrayView &piece : pieces)
+            size += piece.size();
+        QByteArray out;
+        out.reserve(size);
+        for (const QByteArrayView &piece : pieces)
+            out.append(piece);
+        return out;
+    }
+};
+
+// The turned file in one pass over the transformed bytes: the EXIF segment changed in place, the
+// multi-picture index left out, everything else as libjpeg-turbo wrote it. False when the
+// metadata needs the long way (a thumbnail with no room, an XMP orientation to follow).
+bool assemble(const Operation &operation, Turned &turned)
+{
+    const QByteArray moved = turned.moved.view();
+    const std::vector<Segment> segments = segmentsOf(moved);
+    for (const Segment &segment : segments) {
+        if (segment.marker == 0xE1 && startsWith(moved, segment, "http://ns.adobe.com/xap/1.0/", 28)
+            && QByteArray::fromRawData(moved.constData() + segment.at, segment.size).contains("Orientation"))
+            return false;
+        if (turned.exif.isEmpty() && isExif(moved, segment)) {
+            ExifSegment patched(moved.mid(segment.at, segment.size));
+            if (!patched.fold(operation))
+                return false;
+            turned.exif = patched.bytes();
+        }
+    }
+    qsizetype from = 0;
+    bool exifDone = false;
+    for (const Segment &segment : segments) {
+        const bool replaced = !exifDone && !turned.exif.isEmpty() && isExif(moved, segment);
+        if (!replaced && !isMultiPictureIndex(moved, segment))
+            continue;
+        turned.pieces.emplace_back(moved.constData() + from, segment.at - from);
+        if (replaced) {
+            turned.pieces.emplace_back(turned.exif);
+            exifDone = true;
+        }
+        from = segment.at + segment.size;
+    }
+    turned.pieces.emplace_back(moved.constData() + from, moved.size() - from);
+    return true;
+}
+
+// The orientation the EXIF states, read by our own parser; Exiv2's reading when the segment is
+// not one it knows.
+int orientationOf(const QByteArray &jpeg, bool &known)
+{
+    known = true;
+    for (const Segment &segment : segmentsOf(jpeg)) {
+        if (!isExif(jpeg, segment))
+            continue;
+        const ExifSegment exif(jpeg.mid(segment.at, segment.size));
+        known = exif.ok();
+        return known ? exif.orientation() : 1;
+    }
+    return 1;
+}
+
 } // namespace
 
-QByteArray rotated(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &result)
+namespace {
+
+// What rotated() says, in pieces.
+void turnInto(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &result, Turned &turned)
 {
     result = {};
-    const int orientation = orientationOf(jpeg);
+    bool known = false;
+    int orientation = orientationOf(jpeg, known);
+    if (!known)
+        orientation = orientationOfByExiv2(jpeg);
     const Matrix shown = forOrientation(orientation).matrix;
     const Matrix wanted = turnMatrix(turn).after(shown);
     const Operation &operation = forMatrix(wanted);
 
     Transformer transformer;
     QString libraryError;
-    QByteArray moved = transformer.transform(jpeg, operation.op, libraryError);
-    if (!moved.isEmpty()) {
-        QByteArray bytes = withMetadata(moved, {}, wanted, 1, result.error);
-        result.kind = bytes.isEmpty() ? Result::Kind::failed : Result::Kind::lossless;
-        return bytes;
+    turned.moved = transformer.transform(jpeg, operation.op, libraryError);
+    if (!turned.moved.isEmpty()) {
+        if (!known || !assemble(operation, turned)) {
+            turned.pieces.clear();
+            turned.whole = withMetadata(turned.moved.view(), {}, wanted, 1, result.error);
+            if (turned.whole.constData() == turned.moved.view().constData())
+                turned.whole = QByteArray(turned.whole.constData(), turned.whole.size()); // outlives `moved`
+        }
+        const bool made = !turned.pieces.empty() || !turned.whole.isEmpty();
+        result.kind = made ? Result::Kind::lossless : Result::Kind::failed;
+        return;
     }
     const bool imperfect = libraryError.contains(QLatin1String("perfect"), Qt::CaseInsensitive);
     if (!imperfect) {
         result.error = tr("It is not a JPEG picture that can be read: %1").arg(libraryError);
-        return {};
+        return;
     }
     switch (fallback) {
     case Fallback::refuse:
         result.error = tr("Its width or height is not a whole number of blocks, so it can’t be turned without "
                           "losing quality or cropping its edge.");
-        return {};
+        return;
     case Fallback::orientationTag: {
         // The pixels stay; only how they are shown changes.
-        QByteArray bytes =
-            withMetadata(jpeg, {}, forOrientation(1).matrix, forMatrix(wanted).orientation, result.error);
-        result.kind = bytes.isEmpty() ? Result::Kind::failed : Result::Kind::orientationTagOnly;
-        return bytes;
+        turned.whole = withMetadata(jpeg, {}, forOrientation(1).matrix, forMatrix(wanted).orientation, result.error);
+        if (turned.whole.constData() == jpeg.constData())
+            turned.whole = QByteArray(jpeg.constData(), jpeg.size()); // outlives `jpeg`
+        result.kind = turned.whole.isEmpty() ? Result::Kind::failed : Result::Kind::orientationTagOnly;
+        return;
     }
     case Fallback::reencode: {
         const QImage image = QImage::fromData(jpeg, "JPEG");
         if (image.isNull()) {
             result.error = tr("It is not a JPEG picture that can be read.");
-            return {};
+            return;
         }
         const QByteArray pixels = encoded(image.transformed(wanted.transform()), reencodeQuality);
-        QByteArray bytes = pixels.isEmpty() ? QByteArray() : withMetadata(pixels, jpeg, wanted, 1, result.error);
-        result.kind = bytes.isEmpty() ? Result::Kind::failed : Result::Kind::reencoded;
-        return bytes;
+        turned.whole = pixels.isEmpty() ? QByteArray() : withMetadata(pixels, jpeg, wanted, 1, result.error);
+        result.kind = turned.whole.isEmpty() ? Result::Kind::failed : Result::Kind::reencoded;
+        return;
     }
     }
-    return {};
+}
+
+} // namespace
+
+QByteArray rotated(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &result)
+{
+    Turned turned;
+    turnInto(jpeg, turn, fallback, result, turned);
+    return result.isOk() ? turned.joined() : QByteArray();
 }
 
 Result rotateFile(const QString &path, Turn turn, Fallback fallback)
@@ -301,13 +654,15 @@ Result rotateFile(const QString &path, Turn turn, Fallback fallback)
     file.open(in, QIODevice::ReadOnly, QFileDevice::DontCloseHandle);
     const QByteArray original = file.readAll();
     file.close();
-    const QByteArray bytes = rotated(original, turn, fallback, result);
-    if (bytes.isEmpty()) {
+    Turned turned;
+    turnInto(original, turn, fallback, result, turned);
+    if (!result.isOk()) {
         ::close(in);
         return failed(result.error);
     }
     // Written beside the original and renamed over it: the picture is whole at every moment.
-    const int error = ZQItemCopier::replaceContents(nativePath, in, before, bytes);
+    const int error = turned.pieces.empty() ? ZQItemCopier::replaceContents(nativePath, in, before, turned.whole)
+                                            : ZQItemCopier::replaceContents(nativePath, in, before, turned.pieces);
     ::close(in);
     if (error == ECANCELED)
         return failed(tr("It changed while it was being turned."));

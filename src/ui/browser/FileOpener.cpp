@@ -1,7 +1,11 @@
 #include "ui/browser/FileOpener.h"
 
+#include "core/app/Log.h"
 #include "core/model/PXFile.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
 #include <QProcess>
 #include <QUrl>
@@ -21,6 +25,29 @@ bool FileOpener::openWith(const PXFilePtr &application, const QList<PXFilePtr> &
     return QProcess::startDetached(program, arguments);
 }
 
+void FileOpener::showItems(const QStringList &uris, const QUrl &folder, QObject *context, const QDBusConnection &bus,
+                           const std::function<void(const QUrl &)> &openFolder)
+{
+    if (!bus.isConnected()) {
+        openFolder(folder);
+        return;
+    }
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
+                                       QStringLiteral("/org/freedesktop/FileManager1"),
+                                       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    call << uris << QString();
+    // A file manager that is started for the call may take a few seconds to answer.
+    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, 10000), context);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context, [watcher, folder, openFolder] {
+        if (watcher->isError()) {
+            logDebug(QStringLiteral("The file manager did not show the items: %1").arg(watcher->error().message()));
+            openFolder(folder);
+        }
+        watcher->deleteLater();
+    });
+}
+
 void FileOpener::reveal(const QList<PXFilePtr> &files, QObject *context)
 {
     if (files.isEmpty())
@@ -28,26 +55,6 @@ void FileOpener::reveal(const QList<PXFilePtr> &files, QObject *context)
     QStringList uris;
     for (const PXFilePtr &file : files)
         uris.append(file->url().toString(QUrl::FullyEncoded));
-    const QStringList arguments{QStringLiteral("--session"),
-                                QStringLiteral("--dest=org.freedesktop.FileManager1"),
-                                QStringLiteral("--type=method_call"),
-                                QStringLiteral("/org/freedesktop/FileManager1"),
-                                QStringLiteral("org.freedesktop.FileManager1.ShowItems"),
-                                QStringLiteral("array:string:") + uris.join(QLatin1Char(',')),
-                                QStringLiteral("string:")};
-    auto *process = new QProcess(context);
-    const QString parent = files.first()->parentPath();
-    QObject::connect(process, &QProcess::finished, context,
-                     [process, parent](int exitCode, QProcess::ExitStatus status) {
-                         if (exitCode != 0 || status != QProcess::NormalExit)
-                             QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
-                         process->deleteLater();
-                     });
-    QObject::connect(process, &QProcess::errorOccurred, context, [process, parent](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart) {
-            QDesktopServices::openUrl(QUrl::fromLocalFile(parent));
-            process->deleteLater();
-        }
-    });
-    process->start(QStringLiteral("dbus-send"), arguments);
+    showItems(uris, QUrl::fromLocalFile(files.first()->parentPath()), context, QDBusConnection::sessionBus(),
+              [](const QUrl &folder) { QDesktopServices::openUrl(folder); });
 }

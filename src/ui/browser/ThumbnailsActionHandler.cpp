@@ -7,13 +7,12 @@
 #include "core/fs/TypeIdentifiers.h"
 #include "core/fs/Volumes.h"
 #include "core/imaging/ImagePropertiesItem.h"
-#include "core/thumbnails/ThumbnailItem.h"
 #include "core/model/PXFile.h"
+#include "core/thumbnails/ThumbnailItem.h"
 #include "ui/activities/FileOperationsController.h"
 #include "ui/browser/ApplicationChooser.h"
 #include "ui/browser/FileDropValidator.h"
 #include "ui/browser/FileOpener.h"
-#include "ui/browser/FileTransfer.h"
 #include "ui/browser/ThumbnailsViewController.h"
 
 #include <QDesktopServices>
@@ -488,42 +487,36 @@ void ThumbnailsActionHandler::changeFinderLabel(int value)
     });
 }
 
-void ThumbnailsActionHandler::transferTo(int kind, const QString &folderPath)
+void ThumbnailsActionHandler::transferTo(FileDropOperation operation, const QString &folderPath)
 {
     const QList<PXFilePtr> files = realFiles(m_pane->selectedFiles());
     if (files.isEmpty())
         return;
     QString folder = folderPath;
     if (folder.isEmpty() && m_dialogs.chooseFolder) {
-        const auto transfer = FileTransfer::Kind(kind);
-        folder = m_dialogs.chooseFolder(transfer == FileTransfer::Kind::move       ? tr("Move To")
-                                            : transfer == FileTransfer::Kind::copy ? tr("Copy To")
+        folder = m_dialogs.chooseFolder(operation == FileDropOperation::move       ? tr("Move To")
+                                            : operation == FileDropOperation::copy ? tr("Copy To")
                                                                                    : tr("Alias To"));
     }
     if (folder.isEmpty() || !canTransferTo(folder))
         return;
-    const QPointer<ThumbnailsActionHandler> self(this);
-    FileTransfer::start(FileTransfer::Kind(kind), files, PXFile::fileForPath(folder), this,
-                        [self](const QStringList &errors) {
-                            if (self && !errors.isEmpty())
-                                Q_EMIT self->errorOccurred(tr("Some items could not be placed"),
-                                                           errors.join(QLatin1Char('\n')));
-                        });
+    // An activity like a drop: progress, cancel, a question when a name is taken, undo.
+    placeDroppedFiles(operation, files, PXFile::fileForPath(folder));
 }
 
 void ThumbnailsActionHandler::moveToMenuAction(const QString &folderPath)
 {
-    transferTo(int(FileTransfer::Kind::move), folderPath);
+    transferTo(FileDropOperation::move, folderPath);
 }
 
 void ThumbnailsActionHandler::copyToMenuAction(const QString &folderPath)
 {
-    transferTo(int(FileTransfer::Kind::copy), folderPath);
+    transferTo(FileDropOperation::copy, folderPath);
 }
 
 void ThumbnailsActionHandler::aliasToMenuAction(const QString &folderPath)
 {
-    transferTo(int(FileTransfer::Kind::alias), folderPath);
+    transferTo(FileDropOperation::link, folderPath);
 }
 
 void ThumbnailsActionHandler::newFolder()

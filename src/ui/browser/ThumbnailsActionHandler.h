@@ -154,7 +154,7 @@ private:
     void changeFlag(FileFlag flag);
     void selectByFlag(FileFlag flag);
     void stepImage(int direction);
-    void transferTo(int kind, const QString &folderPath);
+    void transferTo(FileDropOperation operation, const QString &folderPath);
     // Asks before opening `count` files when they are many; true to go on.
     bool confirmOpening(qsizetype count);
     void rotatePermanent(bool clockwise);

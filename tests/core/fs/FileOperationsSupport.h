@@ -101,11 +101,13 @@ inline ZQFileOperationError performNow(ZQFileOperationPerformer &performer, ZQFi
         if (unit.state() != ZQFileOperationUnit::State::pending || unit.hasError())
             continue;
         const ZQFileOperationError error = performer.perform(unit, group);
-        if (error.isError())
+        if (error.isError()) {
+            performer.finishPerforming();
             return error;
+        }
         unit.setState(ZQFileOperationUnit::State::done);
     }
-    return {};
+    return performer.finishPerforming();
 }
 
 // Runs `body` in a child process, as `uid` when it is not 0 and with files limited to

@@ -4,6 +4,7 @@
 #include "core/fs/FileOperationsSupport.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -166,6 +167,57 @@ TEST_F(TransferOperations, MovesAcrossVolumesCopyCheckAndOnlyThenRemoveTheOrigin
     EXPECT_EQ(delegate.finalUnits.at(0).sourceError().code, Code::none);
     EXPECT_EQ(delegate.finalUnits.at(0).destinationError().code, Code::intoItself);
     EXPECT_EQ(delegate.finalUnits.at(0).state(), State::skipped);
+}
+
+// Originals go only once their copies are on the disk: one sync for the batch, before the first
+// original is removed; a sync that fails keeps every original.
+TEST_F(TransferOperations, AMoveAcrossVolumesRemovesOriginalsOnlyAfterOneSyncOfTheirCopies)
+{
+    if (!makeOtherVolume())
+        GTEST_SKIP() << "/dev/shm is not another file system here";
+    const QByteArray bytes = bytesOfSize(256 << 10, 'd');
+    const QStringList originals{writePhoto(QStringLiteral("source/IMG_0001.JPG"), bytes),
+                                writePhoto(QStringLiteral("source/IMG_0002.JPG"), bytes),
+                                writePhoto(QStringLiteral("source/Trip/DSC_0003.JPG"), bytes)};
+    const auto units = [&] {
+        return QList<ZQFileOperationUnit>{unit(originals[0]), unit(originals[1]),
+                                          unit(source + QStringLiteral("/Trip"))};
+    };
+    const auto allOriginalsThere = [&] {
+        for (const QString &path : originals) {
+            if (readAll(path) != bytes)
+                return false;
+        }
+        return true;
+    };
+    for (const int syncError : {EIO, 0}) {
+        ZQTransferPerformer performer(Type::move);
+        int syncs = 0;
+        bool originalsThereAtSync = false;
+        bool copiesThereAtSync = false;
+        performer.setVolumeSync([&](const QByteArray &folder) {
+            ++syncs;
+            originalsThereAtSync = allOriginalsThere();
+            copiesThereAtSync = entriesOf(other->path()) == QStringList{"IMG_0001.JPG", "IMG_0002.JPG", "Trip"};
+            EXPECT_EQ(folder, QFile::encodeName(other->path()));
+            return syncError;
+        });
+        ZQFileOperationGroup group(units(), ZQStandardFile::newFileForPath(other->path()));
+        const ZQFileOperationError error = performNow(performer, group);
+        EXPECT_EQ(syncs, 1) << syncError;
+        EXPECT_TRUE(originalsThereAtSync) << syncError;
+        EXPECT_TRUE(copiesThereAtSync) << syncError;
+        expectSamePhoto(other->path() + QStringLiteral("/Trip/DSC_0003.JPG"), bytes);
+        if (syncError) {
+            EXPECT_EQ(error.code, EIO);
+            EXPECT_TRUE(allOriginalsThere());
+            QDir(other->path()).removeRecursively();
+            QDir().mkpath(other->path());
+        } else {
+            EXPECT_FALSE(error.isError()) << qPrintable(error.description);
+            EXPECT_EQ(entriesOf(source), QStringList());
+        }
+    }
 }
 
 // Nothing is replaced unless the delegate said so, not even an item that appears after the checks.

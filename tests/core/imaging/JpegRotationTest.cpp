@@ -1,6 +1,9 @@
 #include "core/imaging/JpegRotation.h"
 
+#include "core/imaging/JpegStructure.h"
+#include "support/CameraJpegs.h"
 #include "support/TestDir.h"
+#include "support/TestImages.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -126,6 +129,44 @@ QByteArray bytesOf(const QString &path)
     return file.readAll();
 }
 
+// Every EXIF value but those a turn changes, as Exiv2 reads them: what must come through a turn.
+// The turn leaves the EXIF block where it lies, so even its offsets stay.
+QMap<QString, QString> keptExif(const QByteArray &jpeg)
+{
+    static const QStringList changed{"Exif.Image.Orientation",
+                                     "Exif.Photo.PixelXDimension",
+                                     "Exif.Photo.PixelYDimension",
+                                     "Exif.Thumbnail.JPEGInterchangeFormat",
+                                     "Exif.Thumbnail.JPEGInterchangeFormatLength",
+                                     "Exif.Thumbnail.ImageWidth",
+                                     "Exif.Thumbnail.ImageLength"};
+    QMap<QString, QString> values;
+    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), long(jpeg.size()));
+    image->readMetadata();
+    for (const Exiv2::Exifdatum &datum : image->exifData()) {
+        const QString key = QString::fromStdString(datum.key());
+        if (!changed.contains(key))
+            values.insert(key, QString::fromStdString(datum.toString()));
+    }
+    return values;
+}
+
+// The values that differ between two readings, "key: before → after", for a readable failure.
+std::string exifChanges(const QByteArray &before, const QByteArray &after)
+{
+    const QMap<QString, QString> a = keptExif(before);
+    const QMap<QString, QString> b = keptExif(after);
+    QStringList changes;
+    QStringList keys = a.keys() + b.keys();
+    keys.removeDuplicates();
+    for (const QString &key : keys) {
+        if (a.value(key, QStringLiteral("(none)")) != b.value(key, QStringLiteral("(none)")))
+            changes.append(key + QStringLiteral(": ") + a.value(key, QStringLiteral("(none)")).left(60)
+                           + QStringLiteral(" → ") + b.value(key, QStringLiteral("(none)")).left(60));
+    }
+    return changes.join(QLatin1Char('\n')).toStdString();
+}
+
 } // namespace
 
 // Whole blocks: the blocks move, the orientation is folded in, the thumbnail and the EXIF follow.
@@ -204,4 +245,66 @@ TEST(JpegRotation, APictureThatIsNotWholeBlocksIsNeverCroppedSilently)
     EXPECT_EQ(result.kind, Kind::failed);
     EXPECT_TRUE(result.error.startsWith(QStringLiteral("“notes.JPG” couldn’t be turned. It is not a JPEG picture")));
     EXPECT_EQ(bytesOf(notJpeg), "Shopping list");
+}
+
+// A file as a camera writes it (maker's tags, a thumbnail, a multi-picture preview after the
+// image): its metadata comes through a turn unchanged but for what the turn changes, and the
+// preview index, which would point past the end of the new file, is gone.
+TEST(JpegRotation, ACameraFileKeepsItsMetadataAndDropsOnlyItsPreviewIndex)
+{
+    TestDir dir;
+    const QString path = writePhoto(dir.filePath(QStringLiteral("IMG_0001.JPG")), QSize(256, 192), 1);
+    {
+        auto image = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString());
+        image->readMetadata();
+        image->exifData()["Exif.Image.Make"] = "Canon";
+        image->exifData()["Exif.Image.Model"] = "Canon EOS 5D Mark IV";
+        image->exifData()["Exif.Photo.DateTimeOriginal"] = "2024:07:14 18:03:22";
+        image->exifData()["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 250);
+        image->writeMetadata();
+    }
+    QByteArray original = bytesOf(path);
+    const QByteArray preview = CameraJpegs::encodeJpeg(QSize(64, 48), Qt::darkBlue);
+    const QByteArray mpf = CameraJpegs::mpfSegment(0, 0, 0);
+    original = original.left(2)
+        + CameraJpegs::mpfSegment(quint32(original.size() + mpf.size()), quint32(preview.size()),
+                                  quint32(original.size() + mpf.size() - 10))
+        + original.mid(2) + preview;
+    ASSERT_EQ(JpegStructure::parse(original).extraImages.size(), 1);
+    QFile file(path);
+    file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    file.write(original);
+    file.close();
+
+    const JpegRotation::Result result = JpegRotation::rotateFile(path, Turn::clockwise, Fallback::refuse);
+    ASSERT_EQ(result.kind, Kind::lossless) << qPrintable(result.error);
+    const Facts facts = factsOf(path);
+    EXPECT_EQ(facts.size, QSize(192, 256));
+    EXPECT_EQ(facts.corners, QStringLiteral("BRGW"));
+    EXPECT_EQ(facts.thumbnailCorners, QStringLiteral("BRGW"));
+    EXPECT_EQ(facts.exifSize, QSize(192, 256));
+    EXPECT_EQ(facts.orientation, 1);
+    const QByteArray turned = bytesOf(path);
+    EXPECT_EQ(exifChanges(original, turned), "");
+    EXPECT_TRUE(JpegStructure::parse(turned).extraImages.isEmpty());
+    EXPECT_FALSE(turned.contains(QByteArray("MPF\0", 4)));
+
+    // Real cameras' files, in both byte orders and with their maker notes: what turns losslessly
+    // keeps every value.
+    const QString corpus = TestImages::corpusDir();
+    if (corpus.isEmpty())
+        return;
+    int turnedFiles = 0;
+    for (const QString &name : QDir(corpus + QStringLiteral("/jpg")).entryList({QStringLiteral("*.jpg")})) {
+        const QByteArray camera = bytesOf(corpus + QStringLiteral("/jpg/") + name);
+        JpegRotation::Result cameraResult;
+        const QByteArray bytes = JpegRotation::rotated(camera, Turn::counterclockwise, Fallback::refuse, cameraResult);
+        if (cameraResult.kind != Kind::lossless)
+            continue;
+        ++turnedFiles;
+        EXPECT_EQ(exifChanges(camera, bytes), "") << qPrintable(name);
+        EXPECT_EQ(JpegStructure::parse(bytes).orientation, JpegStructure::parse(camera).orientation ? 1 : 0)
+            << qPrintable(name);
+    }
+    EXPECT_GT(turnedFiles, 0);
 }

@@ -1,7 +1,9 @@
+#include "core/activities/ActivitiesSupport.h"
 #include "core/model/FlagManager.h"
 #include "core/model/FlagStore.h"
 #include "core/model/PXFile.h"
 #include "support/TestDir.h"
+#include "ui/activities/FileOperationsController.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/browser/ThumbnailsViewController.h"
 #include "ui/windows/CommandRegistry.h"
@@ -27,11 +29,6 @@ QByteArray attribute(const QString &path, const char *name)
     char value[256];
     const ssize_t size = ::getxattr(QFile::encodeName(path).constData(), name, value, sizeof value);
     return size < 0 ? QByteArray() : QByteArray(value, size);
-}
-
-void setTags(const QString &path, const QByteArray &tags)
-{
-    ::setxattr(QFile::encodeName(path).constData(), "user.xdg.tags", tags.constData(), size_t(tags.size()), 0);
 }
 
 QStringList namesOf(const QList<PXFilePtr> &files)
@@ -146,48 +143,54 @@ TEST(FileCommands, FlaggedAndRejectedFilesAreSelectedAgainAfterARestart)
     EXPECT_EQ(namesOf(pane.view.selectedFiles()), QStringList{"IMG_0002.JPG"});
 }
 
-// Move To, Copy To and Alias To: labels travel with the files, a name taken in the folder is
-// never overwritten (that item stays and is reported), and a folder cannot go into itself.
-TEST(FileCommands, MoveCopyAndAliasToAFolderNeverOverwrite)
+// Move To, Copy To and Alias To run as activities, as drops do: a name that is taken in the
+// folder is asked about and never overwritten unasked, labels travel, and a move can be undone.
+TEST(FileCommands, MoveCopyAndAliasToAFolderRunAsActivities)
 {
-    TestDir dir;
-    const QString red = dir.write(QStringLiteral("src/red.jpg"), "red");
-    const QString taken = dir.write(QStringLiteral("src/taken.jpg"), "new");
+    ActivitiesFixture f;
+    FileOperationsController operations(f.manager.get(), f.history.get());
+    const QString red = f.dir.write(QStringLiteral("src/red.jpg"), "red");
+    const QString taken = f.dir.write(QStringLiteral("src/taken.jpg"), "new");
     setTags(red, "Red");
-    const QString into = dir.mkdir(QStringLiteral("into"));
-    dir.write(QStringLiteral("into/taken.jpg"), "keep me");
-    Pane pane(dir.filePath(QStringLiteral("src")), 2);
+    const QString into = f.dir.mkdir(QStringLiteral("into"));
+    f.dir.write(QStringLiteral("into/taken.jpg"), "keep me");
+    Pane pane(f.dir.filePath(QStringLiteral("src")), 2);
     ASSERT_TRUE(pane.loaded);
+    pane.handler()->setFileOperations(&operations);
     pane.handler()->selectAll();
     EXPECT_FALSE(pane.handler()->canTransferTo(red));
     EXPECT_TRUE(pane.handler()->canTransferTo(into));
 
-    QSignalSpy errors(pane.handler(), &ThumbnailsActionHandler::errorOccurred);
     int asked = 0;
     pane.handler()->dialogs().chooseFolder = [&](const QString &) {
         ++asked;
         return into;
     };
+    f.prompter.answer = ZQFileOperationResolution::skip;
     pane.handler()->moveToMenuAction(QString()); // "Other Folder…"
-    ASSERT_TRUE(errors.wait(10000));
+    EXPECT_TRUE(f.manager->hasWorkingActivities());
+    ASSERT_TRUE(f.settle());
     EXPECT_EQ(asked, 1);
+    EXPECT_EQ(f.prompter.questions, QStringList{"taken.jpg"});
     EXPECT_FALSE(QFile::exists(red));
-    EXPECT_EQ(attribute(dir.filePath(QStringLiteral("into/red.jpg")), "user.xdg.tags"), QByteArray("Red"));
-    QFile kept(dir.filePath(QStringLiteral("into/taken.jpg")));
-    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
-    EXPECT_EQ(kept.readAll(), QByteArray("keep me"));
-    EXPECT_TRUE(QFile::exists(taken));
+    EXPECT_EQ(attribute(f.dir.filePath(QStringLiteral("into/red.jpg")), "user.xdg.tags"), QByteArray("Red"));
+    EXPECT_EQ(readAll(f.dir.filePath(QStringLiteral("into/taken.jpg"))), QByteArray("keep me"));
+    EXPECT_EQ(readAll(taken), QByteArray("new"));
+    EXPECT_EQ(f.history->undoTitle(), QStringLiteral("Undo Move"));
+    f.history->undo();
+    ASSERT_TRUE(f.settle());
+    EXPECT_EQ(readAll(red), QByteArray("red"));
+    EXPECT_FALSE(QFile::exists(f.dir.filePath(QStringLiteral("into/red.jpg"))));
 
-    const QString copies = dir.mkdir(QStringLiteral("copies"));
-    const QString links = dir.mkdir(QStringLiteral("links"));
-    ASSERT_TRUE(waitUntil([&] { return pane.view.files().size() == 1; }));
+    const QString copies = f.dir.mkdir(QStringLiteral("copies"));
+    const QString links = f.dir.mkdir(QStringLiteral("links"));
+    ASSERT_TRUE(waitUntil([&] { return pane.view.files().size() == 2; }));
     pane.handler()->selectAll();
     pane.handler()->copyToMenuAction(copies);
+    ASSERT_TRUE(f.settle());
     pane.handler()->aliasToMenuAction(links);
-    ASSERT_TRUE(waitUntil([&] {
-        return QFile::exists(copies + QStringLiteral("/taken.jpg"))
-            && QFileInfo(links + QStringLiteral("/taken.jpg")).isSymLink();
-    }));
+    ASSERT_TRUE(f.settle());
+    EXPECT_EQ(readAll(copies + QStringLiteral("/taken.jpg")), QByteArray("new"));
     EXPECT_EQ(QFileInfo(links + QStringLiteral("/taken.jpg")).symLinkTarget(), taken);
     EXPECT_TRUE(QFile::exists(taken));
 }

@@ -257,6 +257,7 @@ void ZQFileOperationHandler::continueToPerform()
                 if (error.isError()) {
                     unit.setState(State::failed);
                     transaction.error = error;
+                    run.performer->finishPerforming(); // what was done before stays done
                     progress.update();
                     post(transaction);
                     run.performer->setProgress(nullptr);
@@ -269,6 +270,7 @@ void ZQFileOperationHandler::continueToPerform()
                 transaction.completedFileCount = filesBefore + unit.fileCount();
                 progress.reportIfDue();
             }
+            transaction.error = run.performer->finishPerforming();
             run.performer->setProgress(nullptr);
             progress.update();
             post(transaction);

@@ -34,6 +34,9 @@ public:
     // One unit's work; an error stops the operation, units done before stay done. A unit that
     // sees the run cancelled undoes what it did and answers the error `cancelled`.
     virtual ZQFileOperationError perform(ZQFileOperationUnit &unit, const ZQFileOperationGroup &group) = 0;
+    // After the last unit performed, also when the run stopped at an error or a cancel: work the
+    // performer put off for the units done (a move across volumes removes its originals here).
+    virtual ZQFileOperationError finishPerforming() { return {}; }
 
     // Set by the handler before performing; tests that call a performer directly set their own.
     void setProgress(ZQFileOperationProgress *progress) { m_progress = progress; }

@@ -74,17 +74,25 @@ QByteArray temporaryName()
 // are carried where allowed.
 int ZQItemCopier::replaceContents(const QByteArray &path, int in, const struct stat &before, const QByteArray &bytes)
 {
+    return replaceContents(path, in, before, std::vector<QByteArrayView>{QByteArrayView(bytes)});
+}
+
+int ZQItemCopier::replaceContents(const QByteArray &path, int in, const struct stat &before,
+                                  const std::vector<QByteArrayView> &pieces)
+{
     const QByteArray temporary =
         folderOf(path) + "/.pixcove-turn-" + QByteArray::number(QRandomGenerator::global()->generate64(), 36);
     const int out = ::open(temporary.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
     if (out < 0)
         return errno;
     int error = 0;
-    for (qsizetype at = 0; error == 0 && at < bytes.size();) {
-        const ssize_t written = ::write(out, bytes.constData() + at, size_t(bytes.size() - at));
-        if (written < 0 && errno != EINTR)
-            error = errno;
-        at += written > 0 ? written : 0;
+    for (const QByteArrayView &bytes : pieces) {
+        for (qsizetype at = 0; error == 0 && at < bytes.size();) {
+            const ssize_t written = ::write(out, bytes.constData() + at, size_t(bytes.size() - at));
+            if (written < 0 && errno != EINTR)
+                error = errno;
+            at += written > 0 ? written : 0;
+        }
     }
     if (error == 0)
         error = copyExtendedAttributes(in, out, path);
@@ -92,7 +100,8 @@ int ZQItemCopier::replaceContents(const QByteArray &path, int in, const struct s
         if (::geteuid() == 0) [[maybe_unused]]
             const int ignored = ::fchown(out, before.st_uid, before.st_gid);
         ::fchmod(out, before.st_mode & 07777);
-        if (::fsync(out) != 0)
+        // The data is on the disk before the name points at it: the original is gone after this.
+        if (::fdatasync(out) != 0)
             error = errno;
     }
     ::close(out);
@@ -204,9 +213,6 @@ int ZQItemCopier::copyData(int in, int out, qint64 size)
         }
         if (count == 0)
             break;
-        // Writeback starts at once, so that the disk works while the next chunk is copied and the
-        // sync at the end waits only for the last one.
-        ::sync_file_range(out, done, count, SYNC_FILE_RANGE_WRITE);
         done += count;
         if (m_progress)
             m_progress->advance(count, 0);
@@ -238,12 +244,9 @@ int ZQItemCopier::copyFileInto(int sourceFd, const struct stat &info, int folder
         madeName.clear();
         return error;
     };
-    // Space for the whole file first: a full disk stops the copy before any data is written.
-    if (info.st_size > 0) {
-        const int error = ::posix_fallocate(out.get(), 0, info.st_size);
-        if (error != 0 && error != EOPNOTSUPP && error != EINVAL)
-            return fail(error);
-    }
+    // No space is reserved ahead (posix_fallocate): on ext4 the reserved blocks must be converted
+    // again as they are written, which costs more than a full disk found halfway through a file,
+    // whose part is removed anyway.
     if (const int error = copyData(sourceFd, out.get(), info.st_size))
         return fail(error);
     if (const int error = copyExtendedAttributes(sourceFd, out.get(), {}))
@@ -253,10 +256,8 @@ int ZQItemCopier::copyFileInto(int sourceFd, const struct stat &info, int folder
     { };
     if (::fstat(out.get(), &written) != 0 || written.st_size != info.st_size)
         return fail(Code::sizeMismatch);
-    // A file that takes its name now is synced now; one inside a folder being built is synced
-    // with the others before the folder takes its name.
-    if (published && ::fsync(out.get()) != 0)
-        return fail(errno);
+    // Not synced: a copy leaves its original in place, so nothing is lost if the machine stops
+    // before the data reaches the disk. A move syncs its copies once before it removes originals.
     if (unnamed) {
         const QByteArray procPath = "/proc/self/fd/" + QByteArray::number(out.get());
         const QByteArray linkName = name.isEmpty() ? temporaryName() : name;
@@ -288,7 +289,6 @@ int ZQItemCopier::copyInto(int sourceFolderFd, const QByteArray &sourceName, int
         const int error = copyFileInto(in.get(), info, folderFd, name, made, false);
         if (error)
             return failed(error, sourcePath);
-        m_unsynced.push_back(destinationPath);
         return 0;
     }
     if (S_ISLNK(info.st_mode)) {
@@ -349,7 +349,6 @@ int ZQItemCopier::copyInto(int sourceFolderFd, const QByteArray &sourceName, int
     if (const int attributeError = copyExtendedAttributes(in.get(), out.get(), sourcePath))
         return failed(attributeError, sourcePath);
     copyOwnerModeAndTimes(out.get(), info);
-    m_unsynced.push_back(destinationPath);
     return 0;
 }
 
@@ -385,21 +384,7 @@ ZQFileOperationError ZQItemCopier::copy(const QByteArray &source, const QByteArr
             failedPath = folder; // the destination refused the file
     } else {
         made = temporaryName();
-        m_unsynced.clear();
         code = copyInto(AT_FDCWD, source, folderFd.get(), made, failedPath, source, joined(folder, made));
-        // Everything in the folder is on disk before it takes its name. Writeback began as each
-        // file was written, so this mostly waits for the last ones.
-        for (const QByteArray &path : m_unsynced) {
-            if (code != 0)
-                break;
-            const int fd = ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-            if (fd < 0)
-                continue; // a link
-            if (::fsync(fd) != 0)
-                code = errno, failedPath = folder;
-            ::close(fd);
-        }
-        m_unsynced.clear();
     }
     if (code == 0 && made != name) {
         code = renameInto(joined(folder, made), destination, replace);
@@ -411,9 +396,15 @@ ZQFileOperationError ZQItemCopier::copy(const QByteArray &source, const QByteArr
             removeTree(joined(folder, made));
         return error(code, failedPath);
     }
-    // The new name is kept when the machine stops right after: a move removes its original next.
-    ::fsync(folderFd.get());
     return {};
+}
+
+int ZQItemCopier::syncVolume(const QByteArray &path)
+{
+    const Fd fd(::open(path.constData(), O_RDONLY | O_CLOEXEC));
+    if (!fd.isValid())
+        return errno;
+    return ::syncfs(fd.get()) == 0 ? 0 : errno;
 }
 
 ZQItemCopier::Work ZQItemCopier::measure(const QByteArray &path)

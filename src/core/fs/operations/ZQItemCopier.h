@@ -3,6 +3,7 @@
 #include "core/fs/operations/ZQFileOperationTypes.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 
 #include <sys/stat.h>
 
@@ -17,11 +18,12 @@ class ZQFileOperationProgress;
 // A file is written into an unnamed file in the destination's folder (O_TMPFILE; a hidden
 // temporary name where the file system has none), its data by copy_file_range, then its
 // permissions, extended attributes (user.xdg.tags: the colour labels) and times, checked against
-// the original's size, synced, and only then linked under its name, which refuses an existing
-// item. A folder is built under a hidden temporary name, everything in it synced, and renamed into
-// place the same way. A
-// failure or a cancel removes what was written; the original is never touched. Paths are the
-// file system's bytes. Runs on a worker thread; `progress` may be null.
+// the original's size, and only then linked under its name, which refuses an existing item. A
+// folder is built under a hidden temporary name and renamed into place the same way. A failure or
+// a cancel removes what was written; the original is never touched. Nothing is synced here, as cp
+// does not: the original is still there. What removes originals afterwards (a move across
+// volumes) calls syncVolume first. Paths are the file system's bytes. Runs on a worker thread;
+// `progress` may be null.
 class ZQItemCopier
 {
 public:
@@ -42,6 +44,9 @@ public:
 
     // Bytes of the files in `path` and the number of files and links (folders are not counted).
     static Work measure(const QByteArray &path);
+    // Writes everything on the file system of `path` to its disk (syncfs): data, names and
+    // folders. 0 or an errno.
+    static int syncVolume(const QByteArray &path);
     // Removes `path` and, for a folder, everything in it; 0 or the first errno met.
     static int removeTree(const QByteArray &path);
     // Puts the item at `from` at `to` in one step: refusing an existing item, or with `replace`
@@ -55,6 +60,9 @@ public:
     // attributes, synced, then renamed over it, so that the file is whole at every moment. A file
     // changed since `before` is left alone (ECANCELED). 0 or an errno.
     static int replaceContents(const QByteArray &path, int in, const struct stat &before, const QByteArray &bytes);
+    // The same with the new contents in pieces, written one after another.
+    static int replaceContents(const QByteArray &path, int in, const struct stat &before,
+                               const std::vector<QByteArrayView> &pieces);
     // The folder part of a native path ("/" for an item in the root).
     static QByteArray folderOf(const QByteArray &path);
     static QByteArray nameOf(const QByteArray &path);
@@ -68,5 +76,4 @@ private:
     int copyData(int in, int out, qint64 size);
 
     ZQFileOperationProgress *m_progress = nullptr;
-    std::vector<QByteArray> m_unsynced; // files and folders of a folder being built, synced before it is named
 };

@@ -1,5 +1,6 @@
 #include "core/fs/operations/ZQTransferPerformer.h"
 
+#include "core/app/Log.h"
 #include "core/app/Translate.h"
 #include "core/fs/operations/ZQFileOperationGroup.h"
 #include "core/fs/operations/ZQItemCopier.h"
@@ -13,6 +14,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,6 +27,10 @@ constexpr Translator tr("ZQFileOperation");
 
 // Enough tries to find a free "photo copy 2.jpg" … in any real folder.
 constexpr int maximumNameTries = 10000;
+// Copies across volumes synced in one step before their originals go: a sync waits for at most
+// about a gigabyte, and a folder of originals shrinks as the move goes on.
+constexpr size_t movedBatchItems = 2000;
+constexpr qint64 movedBatchBytes = qint64(1) << 30;
 
 QByteArray joined(const QByteArray &folder, const QByteArray &name)
 {
@@ -89,7 +95,51 @@ QByteArray freeName(const QByteArray &folder, const QString &name, bool folderNa
 
 ZQTransferPerformer::ZQTransferPerformer(ZQFileOperationType type)
     : m_type(type)
+    , m_sync(&ZQItemCopier::syncVolume)
 { }
+
+ZQTransferPerformer::~ZQTransferPerformer() = default;
+
+ZQFileOperationError ZQTransferPerformer::finishPerforming()
+{
+    return removeMovedOriginals();
+}
+
+ZQFileOperationError ZQTransferPerformer::removeMovedOriginals()
+{
+    if (m_moved.empty())
+        return {};
+    std::vector<Moved> moved;
+    moved.swap(m_moved);
+    m_movedBytes = 0;
+    // One sync a destination volume, then the originals; a copy not known to be on the disk keeps
+    // its original.
+    QList<QByteArray> synced;
+    for (const Moved &item : moved) {
+        const QByteArray folder = ZQItemCopier::folderOf(item.destination);
+        if (synced.contains(folder))
+            continue;
+        if (const int code = m_sync(folder)) {
+            logError(QStringLiteral("Sync of %1 failed before originals were removed: %2")
+                         .arg(QFile::decodeName(folder), QString::fromLocal8Bit(std::strerror(code))));
+            return errorFor(code, folder);
+        }
+        synced.append(folder);
+    }
+    ZQFileOperationError first;
+    for (const Moved &item : moved) {
+        const int code = ZQItemCopier::removeTree(item.source);
+        if (code != 0) {
+            if (!first.isError()) {
+                first = errorFor(Code::sourceNotRemoved, item.source);
+                first.failureReason = QString::fromLocal8Bit(std::strerror(code));
+            }
+            continue;
+        }
+        item.item->updateForEvent({ZQFileEventType::removed, item.source});
+    }
+    return first;
+}
 
 QByteArray ZQTransferPerformer::destinationFolder(const ZQFileOperationUnit &unit,
                                                   const ZQFileOperationGroup &group) const
@@ -265,12 +315,12 @@ ZQFileOperationError ZQTransferPerformer::perform(ZQFileOperationUnit &unit, con
             error = copier.copy(source, destination, replace);
             if (error.isError())
                 return error;
-            code = ZQItemCopier::removeTree(source);
-            if (code != 0) {
-                error = errorFor(Code::sourceNotRemoved, source);
-                error.failureReason = QString::fromLocal8Bit(std::strerror(code));
-                return error;
-            }
+            m_moved.push_back({source, destination, item});
+            m_movedBytes += unit.byteCount();
+            ZQStandardFile::newFileForNativePath(destination)->updateForEvent({ZQFileEventType::created, destination});
+            if (m_moved.size() < movedBatchItems && m_movedBytes < movedBatchBytes)
+                return {};
+            return removeMovedOriginals();
         } else if (code == EEXIST || code == ENOTEMPTY) {
             return errorFor(Code::destinationExists, destination);
         } else if (code == ENOENT && sourceGone()) {
