@@ -33,6 +33,8 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 namespace Key = PXRenameSettingsKey;
@@ -206,7 +208,10 @@ void FileRenamerWindow::buildWindow()
     m_filesView->setUniformRowHeights(true);
     m_filesView->setTextElideMode(Qt::ElideMiddle);
     m_filesView->setAlternatingRowColors(true);
-    m_filesView->setAcceptDrops(false);
+    // Files and folders dropped on the list join it: the viewport is where a drop lands, and it
+    // would otherwise take the drop as a move of rows.
+    m_filesView->viewport()->setAcceptDrops(true);
+    m_filesView->viewport()->installEventFilter(this);
     m_filesView->header()->setStretchLastSection(false);
     m_filesView->header()->setSectionResizeMode(RenameFilesModel::nameColumn, QHeaderView::Stretch);
     m_filesView->header()->setSectionResizeMode(RenameFilesModel::proposedNameColumn, QHeaderView::Stretch);
@@ -414,16 +419,6 @@ void FileRenamerWindow::presetChosen(const QString &group, qsizetype index)
     showRenamerSettings();
 }
 
-bool FileRenamerWindow::applyPreset(const QJsonObject &preset)
-{
-    if (!m_renamer->dealWithUnsavedPreset())
-        return false;
-    m_renamer->setCurrentPreset(QString(), -1);
-    m_renamer->updateWithPreset(preset);
-    showRenamerSettings();
-    return true;
-}
-
 // Shows the renamer's options, filter and rules in the window's controls.
 void FileRenamerWindow::showRenamerSettings()
 {
@@ -515,19 +510,46 @@ void FileRenamerWindow::saveFrame()
     m_settings->setValue(filesSplitKey, QString::fromLatin1(m_filesSplit->saveState().toBase64()));
 }
 
+namespace {
+
+// The local files and folders of a drop; other addresses are left out.
+QList<PXFilePtr> droppedFiles(const QMimeData *data)
+{
+    QList<PXFilePtr> files;
+    if (!data || !data->hasUrls())
+        return files;
+    for (const QUrl &url : data->urls()) {
+        if (url.isLocalFile() && !url.toLocalFile().isEmpty())
+            files.append(PXFile::fileForPath(url.toLocalFile()));
+    }
+    return files;
+}
+
+bool holdsLocalFiles(const QMimeData *data)
+{
+    if (!data || !data->hasUrls())
+        return false;
+    const QList<QUrl> urls = data->urls();
+    return std::any_of(urls.cbegin(), urls.cend(), [](const QUrl &url) { return url.isLocalFile(); });
+}
+
+} // namespace
+
 void FileRenamerWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (event->mimeData()->hasUrls())
+    if (holdsLocalFiles(event->mimeData()))
+        event->acceptProposedAction();
+}
+
+void FileRenamerWindow::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (holdsLocalFiles(event->mimeData()))
         event->acceptProposedAction();
 }
 
 void FileRenamerWindow::dropEvent(QDropEvent *event)
 {
-    QList<PXFilePtr> files;
-    for (const QUrl &url : event->mimeData()->urls()) {
-        if (url.isLocalFile())
-            files.append(PXFile::fileForPath(url.toLocalFile()));
-    }
+    const QList<PXFilePtr> files = droppedFiles(event->mimeData());
     if (files.isEmpty())
         return;
     event->acceptProposedAction();
@@ -541,6 +563,14 @@ bool FileRenamerWindow::eventFilter(QObject *watched, QEvent *event)
         if (key == Qt::Key_Delete || key == Qt::Key_Backspace) {
             removeSelectedFiles();
             return true;
+        }
+    }
+    if (watched == m_filesView->viewport()) {
+        switch (event->type()) {
+        case QEvent::DragEnter: dragEnterEvent(static_cast<QDragEnterEvent *>(event)); return true;
+        case QEvent::DragMove: dragMoveEvent(static_cast<QDragMoveEvent *>(event)); return true;
+        case QEvent::Drop: dropEvent(static_cast<QDropEvent *>(event)); return true;
+        default: break;
         }
     }
     return QWidget::eventFilter(watched, event);

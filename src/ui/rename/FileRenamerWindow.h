@@ -58,8 +58,6 @@ public:
     void addFilesToRename(const QList<PXFilePtr> &files);
     // The files list's selection leaves the batch (the Delete key, the remove button).
     void removeSelectedFiles();
-    // Applies a preset as if chosen in the presets list (after the unsaved-preset question).
-    bool applyPreset(const QJsonObject &preset);
     // Starts the rename of every changed file; refused while names collide.
     void rename();
     void cancel();
@@ -84,6 +82,7 @@ Q_SIGNALS:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 

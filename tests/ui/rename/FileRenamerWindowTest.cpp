@@ -390,6 +390,45 @@ TEST_F(RenamerWindow, BadRulesAreSaidAndLeaveNamesAlone)
     EXPECT_EQ(window->presets().lastDateFormat(), QStringLiteral("yyyy/MM/dd HH:mm "));
 }
 
+// Files and folders dropped on the files list join it, a folder with its contents to the chosen
+// depth; what is not a local file is refused.
+TEST_F(RenamerWindow, DroppedFilesAndFoldersJoinTheList)
+{
+    dir.write(QStringLiteral("DSC_0412.ARW"));
+    dir.write(QStringLiteral("Porto 2024/IMG_2041.HEIC"));
+    dir.write(QStringLiteral("Porto 2024/IMG_2042.HEIC"));
+    window->show();
+    window->depthMenu()->setCurrentIndex(window->depthMenu()->findData(1));
+    Q_EMIT window->depthMenu()->activated(window->depthMenu()->currentIndex());
+    QWidget *target = window->filesView()->viewport();
+    const QPointF where(target->width() / 2.0, target->height() / 2.0);
+    const auto drop = [&](const QList<QUrl> &urls) {
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter(where.toPoint(), Qt::CopyAction | Qt::LinkAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(target, &enter);
+        QDragMoveEvent move(where.toPoint(), Qt::CopyAction | Qt::LinkAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(target, &move);
+        QDropEvent dropped(where, Qt::CopyAction | Qt::LinkAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(target, &dropped);
+        return std::tuple{enter.isAccepted(), move.isAccepted(), dropped.isAccepted()};
+    };
+
+    EXPECT_EQ(drop({QUrl(QStringLiteral("https://example.org/IMG_9999.JPG"))}), std::tuple(false, false, false));
+    ASSERT_TRUE(settle());
+    EXPECT_TRUE(rows().isEmpty());
+
+    EXPECT_EQ(drop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("DSC_0412.ARW"))),
+                    QUrl::fromLocalFile(dir.filePath(QStringLiteral("Porto 2024")))}),
+              std::tuple(true, true, true));
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(rows(),
+              (QStringList{"DSC_0412.ARW -> DSC_0412.ARW [unchanged]", "Porto 2024 -> Not Applicable [notApplicable]",
+                           "IMG_2041.HEIC -> IMG_2041.HEIC [unchanged]",
+                           "IMG_2042.HEIC -> IMG_2042.HEIC [unchanged]"}));
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Rename Files (4 files)"));
+}
+
 // Files renamed or deleted by another program while listed: the list follows.
 TEST_F(RenamerWindow, TheListFollowsFilesChangedFromOutside)
 {
@@ -453,7 +492,7 @@ TEST_F(RenamerWindow, ABigFolderIsScannedInTheBackgroundAndCanBeCancelled)
 }
 
 // The service, the command line's --rename and the Batch Rename command all open the one window
-// of the rename manager, which the next opening reuses; the presets offer menu items elsewhere.
+// of the rename manager, which the next opening reuses.
 TEST(RenameManagerTest, OpeningHandsFilesToTheOneWindow)
 {
     ShellFixture shell;
@@ -473,14 +512,6 @@ TEST(RenameManagerTest, OpeningHandsFilesToTheOneWindow)
     EXPECT_EQ(manager.fileRenamer(), window);
     EXPECT_EQ(window->renamer().rootItems().size(), 2);
 
-    QJsonObject chosen;
-    const QList<QAction *> items = RenameManager::menuItemsForPresetsWithAction(
-        &manager, [&](const QJsonObject &preset) { chosen = preset; }, &settings);
-    ASSERT_EQ(items.size(), PXRenamePresets::defaultPresets().size());
-    items[1]->trigger();
-    EXPECT_EQ(chosen.value(Key::presetName).toString(), items[1]->text());
-    EXPECT_TRUE(window->applyPreset(chosen));
-    EXPECT_EQ(json(window->renamer().renameRules()), json(*renameRulesFromJson(chosen.value(Key::rules))));
     EXPECT_TRUE(manager.closeRenamer());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(manager.fileRenamer());
