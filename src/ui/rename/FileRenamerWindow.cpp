@@ -28,12 +28,14 @@
 #include <QSettings>
 #include <QSplitter>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 #include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -315,10 +317,13 @@ void FileRenamerWindow::buildWindow()
 
 void FileRenamerWindow::wireRenamer()
 {
-    // The rows are rebuilt when the arrangement changed; names alone only redraw.
-    connect(&m_renamer->outline(), &PXBatchOutlineModel::updated, m_filesModel, [this] {
-        m_filesModel->arrangementChanged();
-        m_filesView->expandAll();
+    // The rows are rebuilt when the arrangement changed; names alone only redraw. With thousands
+    // of files, sorting them and laying out their rows are each a good part of a frame: the rows
+    // follow at the next turn of the event loop, unless the new names come first.
+    connect(&m_renamer->outline(), &PXBatchOutlineModel::updated, this, [this] {
+        if (std::exchange(m_rowsStale, true))
+            return;
+        QTimer::singleShot(0, this, &FileRenamerWindow::showArrangement);
     });
     connect(m_renamer.get(), &PXFileRenamer::updated, this, &FileRenamerWindow::renamerUpdated);
     connect(m_renamer.get(), &PXFileRenamer::workInProgressChanged, this, [this] { showRenamerState(); });
@@ -336,8 +341,17 @@ void FileRenamerWindow::wireRenamer()
 
 // MARK: state
 
+void FileRenamerWindow::showArrangement()
+{
+    if (!std::exchange(m_rowsStale, false))
+        return;
+    m_filesModel->arrangementChanged();
+    m_filesView->expandAll();
+}
+
 void FileRenamerWindow::renamerUpdated()
 {
+    showArrangement();
     m_filesModel->namesChanged();
     setWindowTitle(m_renamer->windowTitle());
     m_presetsView->refreshMarks();

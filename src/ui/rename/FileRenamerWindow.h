@@ -95,6 +95,7 @@ private:
     void filterEdited();
     void optionsChosen();
     void showRenamerState();
+    void showArrangement();
     void renamerUpdated();
     void presetChosen(const QString &group, qsizetype index);
     void showRenamerSettings();
@@ -107,6 +108,7 @@ private:
     PXFileRenamerQuestions *m_questionsOverride = nullptr;
     bool m_closing = false;
     bool m_showingState = false;
+    bool m_rowsStale = false; // the batch was rearranged since the rows were built
 
     QSplitter *m_presetsSplit = nullptr;
     QSplitter *m_filesSplit = nullptr;
