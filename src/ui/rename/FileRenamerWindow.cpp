@@ -1,5 +1,6 @@
 #include "ui/rename/FileRenamerWindow.h"
 
+#include "core/model/DisplayFormats.h"
 #include "core/model/PXFile.h"
 #include "core/rename/PXBatchOutlineModel.h"
 #include "core/rename/PXFileRenamer.h"
@@ -27,6 +28,7 @@
 #include <QScrollArea>
 #include <QSettings>
 #include <QSplitter>
+#include <QStyle>
 #include <QTextBrowser>
 #include <QTimer>
 #include <QToolButton>
@@ -99,6 +101,7 @@ FileRenamerWindow::FileRenamerWindow(QSettings *settings, ZQFileController *file
     m_ruleEditor->addComplexRow();
     m_showingState = false;
     rulesEdited();
+    fitEditors(m_ruleEditor->rows().isEmpty() ? 0 : 2 * m_ruleEditor->rows().constLast()->sizeHint().height());
     restoreFrame();
     setWindowTitle(m_renamer->windowTitle());
 }
@@ -163,11 +166,12 @@ void FileRenamerWindow::buildWindow()
     m_filterEditor = new RenameFilterEditor(editors);
     editorsLayout->addWidget(m_filterEditor);
     editorsLayout->addStretch(1);
-    auto *editorsScroll = new QScrollArea;
-    editorsScroll->setWidget(editors);
-    editorsScroll->setWidgetResizable(true);
-    editorsScroll->setFrameShape(QFrame::NoFrame);
-    m_filesSplit->addWidget(editorsScroll);
+    m_editorsScroll = new QScrollArea;
+    m_editorsScroll->setObjectName(QStringLiteral("editorsPane"));
+    m_editorsScroll->setWidget(editors);
+    m_editorsScroll->setWidgetResizable(true);
+    m_editorsScroll->setFrameShape(QFrame::NoFrame);
+    m_filesSplit->addWidget(m_editorsScroll);
 
     auto *filesPanel = new QWidget;
     auto *filesLayout = new QVBoxLayout(filesPanel);
@@ -215,17 +219,34 @@ void FileRenamerWindow::buildWindow()
     m_filesView->viewport()->setAcceptDrops(true);
     m_filesView->viewport()->installEventFilter(this);
     m_filesView->header()->setStretchLastSection(false);
-    m_filesView->header()->setSectionResizeMode(RenameFilesModel::nameColumn, QHeaderView::Stretch);
+    // New names are usually the longer ones: they take the room the other columns leave.
     m_filesView->header()->setSectionResizeMode(RenameFilesModel::proposedNameColumn, QHeaderView::Stretch);
+    // The property columns as wide as their longest usual values, measured once rather than over
+    // thousands of rows.
+    const QFontMetrics metrics = m_filesView->fontMetrics();
+    const int padding = 3 * metrics.averageCharWidth();
+    m_filesView->header()->resizeSection(RenameFilesModel::nameColumn,
+                                         metrics.horizontalAdvance(QStringLiteral("PXL_20240612_143222.jpg"))
+                                             + 2 * m_filesView->indentation() + padding);
+    m_filesView->header()->resizeSection(RenameFilesModel::kindColumn,
+                                         metrics.horizontalAdvance(tr("Sony ARW raw image")) + padding);
+    m_filesView->header()->resizeSection(RenameFilesModel::sizeColumn,
+                                         metrics.horizontalAdvance(QStringLiteral("999.9 MB")) + padding);
+    m_filesView->header()->resizeSection(RenameFilesModel::modificationDateColumn,
+                                         metrics.horizontalAdvance(
+                                             formattedDate(QDateTime(QDate(2024, 12, 28), QTime(22, 58, 58)),
+                                                           DateStyle::medium, DateStyle::medium))
+                                             + padding);
     m_filesView->installEventFilter(this);
     filesLayout->addWidget(m_filesView, 1);
     m_filesSplit->addWidget(filesPanel);
-    m_filesSplit->setStretchFactor(0, 2);
-    m_filesSplit->setStretchFactor(1, 3);
+    // A taller window gives the files list the room; the rules keep theirs (fitEditors).
+    m_filesSplit->setStretchFactor(0, 0);
+    m_filesSplit->setStretchFactor(1, 1);
     m_presetsSplit->addWidget(m_filesSplit);
     m_presetsSplit->setStretchFactor(0, 0);
     m_presetsSplit->setStretchFactor(1, 1);
-    m_presetsSplit->setSizes({200, 900});
+    m_presetsSplit->setSizes({200, 1080});
 
     // The bottom bar.
     auto *bar = new QHBoxLayout;
@@ -312,7 +333,9 @@ void FileRenamerWindow::buildWindow()
     connect(help, &QToolButton::clicked, this, &FileRenamerWindow::showRenameHelpSheet);
     connect(m_cancelButton, &QPushButton::clicked, this, &FileRenamerWindow::cancel);
     connect(m_renameButton, &QPushButton::clicked, this, &FileRenamerWindow::rename);
-    resize(1100, 720);
+    // Wide enough for the longest rule row beside the presets, and for a new name of a few words
+    // beside the file's properties.
+    resize(1280, 800);
 }
 
 void FileRenamerWindow::wireRenamer()
@@ -396,6 +419,7 @@ void FileRenamerWindow::rulesEdited()
     const PXRenameRules rules = m_ruleEditor->rules();
     m_presets->rememberFieldValues(rules);
     m_renamer->setRenameRules(rules);
+    fitEditorsLater();
 }
 
 void FileRenamerWindow::filterEdited()
@@ -446,6 +470,7 @@ void FileRenamerWindow::showRenamerSettings()
     m_filterEditor->setProblem(m_renamer->filterError());
     m_ruleEditor->setRules(m_renamer->renameRules());
     m_showingState = false;
+    fitEditorsLater();
     m_presetsView->refreshMarks();
 }
 
@@ -508,6 +533,30 @@ void FileRenamerWindow::closeEvent(QCloseEvent *event)
     saveFrame();
     event->accept();
     Q_EMIT renameFilesEnded(this);
+}
+
+// Makes the rules and the filter pane tall enough to show them whole with `room` to spare (for
+// rows still to come), taking the height from the files list as long as it keeps half the split.
+void FileRenamerWindow::fitEditors(int room)
+{
+    QList<int> sizes = m_filesSplit->sizes();
+    if (sizes.size() != 2)
+        return;
+    const int total = sizes[0] + sizes[1] > 0 ? sizes[0] + sizes[1] : height();
+    // A horizontal scroll bar shows when the rows are wider than the pane.
+    const int wanted = m_editorsScroll->widget()->sizeHint().height() + room
+        + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, m_editorsScroll);
+    const int fitted = std::min(wanted, total / 2);
+    if (sizes[0] >= fitted && sizes[0] + sizes[1] > 0)
+        return;
+    m_filesSplit->setSizes({fitted, total - fitted});
+}
+
+// New rows show at the next turn of the event loop, and only then count in the pane's height.
+void FileRenamerWindow::fitEditorsLater()
+{
+    QMetaObject::invokeMethod(
+        this, [this] { fitEditors(); }, Qt::QueuedConnection);
 }
 
 void FileRenamerWindow::restoreFrame()

@@ -15,6 +15,7 @@ class QDialog;
 class QLabel;
 class QProgressBar;
 class QPushButton;
+class QScrollArea;
 class QSettings;
 class QSplitter;
 class QTreeView;
@@ -89,6 +90,8 @@ protected:
 private:
     void buildWindow();
     void wireRenamer();
+    void fitEditors(int room = 0);
+    void fitEditorsLater();
     void restoreFrame();
     void saveFrame();
     void rulesEdited();
@@ -112,6 +115,7 @@ private:
 
     QSplitter *m_presetsSplit = nullptr;
     QSplitter *m_filesSplit = nullptr;
+    QScrollArea *m_editorsScroll = nullptr;
     RenamePresetsView *m_presetsView = nullptr;
     RenameRuleEditor *m_ruleEditor = nullptr;
     RenameFilterEditor *m_filterEditor = nullptr;

@@ -390,6 +390,41 @@ TEST_F(RenamerWindow, BadRulesAreSaidAndLeaveNamesAlone)
     EXPECT_EQ(window->presets().lastDateFormat(), QStringLiteral("yyyy/MM/dd HH:mm "));
 }
 
+// At its first size the window shows every rule row and the filter whole, and still a long list;
+// a preset with more rows makes room for them.
+TEST_F(RenamerWindow, EveryPartShowsAtTheFirstSize)
+{
+    FileRenamerWindow fresh(settings.get(), &controller);
+    fresh.show();
+    ASSERT_TRUE(waitUntil([&] { return fresh.filterEditor()->isVisible(); }));
+    const auto shownWhole = [](QWidget *widget) {
+        return widget->isVisible() && widget->visibleRegion().boundingRect() == widget->rect();
+    };
+    EXPECT_TRUE(shownWhole(fresh.filterEditor()));
+    for (RenameRuleRowWidget *row : fresh.ruleEditor()->rows())
+        EXPECT_TRUE(shownWhole(row));
+    EXPECT_GE(fresh.filesView()->viewport()->height(), 10 * fresh.filesView()->fontMetrics().height());
+
+    // Five rows: the compound one and four that change the name.
+    namespace C = PXRenameConstant;
+    const PXRenameRule insert{C::insert, QStringLiteral("Insert")};
+    const PXRenameRule atEnd{C::insertAtEnd, QStringLiteral("At End")};
+    const PXRenameRule characters{C::addCharacters, QStringLiteral("Characters")};
+    QList<PXRenameRow> nested;
+    for (const char *text : {"_a", "_b", "_c", "_d"})
+        nested.append(PXRenameRow{PXRenameRow::simple,
+                                  {insert, atEnd, characters, {C::replacementCharacters, QString::fromLatin1(text)}},
+                                  {}});
+    fresh.ruleEditor()->setRules(
+        {PXRenameRow{PXRenameRow::compound,
+                     {{C::label, QStringLiteral("In")}, {C::searchFilename, QStringLiteral("Filename")}},
+                     nested}});
+    ASSERT_EQ(fresh.ruleEditor()->rows().size(), 5);
+    ASSERT_TRUE(waitUntil([&] { return shownWhole(fresh.ruleEditor()->rows().constLast()); }));
+    EXPECT_TRUE(shownWhole(fresh.filterEditor()));
+    fresh.renamer().cancel();
+}
+
 // Files and folders dropped on the files list join it, a folder with its contents to the chosen
 // depth; what is not a local file is refused.
 TEST_F(RenamerWindow, DroppedFilesAndFoldersJoinTheList)
