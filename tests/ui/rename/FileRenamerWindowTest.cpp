@@ -26,6 +26,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTreeView>
@@ -396,22 +397,35 @@ TEST_F(RenamerWindow, EveryPartShowsAtTheFirstSize)
 {
     FileRenamerWindow fresh(settings.get(), &controller);
     fresh.show();
-    ASSERT_TRUE(waitUntil([&] { return fresh.filterEditor()->isVisible(); }));
-    const auto shownWhole = [](QWidget *widget) {
-        return widget->isVisible() && widget->visibleRegion().boundingRect() == widget->rect();
+    const QWidget *pane = fresh.findChild<QScrollArea *>(QStringLiteral("editorsPane"))->viewport();
+    // Rows show, and the pane is fitted and laid out, at later turns of the event loop.
+    const auto settled = [&](qsizetype rowCount) {
+        const QList<RenameRuleRowWidget *> rows = fresh.ruleEditor()->rows();
+        const bool shown = rows.size() == rowCount
+            && std::all_of(rows.cbegin(), rows.cend(), [](QWidget *row) { return row->isVisible(); });
+        if (shown)
+            waitUntil([] { return false; }, 50);
+        return shown;
     };
-    EXPECT_TRUE(shownWhole(fresh.filterEditor()));
-    for (RenameRuleRowWidget *row : fresh.ruleEditor()->rows())
-        EXPECT_TRUE(shownWhole(row));
+    const auto shownWhole = [&](QWidget *widget) {
+        return widget->isVisible() && pane->rect().contains(QRect(widget->mapTo(pane, QPoint(0, 0)), widget->size()));
+    };
+    const auto everyPartShown = [&] {
+        const QList<RenameRuleRowWidget *> rows = fresh.ruleEditor()->rows();
+        return shownWhole(fresh.filterEditor())
+            && std::all_of(rows.cbegin(), rows.cend(), [&](QWidget *row) { return shownWhole(row); });
+    };
+    ASSERT_TRUE(waitUntil([&] { return settled(2); }));
+    EXPECT_TRUE(everyPartShown());
     EXPECT_GE(fresh.filesView()->viewport()->height(), 10 * fresh.filesView()->fontMetrics().height());
 
-    // Five rows: the compound one and four that change the name.
+    // Seven rows: the compound one and six that change the name.
     namespace C = PXRenameConstant;
     const PXRenameRule insert{C::insert, QStringLiteral("Insert")};
     const PXRenameRule atEnd{C::insertAtEnd, QStringLiteral("At End")};
     const PXRenameRule characters{C::addCharacters, QStringLiteral("Characters")};
     QList<PXRenameRow> nested;
-    for (const char *text : {"_a", "_b", "_c", "_d"})
+    for (const char *text : {"_a", "_b", "_c", "_d", "_e", "_f"})
         nested.append(PXRenameRow{PXRenameRow::simple,
                                   {insert, atEnd, characters, {C::replacementCharacters, QString::fromLatin1(text)}},
                                   {}});
@@ -419,9 +433,8 @@ TEST_F(RenamerWindow, EveryPartShowsAtTheFirstSize)
         {PXRenameRow{PXRenameRow::compound,
                      {{C::label, QStringLiteral("In")}, {C::searchFilename, QStringLiteral("Filename")}},
                      nested}});
-    ASSERT_EQ(fresh.ruleEditor()->rows().size(), 5);
-    ASSERT_TRUE(waitUntil([&] { return shownWhole(fresh.ruleEditor()->rows().constLast()); }));
-    EXPECT_TRUE(shownWhole(fresh.filterEditor()));
+    ASSERT_TRUE(waitUntil([&] { return settled(7); }));
+    EXPECT_TRUE(everyPartShown());
     fresh.renamer().cancel();
 }
 
