@@ -346,7 +346,8 @@ void FileRenamerWindow::wireRenamer()
     connect(&m_renamer->outline(), &PXBatchOutlineModel::updated, this, [this] {
         if (std::exchange(m_rowsStale, true))
             return;
-        QTimer::singleShot(0, this, &FileRenamerWindow::showArrangement);
+        // 1 ms rather than 0: a zero timer may run in the same pass of the event loop.
+        QTimer::singleShot(1, this, &FileRenamerWindow::showArrangement);
     });
     connect(m_renamer.get(), &PXFileRenamer::updated, this, &FileRenamerWindow::renamerUpdated);
     connect(m_renamer.get(), &PXFileRenamer::workInProgressChanged, this, [this] { showRenamerState(); });
