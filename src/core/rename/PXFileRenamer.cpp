@@ -37,6 +37,10 @@ FileSortType fileSortTypeForSetting(int tag)
     }
 }
 
+// Files a scan found made into items in one turn of the GUI thread's event loop: a scan posts
+// thousands at once, and a slice of this size takes a millisecond or two.
+constexpr qsizetype foundFilesPerTurn = 500;
+
 // Proposed names are computed here, apart from the folder scans and renames.
 const QString computationPool = QStringLiteral("PXFileRenamer.Names");
 
@@ -72,6 +76,10 @@ PXFileRenamer::PXFileRenamer(PXRenamePresets *presets, ZQFileController *fileCon
     m_updateFilesTimer.setSingleShot(true);
     m_updateFilesTimer.setInterval(0);
     connect(&m_updateFilesTimer, &QTimer::timeout, this, &PXFileRenamer::updateFiles);
+    // 0 s: the files a scan found are listed a slice a turn, the event loop running in between.
+    m_foundFilesTimer.setSingleShot(true);
+    m_foundFilesTimer.setInterval(0);
+    connect(&m_foundFilesTimer, &QTimer::timeout, this, &PXFileRenamer::listFoundFiles);
     m_windowTitle = tr("Rename Files (%1 files)").arg(0);
 }
 
@@ -160,21 +168,24 @@ void PXFileRenamer::scanForChildrenOfFiles(const QList<PXFilePtr> &folders, std:
         return;
     ZQFolderLoadOptions options;
     options.depth = levels.value_or(m_folderScanDepth - 1);
-    options.fileFilter = [](const ZQFilePtr &file) { return !file->isInvisible(); };
+    // Runs on the listing's worker: the names' collation keys are made there, so that sorting the
+    // found files on the GUI thread only compares them.
+    options.fileFilter = [](const ZQFilePtr &file) {
+        if (file->isInvisible())
+            return false;
+        PXFile::from(file)->nameSortKey();
+        return true;
+    };
     options.folderFilter = [](const ZQFilePtr &file) { return !file->isInvisible(); };
     for (const PXFilePtr &folder : folders) {
         auto *loader = new ZQFolderLoadOperation(folder, options, this);
         connect(loader, &ZQFolderLoadOperation::batchLoaded, this,
                 [this](const ZQFilePtr &, const QList<ZQFilePtr> &files) {
-                    QList<PXBatchItemPtr> found;
-                    for (const ZQFilePtr &entry : files) {
-                        if (m_outline->itemForIdentifier(entry->path()))
-                            continue;
-                        const PXFilePtr file = PXFile::from(entry);
-                        found.append(makeItem(file, file->isDirectory()));
-                    }
-                    m_outline->addItems(found);
-                    updateForChanges();
+                    m_foundFiles.reserve(m_foundFiles.size() + files.size());
+                    for (const ZQFilePtr &file : files)
+                        m_foundFiles.append(PXFile::from(file));
+                    if (!m_foundFilesTimer.isActive())
+                        m_foundFilesTimer.start();
                 });
         connect(loader, &ZQFolderLoadOperation::folderFailed, this, [](const ZQFilePtr &folder, const QString &reason) {
             logError(QStringLiteral("Could not list %1 for renaming: %2").arg(folder->path(), reason));
@@ -183,17 +194,41 @@ void PXFileRenamer::scanForChildrenOfFiles(const QList<PXFilePtr> &folders, std:
             m_fileLoaders.removeAll(loader);
             m_fileLoaders.removeAll(nullptr);
             loader->deleteLater();
-            if (m_fileLoaders.isEmpty()) {
-                setWorkInProgress(false);
-                resetSubscription();
-                updateForChanges();
-                Q_EMIT scanFinished();
-            }
+            if (m_fileLoaders.isEmpty() && m_foundFiles.isEmpty())
+                scanEnded();
         });
         m_fileLoaders.append(loader);
         setWorkInProgress(true);
         loader->start();
     }
+}
+
+void PXFileRenamer::listFoundFiles()
+{
+    const qsizetype count = std::min(m_foundFiles.size(), foundFilesPerTurn);
+    QList<PXBatchItemPtr> found;
+    found.reserve(count);
+    for (qsizetype i = 0; i < count; ++i) {
+        const PXFilePtr &file = m_foundFiles[i];
+        if (m_outline->itemForIdentifier(file->path()))
+            continue;
+        found.append(makeItem(file, file->isDirectory()));
+    }
+    m_foundFiles.remove(0, count);
+    m_outline->addItems(found);
+    updateForChanges();
+    if (!m_foundFiles.isEmpty())
+        m_foundFilesTimer.start();
+    else if (m_fileLoaders.isEmpty())
+        scanEnded();
+}
+
+void PXFileRenamer::scanEnded()
+{
+    setWorkInProgress(false);
+    resetSubscription();
+    updateForChanges();
+    Q_EMIT scanFinished();
 }
 
 void PXFileRenamer::rebuildContents()
@@ -205,6 +240,8 @@ void PXFileRenamer::rebuildContents()
         }
     }
     m_fileLoaders.clear();
+    m_foundFiles.clear();
+    m_foundFilesTimer.stop();
     QList<PXBatchItemPtr> roots;
     QList<PXFilePtr> folders;
     for (const PXFileRenameItemPtr &item : std::as_const(m_rootItemList)) {
@@ -652,6 +689,8 @@ void PXFileRenamer::cancel()
         }
     }
     m_fileLoaders.clear();
+    m_foundFiles.clear();
+    m_foundFilesTimer.stop();
     if (m_fileOperationHandler)
         m_fileOperationHandler->cancel();
     setWorkInProgress(false);

@@ -159,6 +159,9 @@ private:
     PXFileRenameItemPtr makeItem(const PXFilePtr &file, bool container);
     // Lists the folders' contents to the chosen depth, or `levels` below them.
     void scanForChildrenOfFiles(const QList<PXFilePtr> &folders, std::optional<int> levels = std::nullopt);
+    // Makes items of a slice of the files the scans found.
+    void listFoundFiles();
+    void scanEnded();
     void rebuildContents();
     void resetSubscription();
     void setNeedsToUpdateFiles(const QList<ZQFileEvent> &events);
@@ -209,6 +212,8 @@ private:
     QJsonObject m_currentSettings;
 
     QList<QPointer<ZQFolderLoadOperation>> m_fileLoaders;
+    QList<PXFilePtr> m_foundFiles; // found by the scans, not listed yet
+    QTimer m_foundFilesTimer;
     QPointer<ZQFileOperationHandler> m_fileOperationHandler;
     QList<PXFileRenameItemPtr> m_renamingItems; // parallel to the units of the running rename
     QList<PXFilePtr> m_observedFiles;

@@ -1,5 +1,6 @@
 #include "ui/rename/FileRenamerWindow.h"
 
+#include "core/model/DisplayFormats.h"
 #include "core/model/PXFile.h"
 #include "core/rename/PXBatchOutlineModel.h"
 #include "core/rename/PXFileRenamer.h"
@@ -27,11 +28,16 @@
 #include <QScrollArea>
 #include <QSettings>
 #include <QSplitter>
+#include <QStyle>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -95,6 +101,7 @@ FileRenamerWindow::FileRenamerWindow(QSettings *settings, ZQFileController *file
     m_ruleEditor->addComplexRow();
     m_showingState = false;
     rulesEdited();
+    fitEditors(m_ruleEditor->rows().isEmpty() ? 0 : 2 * m_ruleEditor->rows().constLast()->sizeHint().height());
     restoreFrame();
     setWindowTitle(m_renamer->windowTitle());
 }
@@ -159,11 +166,12 @@ void FileRenamerWindow::buildWindow()
     m_filterEditor = new RenameFilterEditor(editors);
     editorsLayout->addWidget(m_filterEditor);
     editorsLayout->addStretch(1);
-    auto *editorsScroll = new QScrollArea;
-    editorsScroll->setWidget(editors);
-    editorsScroll->setWidgetResizable(true);
-    editorsScroll->setFrameShape(QFrame::NoFrame);
-    m_filesSplit->addWidget(editorsScroll);
+    m_editorsScroll = new QScrollArea;
+    m_editorsScroll->setObjectName(QStringLiteral("editorsPane"));
+    m_editorsScroll->setWidget(editors);
+    m_editorsScroll->setWidgetResizable(true);
+    m_editorsScroll->setFrameShape(QFrame::NoFrame);
+    m_filesSplit->addWidget(m_editorsScroll);
 
     auto *filesPanel = new QWidget;
     auto *filesLayout = new QVBoxLayout(filesPanel);
@@ -206,19 +214,39 @@ void FileRenamerWindow::buildWindow()
     m_filesView->setUniformRowHeights(true);
     m_filesView->setTextElideMode(Qt::ElideMiddle);
     m_filesView->setAlternatingRowColors(true);
-    m_filesView->setAcceptDrops(false);
+    // Files and folders dropped on the list join it: the viewport is where a drop lands, and it
+    // would otherwise take the drop as a move of rows.
+    m_filesView->viewport()->setAcceptDrops(true);
+    m_filesView->viewport()->installEventFilter(this);
     m_filesView->header()->setStretchLastSection(false);
-    m_filesView->header()->setSectionResizeMode(RenameFilesModel::nameColumn, QHeaderView::Stretch);
+    // New names are usually the longer ones: they take the room the other columns leave.
     m_filesView->header()->setSectionResizeMode(RenameFilesModel::proposedNameColumn, QHeaderView::Stretch);
+    // The property columns as wide as their longest usual values, measured once rather than over
+    // thousands of rows.
+    const QFontMetrics metrics = m_filesView->fontMetrics();
+    const int padding = 3 * metrics.averageCharWidth();
+    m_filesView->header()->resizeSection(RenameFilesModel::nameColumn,
+                                         metrics.horizontalAdvance(QStringLiteral("PXL_20240612_143222.jpg"))
+                                             + 2 * m_filesView->indentation() + padding);
+    m_filesView->header()->resizeSection(RenameFilesModel::kindColumn,
+                                         metrics.horizontalAdvance(tr("Sony ARW raw image")) + padding);
+    m_filesView->header()->resizeSection(RenameFilesModel::sizeColumn,
+                                         metrics.horizontalAdvance(QStringLiteral("999.9 MB")) + padding);
+    m_filesView->header()->resizeSection(RenameFilesModel::modificationDateColumn,
+                                         metrics.horizontalAdvance(
+                                             formattedDate(QDateTime(QDate(2024, 12, 28), QTime(22, 58, 58)),
+                                                           DateStyle::medium, DateStyle::medium))
+                                             + padding);
     m_filesView->installEventFilter(this);
     filesLayout->addWidget(m_filesView, 1);
     m_filesSplit->addWidget(filesPanel);
-    m_filesSplit->setStretchFactor(0, 2);
-    m_filesSplit->setStretchFactor(1, 3);
+    // A taller window gives the files list the room; the rules keep theirs (fitEditors).
+    m_filesSplit->setStretchFactor(0, 0);
+    m_filesSplit->setStretchFactor(1, 1);
     m_presetsSplit->addWidget(m_filesSplit);
     m_presetsSplit->setStretchFactor(0, 0);
     m_presetsSplit->setStretchFactor(1, 1);
-    m_presetsSplit->setSizes({200, 900});
+    m_presetsSplit->setSizes({200, 1080});
 
     // The bottom bar.
     auto *bar = new QHBoxLayout;
@@ -305,15 +333,21 @@ void FileRenamerWindow::buildWindow()
     connect(help, &QToolButton::clicked, this, &FileRenamerWindow::showRenameHelpSheet);
     connect(m_cancelButton, &QPushButton::clicked, this, &FileRenamerWindow::cancel);
     connect(m_renameButton, &QPushButton::clicked, this, &FileRenamerWindow::rename);
-    resize(1100, 720);
+    // Wide enough for the longest rule row beside the presets, and for a new name of a few words
+    // beside the file's properties.
+    resize(1280, 800);
 }
 
 void FileRenamerWindow::wireRenamer()
 {
-    // The rows are rebuilt when the arrangement changed; names alone only redraw.
-    connect(&m_renamer->outline(), &PXBatchOutlineModel::updated, m_filesModel, [this] {
-        m_filesModel->arrangementChanged();
-        m_filesView->expandAll();
+    // The rows are rebuilt when the arrangement changed; names alone only redraw. With thousands
+    // of files, sorting them and laying out their rows are each a good part of a frame: the rows
+    // follow at the next turn of the event loop, unless the new names come first.
+    connect(&m_renamer->outline(), &PXBatchOutlineModel::updated, this, [this] {
+        if (std::exchange(m_rowsStale, true))
+            return;
+        // 1 ms rather than 0: a zero timer may run in the same pass of the event loop.
+        QTimer::singleShot(1, this, &FileRenamerWindow::showArrangement);
     });
     connect(m_renamer.get(), &PXFileRenamer::updated, this, &FileRenamerWindow::renamerUpdated);
     connect(m_renamer.get(), &PXFileRenamer::workInProgressChanged, this, [this] { showRenamerState(); });
@@ -331,8 +365,17 @@ void FileRenamerWindow::wireRenamer()
 
 // MARK: state
 
+void FileRenamerWindow::showArrangement()
+{
+    if (!std::exchange(m_rowsStale, false))
+        return;
+    m_filesModel->arrangementChanged();
+    m_filesView->expandAll();
+}
+
 void FileRenamerWindow::renamerUpdated()
 {
+    showArrangement();
     m_filesModel->namesChanged();
     setWindowTitle(m_renamer->windowTitle());
     m_presetsView->refreshMarks();
@@ -377,6 +420,7 @@ void FileRenamerWindow::rulesEdited()
     const PXRenameRules rules = m_ruleEditor->rules();
     m_presets->rememberFieldValues(rules);
     m_renamer->setRenameRules(rules);
+    fitEditorsLater();
 }
 
 void FileRenamerWindow::filterEdited()
@@ -414,16 +458,6 @@ void FileRenamerWindow::presetChosen(const QString &group, qsizetype index)
     showRenamerSettings();
 }
 
-bool FileRenamerWindow::applyPreset(const QJsonObject &preset)
-{
-    if (!m_renamer->dealWithUnsavedPreset())
-        return false;
-    m_renamer->setCurrentPreset(QString(), -1);
-    m_renamer->updateWithPreset(preset);
-    showRenamerSettings();
-    return true;
-}
-
 // Shows the renamer's options, filter and rules in the window's controls.
 void FileRenamerWindow::showRenamerSettings()
 {
@@ -437,6 +471,7 @@ void FileRenamerWindow::showRenamerSettings()
     m_filterEditor->setProblem(m_renamer->filterError());
     m_ruleEditor->setRules(m_renamer->renameRules());
     m_showingState = false;
+    fitEditorsLater();
     m_presetsView->refreshMarks();
 }
 
@@ -501,6 +536,30 @@ void FileRenamerWindow::closeEvent(QCloseEvent *event)
     Q_EMIT renameFilesEnded(this);
 }
 
+// Makes the rules and the filter pane tall enough to show them whole with `room` to spare (for
+// rows still to come), taking the height from the files list as long as it keeps half the split.
+void FileRenamerWindow::fitEditors(int room)
+{
+    QList<int> sizes = m_filesSplit->sizes();
+    if (sizes.size() != 2)
+        return;
+    const int total = sizes[0] + sizes[1] > 0 ? sizes[0] + sizes[1] : height();
+    // A horizontal scroll bar shows when the rows are wider than the pane.
+    const int wanted = m_editorsScroll->widget()->sizeHint().height() + room
+        + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, m_editorsScroll);
+    const int fitted = std::min(wanted, total / 2);
+    if (sizes[0] >= fitted && sizes[0] + sizes[1] > 0)
+        return;
+    m_filesSplit->setSizes({fitted, total - fitted});
+}
+
+// New rows show at the next turn of the event loop, and only then count in the pane's height.
+void FileRenamerWindow::fitEditorsLater()
+{
+    QMetaObject::invokeMethod(
+        this, [this] { fitEditors(); }, Qt::QueuedConnection);
+}
+
 void FileRenamerWindow::restoreFrame()
 {
     restoreGeometry(QByteArray::fromBase64(m_settings->value(frameKey).toString().toLatin1()));
@@ -515,19 +574,46 @@ void FileRenamerWindow::saveFrame()
     m_settings->setValue(filesSplitKey, QString::fromLatin1(m_filesSplit->saveState().toBase64()));
 }
 
+namespace {
+
+// The local files and folders of a drop; other addresses are left out.
+QList<PXFilePtr> droppedFiles(const QMimeData *data)
+{
+    QList<PXFilePtr> files;
+    if (!data || !data->hasUrls())
+        return files;
+    for (const QUrl &url : data->urls()) {
+        if (url.isLocalFile() && !url.toLocalFile().isEmpty())
+            files.append(PXFile::fileForPath(url.toLocalFile()));
+    }
+    return files;
+}
+
+bool holdsLocalFiles(const QMimeData *data)
+{
+    if (!data || !data->hasUrls())
+        return false;
+    const QList<QUrl> urls = data->urls();
+    return std::any_of(urls.cbegin(), urls.cend(), [](const QUrl &url) { return url.isLocalFile(); });
+}
+
+} // namespace
+
 void FileRenamerWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (event->mimeData()->hasUrls())
+    if (holdsLocalFiles(event->mimeData()))
+        event->acceptProposedAction();
+}
+
+void FileRenamerWindow::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (holdsLocalFiles(event->mimeData()))
         event->acceptProposedAction();
 }
 
 void FileRenamerWindow::dropEvent(QDropEvent *event)
 {
-    QList<PXFilePtr> files;
-    for (const QUrl &url : event->mimeData()->urls()) {
-        if (url.isLocalFile())
-            files.append(PXFile::fileForPath(url.toLocalFile()));
-    }
+    const QList<PXFilePtr> files = droppedFiles(event->mimeData());
     if (files.isEmpty())
         return;
     event->acceptProposedAction();
@@ -541,6 +627,14 @@ bool FileRenamerWindow::eventFilter(QObject *watched, QEvent *event)
         if (key == Qt::Key_Delete || key == Qt::Key_Backspace) {
             removeSelectedFiles();
             return true;
+        }
+    }
+    if (watched == m_filesView->viewport()) {
+        switch (event->type()) {
+        case QEvent::DragEnter: dragEnterEvent(static_cast<QDragEnterEvent *>(event)); return true;
+        case QEvent::DragMove: dragMoveEvent(static_cast<QDragMoveEvent *>(event)); return true;
+        case QEvent::Drop: dropEvent(static_cast<QDropEvent *>(event)); return true;
+        default: break;
         }
     }
     return QWidget::eventFilter(watched, event);

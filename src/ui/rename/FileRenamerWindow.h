@@ -15,6 +15,7 @@ class QDialog;
 class QLabel;
 class QProgressBar;
 class QPushButton;
+class QScrollArea;
 class QSettings;
 class QSplitter;
 class QTreeView;
@@ -58,8 +59,6 @@ public:
     void addFilesToRename(const QList<PXFilePtr> &files);
     // The files list's selection leaves the batch (the Delete key, the remove button).
     void removeSelectedFiles();
-    // Applies a preset as if chosen in the presets list (after the unsaved-preset question).
-    bool applyPreset(const QJsonObject &preset);
     // Starts the rename of every changed file; refused while names collide.
     void rename();
     void cancel();
@@ -84,18 +83,22 @@ Q_SIGNALS:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void buildWindow();
     void wireRenamer();
+    void fitEditors(int room = 0);
+    void fitEditorsLater();
     void restoreFrame();
     void saveFrame();
     void rulesEdited();
     void filterEdited();
     void optionsChosen();
     void showRenamerState();
+    void showArrangement();
     void renamerUpdated();
     void presetChosen(const QString &group, qsizetype index);
     void showRenamerSettings();
@@ -108,9 +111,11 @@ private:
     PXFileRenamerQuestions *m_questionsOverride = nullptr;
     bool m_closing = false;
     bool m_showingState = false;
+    bool m_rowsStale = false; // the batch was rearranged since the rows were built
 
     QSplitter *m_presetsSplit = nullptr;
     QSplitter *m_filesSplit = nullptr;
+    QScrollArea *m_editorsScroll = nullptr;
     RenamePresetsView *m_presetsView = nullptr;
     RenameRuleEditor *m_ruleEditor = nullptr;
     RenameFilterEditor *m_filterEditor = nullptr;

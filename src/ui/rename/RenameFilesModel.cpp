@@ -45,39 +45,39 @@ RenameFilesModel::RenameFilesModel(PXFileRenamer *renamer, QObject *parent)
     , m_renamer(renamer)
 { }
 
-bool RenameFilesModel::isFlat() const
-{
-    return m_renamer->outline().showAsFlatList();
-}
-
 const QList<PXBatchItemPtr> &RenameFilesModel::childrenOf(const PXBatchItem *item) const
 {
     if (!item)
         return m_roots;
-    if (isFlat() || item->isLeaf())
-        return noChildren;
-    return item->arrangedChildren();
+    const auto children = m_children.constFind(item);
+    return children == m_children.constEnd() ? noChildren : *children;
 }
 
 void RenameFilesModel::arrangementChanged()
 {
     beginResetModel();
     const PXBatchOutlineModel &outline = m_renamer->outline();
-    m_roots = isFlat() ? outline.arrangedItems() : outline.arrangedRootItems();
+    const bool flat = outline.showAsFlatList();
+    m_roots = flat ? outline.arrangedItems() : outline.arrangedRootItems();
+    m_children.clear();
     m_rows.clear();
     m_parents.clear();
     m_folders.clear();
     m_rows.reserve(outline.arrangedItems().size() + 16);
-    // Walk the tree once: a row's parent and position are then a look-up, not a search.
+    // Walk the tree once: a row's parent and position are then a look-up, not a search. The rows
+    // hold the arrangement as it is now (the lists are shared, not copied), so that the view reads
+    // the same rows until the next reset, whatever the batch does meanwhile.
     QList<const PXBatchItem *> pending{nullptr};
     while (!pending.isEmpty()) {
         const PXBatchItem *parentItem = pending.takeLast();
-        const QList<PXBatchItemPtr> &children = childrenOf(parentItem);
+        // A copy (shared, not duplicated): inserting into m_children may move what it refers to.
+        const QList<PXBatchItemPtr> children = childrenOf(parentItem);
         for (int row = 0; row < children.size(); ++row) {
             const PXBatchItem *child = children[row].get();
             m_rows.insert(child, row);
             m_parents.insert(child, parentItem);
-            if (!isFlat() && !child->isLeaf()) {
+            if (!flat && !child->isLeaf()) {
+                m_children.insert(child, child->arrangedChildren());
                 pending.append(child);
                 m_folders.append(child);
             }
@@ -107,9 +107,18 @@ PXBatchItemPtr RenameFilesModel::itemAt(const QModelIndex &index) const
 {
     if (!index.isValid())
         return nullptr;
-    const auto *parentItem = static_cast<const PXBatchItem *>(index.internalPointer());
-    const QList<PXBatchItemPtr> &children = childrenOf(parentItem);
+    const QList<PXBatchItemPtr> &children = childrenOf(static_cast<const PXBatchItem *>(index.internalPointer()));
     return index.row() < children.size() ? children[index.row()] : nullptr;
+}
+
+// The view asks for every row's index and children when it lays out the list: these look-ups
+// take no reference and allocate nothing.
+const PXBatchItem *RenameFilesModel::itemPointerAt(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return nullptr;
+    const QList<PXBatchItemPtr> &children = childrenOf(static_cast<const PXBatchItem *>(index.internalPointer()));
+    return index.row() < children.size() ? children[index.row()].get() : nullptr;
 }
 
 QModelIndex RenameFilesModel::indexFor(const PXBatchItem *item) const
@@ -124,7 +133,7 @@ QModelIndex RenameFilesModel::index(int row, int column, const QModelIndex &pare
 {
     if (column < 0 || column >= columnCount_ || row < 0)
         return {};
-    const PXBatchItem *parentItem = parent.isValid() ? itemAt(parent).get() : nullptr;
+    const PXBatchItem *parentItem = itemPointerAt(parent);
     if (parent.isValid() && !parentItem)
         return {};
     if (row >= childrenOf(parentItem).size())
@@ -146,8 +155,18 @@ int RenameFilesModel::rowCount(const QModelIndex &parent) const
         return 0;
     if (!parent.isValid())
         return int(m_roots.size());
-    const PXBatchItemPtr item = itemAt(parent);
-    return item ? int(childrenOf(item.get()).size()) : 0;
+    const PXBatchItem *item = itemPointerAt(parent);
+    return item ? int(childrenOf(item).size()) : 0;
+}
+
+bool RenameFilesModel::hasChildren(const QModelIndex &parent) const
+{
+    if (!parent.isValid())
+        return !m_roots.isEmpty();
+    if (parent.column() > 0)
+        return false;
+    const PXBatchItem *item = itemPointerAt(parent);
+    return item && !childrenOf(item).isEmpty();
 }
 
 int RenameFilesModel::columnCount(const QModelIndex &) const
@@ -157,10 +176,10 @@ int RenameFilesModel::columnCount(const QModelIndex &) const
 
 QVariant RenameFilesModel::data(const QModelIndex &index, int role) const
 {
-    const PXBatchItemPtr batchItem = itemAt(index);
+    const PXBatchItem *batchItem = itemPointerAt(index);
     if (!batchItem || !batchItem->representedObject())
         return {};
-    const PXFileRenameItem &item = *renameItem(batchItem.get());
+    const PXFileRenameItem &item = *renameItem(batchItem);
     const PXFile &file = *item.representedObject();
     const QString state = stateOf(item);
     switch (role) {
@@ -201,7 +220,7 @@ QVariant RenameFilesModel::data(const QModelIndex &index, int role) const
             return tr("The new name would be longer than the file system allows (255 bytes); the file keeps "
                       "its name.");
         return index.column() == nameColumn ? file.path() : QVariant();
-    case batchItemRole: return QVariant::fromValue(static_cast<void *>(batchItem.get()));
+    case batchItemRole: return QVariant::fromValue(static_cast<void *>(const_cast<PXBatchItem *>(batchItem)));
     case stateRole: return state;
     default: return {};
     }

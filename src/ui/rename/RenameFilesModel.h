@@ -11,8 +11,8 @@ class PXFileRenamer;
 // files, or one flat list. Columns: name, proposed name, and file properties that cost no disk
 // read on the GUI thread (kind, size, modification date). A folder's proposed name is "Not Applicable", a file that
 // cannot be renamed "Not Renamable", both grey; an unchanged name is grey; a collision is red
-// with a mark, as is a name too long for the file system. Reset when the arrangement changes;
-// only the proposed names' column is redrawn when names are recomputed.
+// with a mark, as is a name too long for the file system. Reset when the arrangement changes, and
+// holds that arrangement until the next reset; only the names are redrawn when they are recomputed.
 class RenameFilesModel : public QAbstractItemModel
 {
     Q_OBJECT
@@ -35,6 +35,7 @@ public:
     QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
     QModelIndex parent(const QModelIndex &child) const override;
     int rowCount(const QModelIndex &parent = {}) const override;
+    bool hasChildren(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
@@ -42,10 +43,11 @@ public:
 
 private:
     const QList<PXBatchItemPtr> &childrenOf(const PXBatchItem *item) const;
-    bool isFlat() const;
+    const PXBatchItem *itemPointerAt(const QModelIndex &index) const;
 
     PXFileRenamer *m_renamer;
     QList<PXBatchItemPtr> m_roots;
+    QHash<const PXBatchItem *, QList<PXBatchItemPtr>> m_children; // of the shown folders
     // Row of each shown item within its parent, and its parent (null for a root).
     QHash<const PXBatchItem *, int> m_rows;
     QHash<const PXBatchItem *, const PXBatchItem *> m_parents;

@@ -1,10 +1,8 @@
 #include "ui/rename/RenameManager.h"
 
 #include "core/rename/PXFileRenamer.h"
-#include "core/rename/PXRenamePresets.h"
 #include "ui/rename/FileRenamerWindow.h"
 
-#include <QAction>
 #include <QSettings>
 
 namespace {
@@ -79,22 +77,4 @@ void RenameManager::windowClosed(FileRenamerWindow *window)
     // Not during the close event that told us.
     window->deleteLater();
     Q_EMIT renameFilesEnded();
-}
-
-QList<QAction *> RenameManager::menuItemsForPresetsWithAction(QObject *parent,
-                                                              const std::function<void(const QJsonObject &)> &triggered,
-                                                              QSettings *settings)
-{
-    QList<QAction *> items;
-    const PXRenamePresets presets(settings);
-    for (const QJsonObject &preset : presets.availablePresets()) {
-        auto *item = new QAction(preset.value(PXRenameSettingsKey::presetName).toString(), parent);
-        item->setData(preset.toVariantMap());
-        QObject::connect(item, &QAction::triggered, item, [triggered, preset] {
-            if (triggered)
-                triggered(preset);
-        });
-        items.append(item);
-    }
-    return items;
 }

@@ -2,16 +2,11 @@
 
 #include "core/model/PXFileForward.h"
 
-#include <QJsonObject>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 
-#include <functional>
-
 class FileRenamerWindow;
-class QAction;
-class QMenu;
 class QSettings;
 
 // Owns the one batch renamer window of the program. Opening with files creates the window when
@@ -37,12 +32,6 @@ public:
     bool closeRenamer();
     // Stops what the window runs and closes it without asking (the program quits).
     void cancelRenamer();
-
-    // One menu item per saved preset (the defaults when none are saved), titled by its name and
-    // carrying the preset as its data; `triggered` gets the preset.
-    static QList<QAction *> menuItemsForPresetsWithAction(QObject *parent,
-                                                          const std::function<void(const QJsonObject &)> &triggered,
-                                                          QSettings *settings = nullptr);
 
 Q_SIGNALS:
     void renamerOpened(FileRenamerWindow *window);

@@ -144,7 +144,8 @@ void RenameRuleRowWidget::rebuildControls()
                 field->setMaximumWidth(70);
                 field->setToolTip(PXRangeFormatter::invalidRangeMessage());
             } else {
-                field->setMinimumWidth(120);
+                // Room for a few words ("Lisbon trip with Ana") without scrolling them.
+                field->setMinimumWidth(20 * field->fontMetrics().averageCharWidth());
             }
             field->setProperty("defaultToolTip", field->toolTip());
             connect(field, &QLineEdit::textEdited, this, [this, i](const QString &text) {

@@ -1,4 +1,6 @@
 #include "core/fs/operations/ZQFileController.h"
+#include "core/fs/operations/ZQFileOperationGroup.h"
+#include "core/fs/operations/ZQRenamePerformer.h"
 #include "core/rename/PXBatchOutlineModel.h"
 #include "core/rename/PXFileRenamer.h"
 #include "core/rename/PXFileRenamerQuestions.h"
@@ -15,8 +17,6 @@
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
-
-#include <cerrno>
 
 namespace C = PXRenameConstant;
 
@@ -42,6 +42,29 @@ public:
     {
         return PXUnsavedPresetAnswer::cancel;
     }
+};
+
+// The real rename, except that just before the unit that would write `target` another program
+// creates a file of that name.
+class InterferingRenamePerformer : public ZQRenamePerformer
+{
+public:
+    explicit InterferingRenamePerformer(QString target)
+        : m_target(std::move(target))
+    { }
+
+    ZQFileOperationError perform(ZQFileOperationUnit &unit, const ZQFileOperationGroup &group) override
+    {
+        if (unit.destinationPath() == m_target) {
+            QFile file(m_target);
+            if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+                file.write("written meanwhile");
+        }
+        return ZQRenamePerformer::perform(unit, group);
+    }
+
+private:
+    QString m_target;
 };
 
 class BatchRename : public ::testing::Test
@@ -277,22 +300,35 @@ TEST_F(BatchRename, FilesWhoseFolderIsGoneAreLeftOutSilently)
     EXPECT_EQ(namesOnDisk(QStringLiteral("Stays")), QStringList{"c.jpg~"});
 }
 
-// Its trigger was a name over 255 bytes, which is now kept and marked before the run; it needs
-// another way to make the file system refuse a rename halfway.
-TEST_F(BatchRename, DISABLED_AnErrorStopsTheRunAndKeepsWhatWasRenamed)
+// A file that takes a new name after the names were checked (another program writing into the
+// folder while the rename runs): the run stops there, the files before keep their new names, the
+// rest their old ones, the other program's file is untouched, and the user is told.
+TEST_F(BatchRename, AnErrorStopsTheRunAndKeepsWhatWasRenamed)
 {
-    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
-        dir.write(QString::fromLatin1(name));
-    // 130 "é" are 130 UTF-16 units but 260 bytes: the file system refuses the name mid-run.
-    renamer->setRenameRules({in(C::searchFilename, {insertCharacters(C::insertAtEnd, QStringLiteral("x"))}),
-                             regexRow(QStringLiteral("^b"), QString(130, QChar(0xE9)) + QLatin1Char('b'))});
-    add({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("c.jpg")});
+    for (const char *name : {"IMG_0001.JPG", "IMG_0002.JPG", "IMG_0003.JPG", "IMG_0004.JPG", "IMG_0005.JPG"})
+        dir.write(QString::fromLatin1(name), name);
+    const QString intruder = dir.filePath(QStringLiteral("Lisbon IMG_0003.JPG"));
+    controller.setPerformerFactory(ZQFileOperationType::rename,
+                                   [intruder] { return std::make_unique<InterferingRenamePerformer>(intruder); });
+    renamer->setRenameRules({insertCharacters(C::insertAtBeginning, QStringLiteral("Lisbon "))});
+    add({QStringLiteral("IMG_0005.JPG"), QStringLiteral("IMG_0004.JPG"), QStringLiteral("IMG_0003.JPG"),
+         QStringLiteral("IMG_0002.JPG"), QStringLiteral("IMG_0001.JPG")});
+    ASSERT_FALSE(renamer->hasCollisions());
+
     RenameLogCapture log;
     const auto [renamed, error] = renameAll();
-    EXPECT_EQ(renamed, 1);
-    EXPECT_EQ(error.code, ENAMETOOLONG);
+    EXPECT_EQ(renamed, 2);
+    EXPECT_EQ(error.code, ZQFileOperationErrorCode::destinationExists);
     EXPECT_EQ(questions.shownErrors.size(), 1);
     EXPECT_TRUE(log.contains(QStringLiteral("File operation error:")));
-    EXPECT_EQ(namesOnDisk(), (QStringList{"ax.jpg", "b.jpg", "c.jpg"}));
+    EXPECT_EQ(namesOnDisk(),
+              (QStringList{"IMG_0003.JPG", "IMG_0004.JPG", "IMG_0005.JPG", "Lisbon IMG_0001.JPG", "Lisbon IMG_0002.JPG",
+                           "Lisbon IMG_0003.JPG"}));
+    QFile kept(intruder);
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), QByteArray("written meanwhile"));
+    QFile renamedFirst(dir.filePath(QStringLiteral("Lisbon IMG_0001.JPG")));
+    ASSERT_TRUE(renamedFirst.open(QIODevice::ReadOnly));
+    EXPECT_EQ(renamedFirst.readAll(), QByteArray("IMG_0001.JPG"));
     EXPECT_FALSE(renamer->workInProgress());
 }

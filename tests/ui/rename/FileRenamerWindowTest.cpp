@@ -30,6 +30,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTreeView>
@@ -395,6 +396,92 @@ TEST_F(RenamerWindow, BadRulesAreSaidAndLeaveNamesAlone)
     EXPECT_EQ(window->presets().lastDateFormat(), QStringLiteral("yyyy/MM/dd HH:mm "));
 }
 
+// At its first size the window shows every rule row and the filter whole, and still a long list;
+// a preset with more rows makes room for them.
+TEST_F(RenamerWindow, EveryPartShowsAtTheFirstSize)
+{
+    FileRenamerWindow fresh(settings.get(), &controller);
+    fresh.show();
+    const QWidget *pane = fresh.findChild<QScrollArea *>(QStringLiteral("editorsPane"))->viewport();
+    // Rows show, and the pane is fitted and laid out, at later turns of the event loop.
+    const auto settled = [&](qsizetype rowCount) {
+        const QList<RenameRuleRowWidget *> rows = fresh.ruleEditor()->rows();
+        const bool shown = rows.size() == rowCount
+            && std::all_of(rows.cbegin(), rows.cend(), [](QWidget *row) { return row->isVisible(); });
+        if (shown)
+            waitUntil([] { return false; }, 50);
+        return shown;
+    };
+    const auto shownWhole = [&](QWidget *widget) {
+        return widget->isVisible() && pane->rect().contains(QRect(widget->mapTo(pane, QPoint(0, 0)), widget->size()));
+    };
+    const auto everyPartShown = [&] {
+        const QList<RenameRuleRowWidget *> rows = fresh.ruleEditor()->rows();
+        return shownWhole(fresh.filterEditor())
+            && std::all_of(rows.cbegin(), rows.cend(), [&](QWidget *row) { return shownWhole(row); });
+    };
+    ASSERT_TRUE(waitUntil([&] { return settled(2); }));
+    EXPECT_TRUE(everyPartShown());
+    EXPECT_GE(fresh.filesView()->viewport()->height(), 10 * fresh.filesView()->fontMetrics().height());
+
+    // Seven rows: the compound one and six that change the name.
+    namespace C = PXRenameConstant;
+    const PXRenameRule insert{C::insert, QStringLiteral("Insert")};
+    const PXRenameRule atEnd{C::insertAtEnd, QStringLiteral("At End")};
+    const PXRenameRule characters{C::addCharacters, QStringLiteral("Characters")};
+    QList<PXRenameRow> nested;
+    for (const char *text : {"_a", "_b", "_c", "_d", "_e", "_f"})
+        nested.append(PXRenameRow{PXRenameRow::simple,
+                                  {insert, atEnd, characters, {C::replacementCharacters, QString::fromLatin1(text)}},
+                                  {}});
+    fresh.ruleEditor()->setRules(
+        {PXRenameRow{PXRenameRow::compound,
+                     {{C::label, QStringLiteral("In")}, {C::searchFilename, QStringLiteral("Filename")}},
+                     nested}});
+    ASSERT_TRUE(waitUntil([&] { return settled(7); }));
+    EXPECT_TRUE(everyPartShown());
+    fresh.renamer().cancel();
+}
+
+// Files and folders dropped on the files list join it, a folder with its contents to the chosen
+// depth; what is not a local file is refused.
+TEST_F(RenamerWindow, DroppedFilesAndFoldersJoinTheList)
+{
+    dir.write(QStringLiteral("DSC_0412.ARW"));
+    dir.write(QStringLiteral("Porto 2024/IMG_2041.HEIC"));
+    dir.write(QStringLiteral("Porto 2024/IMG_2042.HEIC"));
+    window->show();
+    window->depthMenu()->setCurrentIndex(window->depthMenu()->findData(1));
+    Q_EMIT window->depthMenu()->activated(window->depthMenu()->currentIndex());
+    QWidget *target = window->filesView()->viewport();
+    const QPointF where(target->width() / 2.0, target->height() / 2.0);
+    const auto drop = [&](const QList<QUrl> &urls) {
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter(where.toPoint(), Qt::CopyAction | Qt::LinkAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(target, &enter);
+        QDragMoveEvent move(where.toPoint(), Qt::CopyAction | Qt::LinkAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(target, &move);
+        QDropEvent dropped(where, Qt::CopyAction | Qt::LinkAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(target, &dropped);
+        return std::tuple{enter.isAccepted(), move.isAccepted(), dropped.isAccepted()};
+    };
+
+    EXPECT_EQ(drop({QUrl(QStringLiteral("https://example.org/IMG_9999.JPG"))}), std::tuple(false, false, false));
+    ASSERT_TRUE(settle());
+    EXPECT_TRUE(rows().isEmpty());
+
+    EXPECT_EQ(drop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("DSC_0412.ARW"))),
+                    QUrl::fromLocalFile(dir.filePath(QStringLiteral("Porto 2024")))}),
+              std::tuple(true, true, true));
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(rows(),
+              (QStringList{"DSC_0412.ARW -> DSC_0412.ARW [unchanged]", "Porto 2024 -> Not Applicable [notApplicable]",
+                           "IMG_2041.HEIC -> IMG_2041.HEIC [unchanged]",
+                           "IMG_2042.HEIC -> IMG_2042.HEIC [unchanged]"}));
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Rename Files (4 files)"));
+}
+
 // Files renamed or deleted by another program while listed: the list follows.
 TEST_F(RenamerWindow, TheListFollowsFilesChangedFromOutside)
 {
@@ -458,7 +545,7 @@ TEST_F(RenamerWindow, ABigFolderIsScannedInTheBackgroundAndCanBeCancelled)
 }
 
 // The service, the command line's --rename and the Batch Rename command all open the one window
-// of the rename manager, which the next opening reuses; the presets offer menu items elsewhere.
+// of the rename manager, which the next opening reuses.
 TEST(RenameManagerTest, OpeningHandsFilesToTheOneWindow)
 {
     ShellFixture shell;
@@ -478,14 +565,6 @@ TEST(RenameManagerTest, OpeningHandsFilesToTheOneWindow)
     EXPECT_EQ(manager.fileRenamer(), window);
     EXPECT_EQ(window->renamer().rootItems().size(), 2);
 
-    QJsonObject chosen;
-    const QList<QAction *> items = RenameManager::menuItemsForPresetsWithAction(
-        &manager, [&](const QJsonObject &preset) { chosen = preset; }, &settings);
-    ASSERT_EQ(items.size(), PXRenamePresets::defaultPresets().size());
-    items[1]->trigger();
-    EXPECT_EQ(chosen.value(Key::presetName).toString(), items[1]->text());
-    EXPECT_TRUE(window->applyPreset(chosen));
-    EXPECT_EQ(json(window->renamer().renameRules()), json(*renameRulesFromJson(chosen.value(Key::rules))));
     EXPECT_TRUE(manager.closeRenamer());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(manager.fileRenamer());
