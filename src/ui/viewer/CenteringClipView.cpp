@@ -4,6 +4,7 @@
 #include "ui/viewer/ImageView.h"
 
 #include <QPainter>
+#include <QRegion>
 
 CenteringClipView::CenteringClipView(const ZoomState *state, QWidget *parent)
     : QWidget(parent)
@@ -40,5 +41,9 @@ void CenteringClipView::placeDocument()
 
 void CenteringClipView::paintBackground(QPainter &painter, const QRect &exposed) const
 {
-    painter.fillRect(exposed, m_document->backgroundColor());
+    // Only around the document: it paints its own place, and filling it twice is a pass over the
+    // whole view at every step to the next picture.
+    const QRegion around = QRegion(exposed).subtracted(m_document->isVisible() ? m_document->geometry() : QRect());
+    for (const QRect &part : around)
+        painter.fillRect(part, m_document->backgroundColor());
 }
