@@ -3,6 +3,7 @@
 image of a multi-picture (MPF) file, named by an APP2 "MPF" segment right after SOI.
 
 Usage: make_camera_jpeg.py MAIN.jpg PREVIEW.jpg OUT.jpg
+       make_camera_jpeg.py --split CAMERA.jpg MAIN.jpg PREVIEW.jpg   (takes one made so apart)
 """
 import struct
 import sys
@@ -21,7 +22,18 @@ def mpf_segment(main_length, preview_length, preview_offset):
     return b"\xFF\xE2" + struct.pack(">H", len(body) + 2) + body
 
 
+def split(camera_path, main_path, preview_path):
+    data = open(camera_path, "rb").read()
+    segment_length = len(mpf_segment(0, 0, 0))
+    total_main = struct.unpack_from("<I", data, 2 + segment_length - 2 * 16 + 4)[0]
+    open(main_path, "wb").write(data[:2] + data[2 + segment_length:total_main])
+    open(preview_path, "wb").write(data[total_main:])
+
+
 def main():
+    if sys.argv[1] == "--split":
+        split(sys.argv[2], sys.argv[3], sys.argv[4])
+        return
     main_bytes = open(sys.argv[1], "rb").read()
     preview = open(sys.argv[2], "rb").read()
     segment_length = len(mpf_segment(0, 0, 0))

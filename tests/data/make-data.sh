@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Remakes the small files in this folder (they are checked in; run this only to change them).
-# Needs ImageMagick, exiftool and heif-enc (libheif-examples).
+# Needs ImageMagick, jpegtran, exiftool, heif-enc (libheif-examples) and a C compiler with libheif-dev.
 set -euo pipefail
 cd "$(dirname "$0")"
 tmp=$(mktemp -d)
@@ -24,6 +24,15 @@ done
 
 # A HEIC with a thumbnail image.
 heif-enc -q 60 -t 32 -o small-with-thumbnail.heic "$tmp/upright.png"
+
+# A flat HEIC whose only colour description is an nclx box saying Display P3 with sRGB's curve
+# (heif-enc leaves such a box out): rgb(60, 160, 90) in P3 is about rgb(0, 163, 82) in sRGB.
+cc -O1 make-nclx-heic.c -o "$tmp/make-nclx-heic" $(pkg-config --cflags --libs libheif)
+"$tmp/make-nclx-heic" nclx-display-p3.heic 60 160 90 12 13
+
+# A baseline JPEG with a restart marker after every MCU row, as many cameras write them.
+convert -size 640x480 plasma:fractal -seed 11 -quality 85 -sampling-factor 2x2 "$tmp/plasma.jpg"
+jpegtran -restart 1 -outfile restart-markers.jpg "$tmp/plasma.jpg"
 
 # A baseline JPEG with its EXIF block, cut off in the middle of its scan.
 convert -size 320x240 plasma:fractal -seed 7 -quality 90 "$tmp/whole.jpg" 2>/dev/null \

@@ -1,5 +1,7 @@
 #include "core/imaging/HeifDecoder.h"
 
+#include "core/imaging/NclxProfile.h"
+
 #include <QColorSpace>
 
 #include <libheif/heif.h>
@@ -82,6 +84,17 @@ QImage decodeHandle(heif_image_handle *handle, qint64 memoryLimit, QString *erro
         [](void *image) { heif_image_release(static_cast<heif_image *>(image)); }, decoded);
 }
 
+// The profile the handle's nclx colour box describes; empty when it says sRGB.
+QByteArray nclxProfile(const heif_image_handle *handle)
+{
+    heif_color_profile_nclx *nclx = nullptr;
+    if (heif_image_handle_get_nclx_color_profile(handle, &nclx).code != heif_error_Ok || !nclx)
+        return {};
+    const QByteArray profile = NclxProfile::iccProfile(nclx->color_primaries, nclx->transfer_characteristics);
+    heif_nclx_color_profile_free(nclx);
+    return profile;
+}
+
 } // namespace
 
 namespace HeifDecoder {
@@ -101,6 +114,11 @@ QImage decode(const QByteArray &nativePath, QSize fitSize, qint64 memoryLimit, Q
         QByteArray profile(qsizetype(heif_image_handle_get_raw_color_profile_size(handle.get())), Qt::Uninitialized);
         if (!profile.isEmpty()
             && heif_image_handle_get_raw_color_profile(handle.get(), profile.data()).code == heif_error_Ok)
+            image.setColorSpace(QColorSpace::fromIccProfile(profile));
+    } else if (!image.isNull() && profileType == heif_color_profile_type_nclx) {
+        // Code points only (no ICC profile): a profile is made from them.
+        const QByteArray profile = nclxProfile(handle.get());
+        if (!profile.isEmpty())
             image.setColorSpace(QColorSpace::fromIccProfile(profile));
     }
     if (image.isNull() || fitSize.isEmpty() || (image.width() <= fitSize.width() && image.height() <= fitSize.height()))

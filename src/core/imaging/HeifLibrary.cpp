@@ -97,6 +97,9 @@ PIXCOVE_HEIF_FORWARD(heif_color_profile_type, heif_image_handle_get_color_profil
                      (const heif_image_handle *handle), (handle), heif_color_profile_type_not_present)
 PIXCOVE_HEIF_FORWARD(size_t, heif_image_handle_get_raw_color_profile_size, (const heif_image_handle *handle), (handle),
                      0)
+PIXCOVE_HEIF_FORWARD(heif_error, heif_image_handle_get_nclx_color_profile,
+                     (const heif_image_handle *handle, heif_color_profile_nclx **nclx), (handle, nclx), unavailable())
+PIXCOVE_HEIF_FORWARD(void, heif_nclx_color_profile_free, (heif_color_profile_nclx * nclx), (nclx), void())
 PIXCOVE_HEIF_FORWARD(heif_error, heif_image_handle_get_raw_color_profile, (const heif_image_handle *handle, void *data),
                      (handle, data), unavailable())
 PIXCOVE_HEIF_FORWARD(int, heif_image_handle_get_number_of_metadata_blocks,

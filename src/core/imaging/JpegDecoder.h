@@ -17,8 +17,17 @@ QSize size(const char *data, qsizetype length);
 // Decodes `data` (a whole JPEG stream). Refuses, before allocating, an output larger than
 // `memoryLimit` bytes. The result may still be larger than `fitSize` (the nearest DCT scale);
 // the caller scales it down. Not oriented. `warning`, when given, receives the decoder's warning
-// about a file that decoded only in part (truncated or damaged scan data).
+// about a file that decoded only in part (truncated or damaged scan data). `useTwoThreads`: a
+// baseline file with restart markers (as many cameras write them) is cut in two at a marker near
+// its middle and the halves decoded at once, the top one on a second thread; other files, and
+// files whose markers are out of order or missing, decode on the calling thread alone. Worth it
+// for large files only: a thread's start and the copies of the two halves cost about a
+// millisecond.
 QImage decode(const char *data, qsizetype length, QSize fitSize, qint64 memoryLimit, QString *error,
-              QString *warning = nullptr);
+              QString *warning = nullptr, bool useTwoThreads = false);
+
+// The pixel row at which a two-thread decode cuts `data` (the top part's height); 0 when it
+// decodes the file whole.
+int twoThreadCut(const char *data, qsizetype length);
 
 } // namespace JpegDecoder

@@ -17,19 +17,25 @@ ImageView::ImageView(const ZoomState *state, QWidget *parent)
 
 void ImageView::setBackgroundColor(const QColor &color)
 {
+    if (color == m_backgroundColor)
+        return;
     m_backgroundColor = color;
     update();
+    Q_EMIT placementChanged();
 }
 
 void ImageView::setCurrentImage(const QImage &image)
 {
     if (image.cacheKey() == m_image.cacheKey())
         return;
+    const bool hadPicture = !m_image.isNull();
     m_image = image;
     m_reduced = {};
     m_reducedLevel = 0;
     m_requestedLevel = 0;
     update();
+    if (hadPicture != !m_image.isNull())
+        Q_EMIT placementChanged();
 }
 
 void ImageView::setMessage(const QString &message)
@@ -50,8 +56,10 @@ void ImageView::setNotice(const QString &notice)
 
 void ImageView::paintEvent(QPaintEvent *event)
 {
+    // The state's geometry is the clip view's: this view paints in its coordinates.
     QPainter painter(this);
-    paint(painter, event->rect());
+    painter.translate(-pos());
+    paint(painter, event->rect().translated(pos()));
 }
 
 void ImageView::paint(QPainter &painter, const QRect &exposed)
@@ -136,7 +144,8 @@ void ImageView::paintContent(QPainter &painter, const QRect &exposed) const
     if (!m_notice.isEmpty() && !m_image.isNull()) {
         const QFontMetrics metrics(painter.font());
         const double height = metrics.height() * 1.8;
-        const QRectF band(view.left(), view.bottom() - height, view.width(), height);
+        const QRectF shown = view.intersected(m_state->documentRectInViewport());
+        const QRectF band(shown.left(), shown.bottom() - height, shown.width(), height);
         painter.fillRect(band, QColor(0, 0, 0, 160));
         painter.setPen(Qt::white);
         painter.drawText(band, Qt::AlignCenter, m_notice);

@@ -7,7 +7,10 @@
 #include <QString>
 #include <QWidget>
 
-// Paints a viewer's picture: the viewport of a ZoomingScrollView. The picture may be smaller than
+// Paints a viewer's picture: the document of a ZoomingScrollView, placed by its clip view
+// (CenteringClipView) over the part of the image in view. It paints in the clip view's
+// coordinates, shifted by its own position, so that the state's geometry holds for it unchanged;
+// alone (a test's painter) it paints the whole view. The picture may be smaller than
 // the image it stands for (a preview or a reduced decode); it is drawn over the image's whole
 // place so that better pictures replace it without a jump. Only the visible part is drawn, turned
 // by the view's rotation. At 100 % on a whole device pixel the picture's pixels map one to one onto
@@ -17,7 +20,7 @@
 // shimmer; the picture itself is drawn until the copy is there.
 //
 // A file that cannot be shown says why in the middle of the view; a remark on a shown picture
-// (it decoded only in part) is shown along the bottom edge.
+// (it decoded only in part) is shown along the bottom edge of the picture's visible part.
 class ImageView : public QWidget
 {
     Q_OBJECT
@@ -44,6 +47,11 @@ public:
 
     // How often the copy drawn in place of the picture is halved (0: the picture itself).
     int reducedLevel() const { return m_reduced.isNull() ? 0 : m_reducedLevel; }
+
+Q_SIGNALS:
+    // What decides where the clip view puts this view changed: a picture came or went, or the
+    // background around it changed.
+    void placementChanged();
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -14,7 +14,10 @@
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QResizeEvent>
+#include <QTimer>
 #include <QVariantAnimation>
+
+#include <utility>
 
 MediaViewController::MediaViewController(QWidget *parent)
     : QWidget(parent)
@@ -60,6 +63,12 @@ MediaViewController::MediaViewController(QWidget *parent)
     connect(m_fade, &QVariantAnimation::finished, this, &MediaViewController::finishTransition);
     connect(m_filesSubscription, &ZQFilesSubscription::foundChanges, this, &MediaViewController::filesChanged);
     setSettings({});
+    // The video player's library is loaded in the background once the first viewer has been up
+    // for a moment: 2 s leaves the window's first paint and the grid's first thumbnails the two
+    // cores, and is still before a user has picked a video.
+    static bool videoPlayerPreloadScheduled = false;
+    if (!std::exchange(videoPlayerPreloadScheduled, true))
+        QTimer::singleShot(2000, this, [] { preloadVideoPlayer(); });
 }
 
 MediaViewController::~MediaViewController()

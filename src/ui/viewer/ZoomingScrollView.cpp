@@ -1,6 +1,7 @@
 #include "ui/viewer/ZoomingScrollView.h"
 
 #include "core/viewer/ZoomRules.h"
+#include "ui/viewer/CenteringClipView.h"
 #include "ui/viewer/ImageView.h"
 
 #include <QMouseEvent>
@@ -19,8 +20,9 @@ ZoomingScrollView::ZoomingScrollView(QWidget *parent)
     // came and went with the zoom would change the view's size, and with it the fit.
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_imageView = new ImageView(&m_state);
-    setViewport(m_imageView);
+    m_clipView = new CenteringClipView(&m_state);
+    m_imageView = m_clipView->documentView();
+    setViewport(m_clipView);
     m_animation = new QVariantAnimation(this);
     m_animation->setDuration(animationMilliseconds);
     m_animation->setEasingCurve(QEasingCurve::OutCubic);
@@ -39,7 +41,7 @@ void ZoomingScrollView::setImageSize(QSize imageSize)
 {
     m_state.setImageSize(imageSize);
     syncScrollBars();
-    viewport()->update();
+    m_clipView->placeDocument();
 }
 
 void ZoomingScrollView::setRotation(int degrees)
@@ -48,7 +50,7 @@ void ZoomingScrollView::setRotation(int degrees)
         return;
     m_state.setRotation(degrees);
     syncScrollBars();
-    viewport()->update();
+    m_clipView->placeDocument();
 }
 
 double ZoomingScrollView::magnification() const
@@ -93,7 +95,7 @@ void ZoomingScrollView::applyMagnification(double magnification, QPointF anchor)
 {
     m_state.setMagnification(magnification, anchor);
     syncScrollBars();
-    viewport()->update();
+    m_clipView->placeDocument();
     Q_EMIT magnificationChanged(m_state.magnification());
 }
 
@@ -109,7 +111,7 @@ void ZoomingScrollView::setScrollPosition(QPointF position)
     if (m_state.scrollPosition() == before)
         return;
     syncScrollBars();
-    viewport()->update();
+    m_clipView->placeDocument();
     Q_EMIT scrolled();
 }
 
@@ -117,7 +119,7 @@ void ZoomingScrollView::recenter()
 {
     m_state.recenter();
     syncScrollBars();
-    viewport()->update();
+    m_clipView->placeDocument();
     Q_EMIT scrolled();
 }
 
@@ -125,7 +127,7 @@ void ZoomingScrollView::scrollToVisibleOrigin(QPointF rotatedImagePoint)
 {
     m_state.scrollToVisibleOrigin(rotatedImagePoint);
     syncScrollBars();
-    viewport()->update();
+    m_clipView->placeDocument();
 }
 
 QSize ZoomingScrollView::viewportDeviceSize() const
@@ -139,6 +141,7 @@ void ZoomingScrollView::syncViewportSize()
     m_state.setDevicePixelRatio(viewport()->devicePixelRatioF());
     m_state.setViewportSize(QSizeF(viewport()->size()));
     syncScrollBars();
+    m_clipView->placeDocument();
 }
 
 void ZoomingScrollView::syncScrollBars()
@@ -183,7 +186,7 @@ void ZoomingScrollView::showEvent(QShowEvent *event)
 void ZoomingScrollView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
-    m_imageView->paint(painter, event->rect());
+    m_clipView->paintBackground(painter, event->rect());
 }
 
 void ZoomingScrollView::scrollContentsBy(int, int)
@@ -191,7 +194,7 @@ void ZoomingScrollView::scrollContentsBy(int, int)
     if (m_syncingScrollBars)
         return;
     m_state.setScrollPosition(QPointF(horizontalScrollBar()->value(), verticalScrollBar()->value()));
-    viewport()->update();
+    m_clipView->placeDocument();
     Q_EMIT scrolled();
 }
 

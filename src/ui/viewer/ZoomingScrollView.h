@@ -8,13 +8,15 @@
 
 #include <optional>
 
+class CenteringClipView;
 class ImageView;
 class QVariantAnimation;
 
 // The scroll view of an image viewer: no frame, scroll bars that track the position but stay
-// hidden, and the ImageView as its viewport. It keeps the view's geometry (ZoomState: magnification between
-// 0.001 and 100, rotation, scroll position, an image smaller than the view kept centred) and
-// turns the scroll bars, drags and keys into scroll positions.
+// hidden, a CenteringClipView as its viewport and the ImageView as the document the clip view
+// places. It keeps the view's geometry (ZoomState: magnification between 0.001 and 100, rotation,
+// scroll position, an image smaller than the view kept centred) and turns the scroll bars, drags
+// and keys into scroll positions.
 //
 // Magnification changes are animated over 150 ms unless disableAnimation is set; the image point
 // under the anchor stays where it is throughout. A drag with the left button pans (a press
@@ -31,6 +33,7 @@ public:
     explicit ZoomingScrollView(QWidget *parent = nullptr);
     ~ZoomingScrollView() override;
 
+    CenteringClipView *clipView() const { return m_clipView; }
     ImageView *imageView() const { return m_imageView; }
     const ZoomState &state() const { return m_state; }
 
@@ -87,6 +90,7 @@ private:
     void syncScrollBars();
     void syncViewportSize();
 
+    CenteringClipView *m_clipView = nullptr;
     ImageView *m_imageView = nullptr;
     ZoomState m_state;
     bool m_disableAnimation = false;

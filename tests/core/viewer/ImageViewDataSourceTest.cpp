@@ -1,5 +1,6 @@
 #include "core/viewer/ImageViewDataSource.h"
 #include "core/app/Dispatch.h"
+#include "core/imaging/NclxProfile.h"
 #include "core/model/PXFile.h"
 #include "core/viewer/ColorTransform.h"
 #include "core/viewer/DecodedImageCache.h"
@@ -289,4 +290,35 @@ TEST_F(ImageViewDataSourceTest, AnEmbeddedProfileIsConvertedToSrgb)
     EXPECT_EQ(untouched, image);
     ColorTransform::toDisplay(untouched, QByteArray(600, 'p'));
     EXPECT_EQ(untouched, image);
+}
+
+TEST(NclxColour, CodePointsBecomeAProfileAndAPhonesDisplayP3PictureIsConverted)
+{
+    // What the made profiles say, read back as Qt reads profiles.
+    const auto described = [](int primaries, int transfer) {
+        return QColorSpace::fromIccProfile(NclxProfile::iccProfile(primaries, transfer));
+    };
+    EXPECT_EQ(described(12, 13).primaries(), QColorSpace::Primaries::DciP3D65);
+    EXPECT_EQ(described(12, 13).transferFunction(), QColorSpace::TransferFunction::SRgb);
+    EXPECT_EQ(described(1, 8).primaries(), QColorSpace::Primaries::SRgb);
+    EXPECT_EQ(described(1, 8).transferFunction(), QColorSpace::TransferFunction::Linear);
+    // An HDR curve keeps the gamut, with sRGB's curve.
+    EXPECT_EQ(described(12, 16).primaries(), QColorSpace::Primaries::DciP3D65);
+    EXPECT_EQ(described(12, 16).transferFunction(), QColorSpace::TransferFunction::SRgb);
+    EXPECT_TRUE(described(9, 1).isValid()); // BT.2020
+    // sRGB, unspecified and unknown primaries: nothing to convert.
+    EXPECT_TRUE(NclxProfile::iccProfile(1, 13).isEmpty());
+    EXPECT_TRUE(NclxProfile::iccProfile(1, 1).isEmpty());
+    EXPECT_TRUE(NclxProfile::iccProfile(2, 13).isEmpty());
+    EXPECT_TRUE(NclxProfile::iccProfile(200, 13).isEmpty());
+
+    // A flat rgb(60, 160, 90) with an nclx box of Display P3 and no ICC profile: about
+    // rgb(0, 163, 82) in sRGB; shown as sRGB it would stay rgb(60, 160, 90).
+    const QByteArray path = QFile::encodeName(QStringLiteral(PIXCOVE_TEST_DATA_DIR "/nclx-display-p3.heic"));
+    const ImageLoading::Result result = ImageLoading::decode(path, {}, 1 << 26);
+    ASSERT_FALSE(result.image.isNull()) << qPrintable(result.error);
+    const QColor shown = result.image.pixelColor(32, 32);
+    EXPECT_LE(shown.red(), 12);
+    EXPECT_NEAR(shown.green(), 163, 5);
+    EXPECT_NEAR(shown.blue(), 82, 5);
 }

@@ -15,6 +15,7 @@
 
 #include <QFile>
 #include <QFileDevice>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
@@ -101,7 +102,8 @@ TEST(ViewerWindows, OpeningFollowsTheOpenImageDestination)
     shell.settings()->setOpenImageDestination(OpenImageDestination::other);
     shell.settings()->setOpenImageCustomApp(PXFile::fileForPath(editor));
     ASSERT_TRUE(main->tabbedWindow()->performCommand(CommandId::performOpen));
-    ASSERT_TRUE(waitUntil([&] { return QFile::exists(marker); }, 10000));
+    // The script's shell makes the file before its one write: wait for the text, not the file.
+    ASSERT_TRUE(waitUntil([&] { return QFileInfo(marker).size() > 0; }, 10000));
     QFile opened(marker);
     ASSERT_TRUE(opened.open(QIODevice::ReadOnly));
     EXPECT_EQ(opened.readAll().trimmed(), shell.two->path().toUtf8());

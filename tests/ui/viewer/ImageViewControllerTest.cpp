@@ -288,6 +288,46 @@ TEST_F(ImageViewControllerTest, UnreadableAndPartialFilesSaySoInPlace)
     EXPECT_FALSE(view.imageView()->currentImage().isNull());
 }
 
+TEST_F(ImageViewControllerTest, TheClipViewCentresASmallPictureAndGivesALargeOneTheWholeView)
+{
+    QImage flat(400, 300, QImage::Format_RGB32);
+    flat.fill(QColor(20, 40, 220));
+    const QString flatPath = dir->filePath(QStringLiteral("flat.jpg"));
+    ASSERT_TRUE(flat.save(flatPath, "JPEG", 95));
+    view.setBackgroundColor(QColor(200, 30, 30));
+    const ImageViewDataSourcePtr dataSource = sourceFor(flatPath, Stickiness::whenNeededToFit);
+    ASSERT_TRUE(show(dataSource));
+    ASSERT_TRUE(waitForQuality(dataSource, Quality::full));
+    EXPECT_EQ(view.magnification(), 1.0);
+
+    ZoomingScrollView *scroll = view.scrollView();
+    QWidget *clip = scroll->viewport();
+    const QSize viewSize = viewportSize();
+    const QRect centred(QPoint((viewSize.width() - 400) / 2, (viewSize.height() - 300) / 2), QSize(400, 300));
+    EXPECT_EQ(view.imageView()->parentWidget(), clip);
+    EXPECT_EQ(view.imageView()->geometry(), centred);
+    // On screen: the picture in the middle, the background around it.
+    const auto shown = [&](QPoint point) {
+        return QColor(clip->grab().toImage().pixel(point * clip->devicePixelRatioF()));
+    };
+    EXPECT_LT(std::abs(shown(centred.center()).blue() - 220), 8);
+    EXPECT_EQ(shown(centred.topLeft() - QPoint(3, 3)), QColor(200, 30, 30));
+    EXPECT_EQ(shown(QPoint(centred.right() + 3, centred.center().y())), QColor(200, 30, 30));
+    // Clicks go through the picture to the clip view, where the scroll view takes them.
+    EXPECT_EQ(clip->childAt(centred.center()), nullptr);
+
+    // Larger than the view: the document is the whole view, never the whole zoomed image.
+    view.setZoom(4.0);
+    EXPECT_EQ(view.imageView()->geometry(), clip->rect());
+    EXPECT_LT(std::abs(shown(QPoint(5, 5)).blue() - 220), 8);
+
+    // A file with nothing to show but why: its message is centred in the whole view.
+    const QString garbage = dir->write(QStringLiteral("garbage.jpg"), QByteArray(4096, 'x'));
+    ASSERT_TRUE(show(sourceFor(garbage, Stickiness::always)));
+    EXPECT_FALSE(view.imageView()->message().isEmpty());
+    EXPECT_EQ(view.imageView()->geometry(), clip->rect());
+}
+
 TEST_F(ImageViewControllerTest, AViewNotLaidOutYetStillGetsAPictureWithoutAPreview)
 {
     // small.jpg has no embedded preview: only a decode makes it ready.

@@ -203,3 +203,9 @@ std::unique_ptr<VideoView> makeVideoView(VideoPlayerSource source, QWidget *pare
 {
     return std::make_unique<SwitchingVideoView>(source, parent);
 }
+
+void preloadVideoPlayer()
+{
+    VideoEngineLoader::preload(
+        VideoPlayerChooser::sourceFromSettings(SettingsManager::shared().settings()->alwaysUseThirdPartyVideoPlayer()));
+}

@@ -78,4 +78,7 @@ public:
 // engine, or null with the reason in `error` (the library cannot start).
 extern "C" {
 using PixcoveNewVideoEngine = VideoEngine *(*)(QString *error);
+// A module may also export `pixcove_warm_video_engine`, which loads ahead, on any thread, the
+// libraries its first engine would load on the GUI thread.
+using PixcoveWarmVideoEngine = void (*)();
 }

@@ -2,12 +2,15 @@
 
 #include "ui/viewer/video/VideoEngine.h"
 
+#include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/app/ModuleLoader.h"
 
 #include <QCoreApplication>
 #include <QHash>
 #include <QLibrary>
+
+#include <atomic>
 
 #ifndef PIXCOVE_QTMEDIA_MODULE_BUILD
 #define PIXCOVE_QTMEDIA_MODULE_BUILD ""
@@ -30,6 +33,7 @@ namespace {
 struct EngineModule
 {
     PixcoveNewVideoEngine newEngine = nullptr;
+    PixcoveWarmVideoEngine warm = nullptr;
     QString error;
 };
 
@@ -38,6 +42,7 @@ EngineModule loadModule(const ModuleLoader::Location &location, const QString &l
     EngineModule module;
     const auto resolve = [&module](QLibrary &library) {
         module.newEngine = reinterpret_cast<PixcoveNewVideoEngine>(library.resolve("pixcove_new_video_engine"));
+        module.warm = reinterpret_cast<PixcoveWarmVideoEngine>(library.resolve("pixcove_warm_video_engine"));
         return module.newEngine != nullptr;
     };
     if (ModuleLoader::load(location, resolve, &module.error))
@@ -48,6 +53,7 @@ EngineModule loadModule(const ModuleLoader::Location &location, const QString &l
     return module;
 }
 
+// Thread-safe: the statics below are made once, and a second caller waits for the first.
 const EngineModule &engineModule(VideoPlayerSource source)
 {
     if (source == VideoPlayerSource::vlc) {
@@ -94,6 +100,18 @@ bool isAvailable(VideoPlayerSource source)
         logError(QStringLiteral("The video player cannot start: %1").arg(error));
     known.insert(key, available);
     return available;
+}
+
+void preload(VideoPlayerSource source)
+{
+    const VideoPlayerSource loaded = source == VideoPlayerSource::vlc ? source : VideoPlayerSource::native;
+    static std::atomic_bool started[2];
+    if (started[loaded == VideoPlayerSource::vlc ? 1 : 0].exchange(true))
+        return;
+    runOnPool(QStringLiteral("Video Module"), [loaded] {
+        if (const EngineModule &module = engineModule(loaded); module.warm)
+            module.warm();
+    });
 }
 
 } // namespace VideoEngineLoader

@@ -190,3 +190,7 @@ private:
 // first cannot play, with a VideoControlsBar over the video. `source` overrides the settings.
 std::unique_ptr<VideoView> makeVideoView(QWidget *parent = nullptr);
 std::unique_ptr<VideoView> makeVideoView(VideoPlayerSource source, QWidget *parent = nullptr);
+
+// Loads the module of the player the settings choose on a worker thread, once per run, so that
+// the first video shown does not wait for it.
+void preloadVideoPlayer();

@@ -7,6 +7,9 @@
 #include <QAudioOutput>
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
+#include <QLibrary>
+#include <QLibraryInfo>
 #include <QMediaDevices>
 #include <QMediaMetaData>
 #include <QMediaPlayer>
@@ -313,4 +316,15 @@ extern "C" Q_DECL_EXPORT VideoEngine *pixcove_new_video_engine(QString *error)
         return nullptr;
     }
     return engine.release();
+}
+
+extern "C" Q_DECL_EXPORT void pixcove_warm_video_engine()
+{
+    // The first player loads Qt's FFmpeg backend, and with it FFmpeg's libraries: some 100 ms of
+    // mapping and relocating on the GUI thread. Loaded here first, the player's load finds them
+    // in memory. Only a library is loaded, which is safe on any thread; it stays for the run.
+    const QString backend =
+        QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/multimedia/libffmpegmediaplugin.so");
+    if (QFileInfo::exists(backend))
+        QLibrary(backend).load();
 }
