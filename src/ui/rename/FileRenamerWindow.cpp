@@ -376,10 +376,27 @@ void FileRenamerWindow::showArrangement()
 void FileRenamerWindow::renamerUpdated()
 {
     showArrangement();
-    m_filesModel->namesChanged();
+    m_filesModel->namesChanged(shownRows());
     setWindowTitle(m_renamer->windowTitle());
     m_presetsView->refreshMarks();
     showRenamerState();
+}
+
+// The rows of the files list on screen, top to bottom; empty while it is hidden.
+QList<QModelIndex> FileRenamerWindow::shownRows() const
+{
+    QList<QModelIndex> rows;
+    if (!m_filesView->isVisible())
+        return rows;
+    const int bottom = m_filesView->viewport()->height();
+    // Halfway across: the left edge of a nested row is its indentation, where there is no index.
+    const QModelIndex top = m_filesView->indexAt(QPoint(m_filesView->viewport()->width() / 2, 0));
+    for (QModelIndex row = top.siblingAtColumn(0); row.isValid(); row = m_filesView->indexBelow(row)) {
+        if (m_filesView->visualRect(row).top() >= bottom)
+            break;
+        rows.append(row);
+    }
+    return rows;
 }
 
 void FileRenamerWindow::showRenamerState()

@@ -98,6 +98,7 @@ private:
     void filterEdited();
     void optionsChosen();
     void showRenamerState();
+    QList<QModelIndex> shownRows() const;
     void showArrangement();
     void renamerUpdated();
     void presetChosen(const QString &group, qsizetype index);

@@ -86,10 +86,15 @@ void RenameFilesModel::arrangementChanged()
     endResetModel();
 }
 
-void RenameFilesModel::namesChanged()
+void RenameFilesModel::namesChanged(const QList<QModelIndex> &shownRows)
 {
     if (m_roots.isEmpty())
         return;
+    if (!shownRows.isEmpty()) {
+        for (const QModelIndex &row : shownRows)
+            Q_EMIT dataChanged(row.siblingAtColumn(0), row.siblingAtColumn(columnCount(row.parent()) - 1));
+        return;
+    }
     // Every proposed name may have changed: one signal per level is enough for the view, which
     // repaints what it shows.
     Q_EMIT dataChanged(index(0, proposedNameColumn), index(int(m_roots.size()) - 1, proposedNameColumn));

@@ -27,8 +27,10 @@ public:
 
     // The arrangement changed (files, sort, tree or flat): rebuilds the rows.
     void arrangementChanged();
-    // The proposed names were recomputed: redraws them.
-    void namesChanged();
+    // The proposed names were recomputed: redraws them. With `shownRows` (the rows a view shows),
+    // only those are announced: a view asks for the others when it shows them, and announcing
+    // ten thousand rows costs the view a walk over all of them on every keystroke.
+    void namesChanged(const QList<QModelIndex> &shownRows = {});
     PXBatchItemPtr itemAt(const QModelIndex &index) const;
     QModelIndex indexFor(const PXBatchItem *item) const;
 

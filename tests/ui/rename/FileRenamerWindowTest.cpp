@@ -541,6 +541,28 @@ TEST_F(RenamerWindow, ABigFolderIsScannedInTheBackgroundAndCanBeCancelled)
     ASSERT_TRUE(settle(60000));
     EXPECT_EQ(renamer().arrangedItems().size(), 50001);
     EXPECT_EQ(renamer().windowTitle(), QStringLiteral("Rename Files (50001 files)"));
+
+    // A rule edit announces the rows on screen, not fifty thousand (the view would walk every
+    // one of them on each keystroke); the rows further down show their new names when reached.
+    window->ruleEditor()->setRules({});
+    RenameRuleRowWidget *row = simpleRow();
+    ASSERT_TRUE(row->chooseConstant(0, C::regex));
+    row->setFieldText(1, QStringLiteral("^DSC_"));
+    QSignalSpy announced(window->filesModel(), &QAbstractItemModel::dataChanged);
+    row->setFieldText(3, QStringLiteral("Lisbon "));
+    ASSERT_TRUE(settle());
+    ASSERT_FALSE(announced.isEmpty());
+    int rowsAnnounced = 0;
+    for (const QList<QVariant> &signal : announced)
+        rowsAnnounced += signal.at(1).toModelIndex().row() - signal.at(0).toModelIndex().row() + 1;
+    EXPECT_LT(rowsAnnounced, 200);
+    auto *list = window->findChild<QTreeView *>(QStringLiteral("filesList"));
+    const QModelIndex card = window->filesModel()->index(0, 0);
+    const QModelIndex last = window->filesModel()->index(49999, RenameFilesModel::proposedNameColumn, card);
+    EXPECT_EQ(window->filesModel()->index(0, RenameFilesModel::proposedNameColumn, card).data().toString(),
+              QStringLiteral("Lisbon 00001.ARW"));
+    list->scrollTo(last);
+    EXPECT_EQ(last.data().toString(), QStringLiteral("Lisbon 50000.ARW"));
     EXPECT_TRUE(window->close());
 }
 
