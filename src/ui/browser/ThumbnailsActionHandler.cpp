@@ -64,7 +64,12 @@ ThumbnailsActionHandler::ThumbnailsActionHandler(ThumbnailsViewController *pane)
         box.exec();
         return box.clickedButton() == open;
     };
-    m_dialogs.chooseFolder = [pane](const QString &title) { return QFileDialog::getExistingDirectory(pane, title); };
+    // Starts beside the shown folder: the usual destination is a sibling ("Keepers", "Rejects").
+    m_dialogs.chooseFolder = [pane](const QString &title) {
+        const QList<PXFilePtr> &shown = pane->sources();
+        const QString start = shown.isEmpty() ? QDir::homePath() : shown.first()->parentPath();
+        return QFileDialog::getExistingDirectory(pane, title, start);
+    };
     m_dialogs.chooseApplication = [pane](const QList<PXFilePtr> &) {
         return ApplicationChooser::choose(pane, tr("Open With"));
     };
