@@ -2,6 +2,7 @@
 
 #include "core/app/Translate.h"
 #include "core/fs/operations/ZQItemCopier.h"
+#include "core/imaging/TiffView.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -327,9 +328,8 @@ public:
     explicit ExifSegment(QByteArray segment)
         : m_bytes(std::move(segment))
     {
-        m_ok = m_bytes.size() >= tiffStart + 8
-            && ((byte(0) == 'I' && byte(1) == 'I') || (byte(0) == 'M' && byte(1) == 'M'));
-        m_little = m_ok && byte(0) == 'I';
+        m_ok = tiff().valid();
+        m_little = m_ok && tiff().isLittleEndian();
         if (!m_ok)
             return;
         m_ifd0 = u32(4);
@@ -402,23 +402,11 @@ public:
 private:
     static constexpr qsizetype tiffStart = 10; // FF E1, the length, "Exif\0\0"
 
-    quint32 byte(qint64 offset) const { return quint8(m_bytes.at(tiffStart + offset)); }
-    bool contains(qint64 offset, qint64 length) const
-    {
-        return offset >= 0 && length >= 0 && tiffStart + offset + length <= m_bytes.size();
-    }
-    quint32 u16(qint64 offset) const
-    {
-        if (!contains(offset, 2))
-            return 0;
-        return m_little ? byte(offset) | byte(offset + 1) << 8 : byte(offset) << 8 | byte(offset + 1);
-    }
-    quint32 u32(qint64 offset) const
-    {
-        if (!contains(offset, 4))
-            return 0;
-        return m_little ? u16(offset) | u16(offset + 2) << 16 : u16(offset) << 16 | u16(offset + 2);
-    }
+    // Made for each use: the segment's bytes grow when a thumbnail does.
+    TiffView tiff() const { return TiffView(m_bytes, tiffStart, m_bytes.size()); }
+    bool contains(qint64 offset, qint64 length) const { return tiff().contains(offset, length); }
+    quint32 u16(qint64 offset) const { return tiff().u16(offset); }
+    quint32 u32(qint64 offset) const { return tiff().u32(offset); }
     void put16(qint64 offset, quint32 value)
     {
         if (!contains(offset, 2))
@@ -435,18 +423,12 @@ private:
     template<typename F>
     void walk(quint32 offset, F entry) const
     {
-        const quint32 count = u16(offset);
-        if (offset == 0 || !contains(offset + 2, qint64(count) * 12 + 4))
-            return;
-        for (quint32 i = 0; i < count; ++i) {
-            const qint64 at = offset + 2 + qint64(i) * 12;
-            entry(u16(at), u16(at + 2), u32(at + 4), at + 8);
-        }
+        if (offset != 0)
+            tiff().walkIfd(offset, entry);
     }
     quint32 nextIfd(quint32 offset) const
     {
-        const quint32 count = u16(offset);
-        return contains(offset + 2, qint64(count) * 12 + 4) ? u32(offset + 2 + qint64(count) * 12) : 0;
+        return tiff().walkIfd(offset, [](quint32, quint32, quint32, qint64) {});
     }
     // Swaps the values of two one-value tags (SHORT or LONG) of an IFD; false when one does not
     // fit the other's slot.
