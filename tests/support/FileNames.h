@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/fs/ZQStandardFile.h"
+#include "core/model/PXFile.h"
 
 #include <QList>
 #include <QSet>
@@ -14,6 +15,15 @@ inline QSet<QString> namesOf(const QList<ZQFilePtr> &files)
     QSet<QString> names;
     for (const ZQFilePtr &file : files)
         names.insert(file->name());
+    return names;
+}
+
+// The names of files in their order: what a view lists, top to bottom.
+inline QStringList namesOf(const QList<PXFilePtr> &files)
+{
+    QStringList names;
+    for (const PXFilePtr &file : files)
+        names << file->name();
     return names;
 }
 

@@ -1,6 +1,7 @@
 #include "core/model/FileSorting.h"
 #include "core/model/PXFile.h"
 
+#include "support/FileNames.h"
 #include "support/TestDir.h"
 
 #include "core/model/TextHelpers.h"
@@ -11,14 +12,6 @@
 #include <random>
 
 namespace {
-
-QStringList namesOf(const QList<PXFilePtr> &files)
-{
-    QStringList names;
-    for (const PXFilePtr &file : files)
-        names << file->name();
-    return names;
-}
 
 QList<PXFilePtr> filesIn(const TestDir &dir, const QStringList &names)
 {

@@ -2,6 +2,7 @@
 #include "core/model/FlagManager.h"
 #include "core/model/FlagStore.h"
 #include "core/model/PXFile.h"
+#include "support/FileNames.h"
 #include "support/TestDir.h"
 #include "ui/activities/FileOperationsController.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
@@ -29,14 +30,6 @@ QByteArray attribute(const QString &path, const char *name)
     char value[256];
     const ssize_t size = ::getxattr(QFile::encodeName(path).constData(), name, value, sizeof value);
     return size < 0 ? QByteArray() : QByteArray(value, size);
-}
-
-QStringList namesOf(const QList<PXFilePtr> &files)
-{
-    QStringList names;
-    for (const PXFilePtr &file : files)
-        names << file->name();
-    return names;
 }
 
 // A pane showing `folder` with `count` files, its flags kept by `flags` when given.

@@ -7,6 +7,7 @@
 #include "core/model/PXFile.h"
 #include "core/thumbnails/SystemThumbnailer.h"
 #include "core/thumbnails/ThumbnailGenerator.h"
+#include "support/FileNames.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 
@@ -22,14 +23,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-QStringList namesOf(const QList<PXFilePtr> &files)
-{
-    QStringList names;
-    for (const PXFilePtr &file : files)
-        names << file->name();
-    return names;
-}
-
 // A shown pane over `count` text files named f000.txt, f001.txt, ...
 struct Pane
 {

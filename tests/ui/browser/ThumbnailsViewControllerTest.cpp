@@ -6,6 +6,7 @@
 #include "core/model/PXFile.h"
 #include "core/settings/AppSettings.h"
 #include "core/settings/SettingsManager.h"
+#include "support/FileNames.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
@@ -27,14 +28,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-QStringList namesOf(const QList<PXFilePtr> &files)
-{
-    QStringList names;
-    for (const PXFilePtr &file : files)
-        names << file->name();
-    return names;
-}
-
 bool settle(ThumbnailsViewController &pane, int count)
 {
     return waitUntil([&] { return !pane.isLoading() && pane.files().size() == count; });
