@@ -6,7 +6,10 @@
 //   bench_file_operations_event copy SOURCE_FOLDER DESTINATION_FOLDER
 //   bench_file_operations_event move FOLDER COUNT    (COUNT files from FOLDER/a to FOLDER/b)
 //   bench_file_operations_event trash FOLDER COUNT   (COUNT files, into FOLDER/Trash)
-//   bench_file_operations_event rotate FOLDER 0      (every JPEG in FOLDER a quarter turn, in place)
+//   bench_file_operations_event rotate FOLDER each   (every JPEG in FOLDER a quarter turn, in place,
+//                                                    each on its own, as one picture is turned)
+//   bench_file_operations_event rotate FOLDER batch  (the same as one selection, as the activity
+//                                                    turns it: the files share a workspace)
 #include "StallMeter.h"
 #include "core/activities/ActivitiesManager.h"
 #include "core/activities/ActivitiesModel.h"
@@ -80,6 +83,8 @@ int main(int argc, char **argv)
     }
     if (args[0] == QLatin1String("rotate")) {
         // One after another on this thread: the cost of one turn, as jpegtran pays it per process.
+        const bool batch = args[2] == QLatin1String("batch");
+        JpegRotation::Workspace workspace;
         const QStringList names =
             QDir(args[1]).entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG")}, QDir::Files);
         const double cpuBefore = cpuSeconds();
@@ -88,7 +93,7 @@ int main(int argc, char **argv)
         for (const QString &name : names) {
             const JpegRotation::Result result =
                 JpegRotation::rotateFile(args[1] + QLatin1Char('/') + name, JpegRotation::Turn::clockwise,
-                                         JpegRotation::Fallback::refuse);
+                                         JpegRotation::Fallback::refuse, batch ? &workspace : nullptr);
             if (result.kind != JpegRotation::Result::Kind::lossless) {
                 std::fprintf(stderr, "%s\n", qPrintable(result.error));
                 return 1;

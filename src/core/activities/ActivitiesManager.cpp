@@ -329,13 +329,15 @@ ActivityItem *ActivitiesManager::rotateImages(const QList<PXFilePtr> &files, Jpe
     runOnPool(QString::fromLatin1(ZQFileController::poolName),
               [work, paths, turn, report, self, row, files, cacheRoot = m_thumbnailCacheRoot, done = std::move(done)] {
                   const ThumbnailCache cache(cacheRoot);
+                  JpegRotation::Workspace workspace;
                   QList<ZQFileOperationError> errors;
                   QList<int> turned;
                   for (int i = 0; i < paths.size(); ++i) {
                       if (work->isCancelled())
                           break;
                       const qint64 modifiedBefore = QFileInfo(paths[i]).lastModified().toSecsSinceEpoch();
-                      const ImageRotationActivity::Result result = ImageRotationActivity::rotateFile(paths[i], turn);
+                      const ImageRotationActivity::Result result =
+                          ImageRotationActivity::rotateFile(paths[i], turn, &workspace);
                       if (result.ok) {
                           ImageRotationActivity::turnCachedThumbnails(paths[i], modifiedBefore, turn, cache);
                           turned.append(i);

@@ -119,7 +119,8 @@ bool ImageRotationActivity::canRotate(const QString &path)
     return methodFor(path) != Method::none;
 }
 
-ImageRotationActivity::Result ImageRotationActivity::rotateFile(const QString &path, JpegRotation::Turn turn)
+ImageRotationActivity::Result ImageRotationActivity::rotateFile(const QString &path, JpegRotation::Turn turn,
+                                                                JpegRotation::Workspace *workspace)
 {
     Result result;
     const QString name = QFileInfo(path).fileName();
@@ -136,7 +137,7 @@ ImageRotationActivity::Result ImageRotationActivity::rotateFile(const QString &p
     if (method == Method::jpeg) {
         // A picture that is not a whole number of blocks keeps its pixels and turns by its tag.
         const JpegRotation::Result turned =
-            JpegRotation::rotateFile(path, turn, JpegRotation::Fallback::orientationTag);
+            JpegRotation::rotateFile(path, turn, JpegRotation::Fallback::orientationTag, workspace);
         result.ok = turned.isOk();
         result.pixelsTurned =
             turned.kind == JpegRotation::Result::Kind::lossless || turned.kind == JpegRotation::Result::Kind::reencoded;

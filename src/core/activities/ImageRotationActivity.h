@@ -24,8 +24,9 @@ public:
         QString error; // for the user
     };
 
-    // Turns one file; runs on any thread.
-    static Result rotateFile(const QString &path, JpegRotation::Turn turn);
+    // Turns one file; runs on any thread. The files of a batch share `workspace`.
+    static Result rotateFile(const QString &path, JpegRotation::Turn turn,
+                             JpegRotation::Workspace *workspace = nullptr);
     // Whether a file of this name can be turned.
     static bool canRotate(const QString &path);
     // The file's cached thumbnails, made for it as it was at `modifiedBefore` (seconds), turned

@@ -2,6 +2,8 @@
 
 #include "core/app/Translate.h"
 #include "core/fs/operations/ZQItemCopier.h"
+#include "core/imaging/CoefficientArena.h"
+#include "core/imaging/LosslessJpegTransform.h"
 #include "core/imaging/TiffView.h"
 
 #include <QBuffer>
@@ -12,12 +14,12 @@
 #include <QTransform>
 
 #include <exiv2/exiv2.hpp>
-#include <turbojpeg.h>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -48,22 +50,24 @@ struct Matrix
     bool swapsSides() const { return a == 0; }
 };
 
-// libjpeg-turbo's operations, and the EXIF orientation (1 to 8) each one displays.
+using Move = LosslessJpegTransform::Operation;
+
+// The moves of the blocks, and the EXIF orientation (1 to 8) each one displays.
 struct Operation
 {
-    int op;
+    Move op;
     Matrix matrix;
     int orientation;
 };
 constexpr std::array<Operation, 8> operations{{
-    {TJXOP_NONE, {1, 0, 0, 1}, 1},
-    {TJXOP_HFLIP, {-1, 0, 0, 1}, 2},
-    {TJXOP_ROT180, {-1, 0, 0, -1}, 3},
-    {TJXOP_VFLIP, {1, 0, 0, -1}, 4},
-    {TJXOP_TRANSPOSE, {0, 1, 1, 0}, 5},
-    {TJXOP_ROT90, {0, -1, 1, 0}, 6},
-    {TJXOP_TRANSVERSE, {0, -1, -1, 0}, 7},
-    {TJXOP_ROT270, {0, 1, -1, 0}, 8},
+    {Move::none, {1, 0, 0, 1}, 1},
+    {Move::flipHorizontal, {-1, 0, 0, 1}, 2},
+    {Move::rotate180, {-1, 0, 0, -1}, 3},
+    {Move::flipVertical, {1, 0, 0, -1}, 4},
+    {Move::transpose, {0, 1, 1, 0}, 5},
+    {Move::rotate90, {0, -1, 1, 0}, 6},
+    {Move::transverse, {0, -1, -1, 0}, 7},
+    {Move::rotate270, {0, 1, -1, 0}, 8},
 }};
 
 const Operation &forOrientation(int orientation)
@@ -192,89 +196,15 @@ int orientationOfByExiv2(const QByteArray &jpeg)
     }
 }
 
-// What tjTransform wrote, in its own buffer (no copy of a 10 MB picture).
-class TransformedBytes
-{
-public:
-    TransformedBytes() = default;
-    TransformedBytes(unsigned char *data, unsigned long size)
-        : m_data(data)
-        , m_size(size)
-    { }
-    ~TransformedBytes() { tjFree(m_data); }
-    TransformedBytes(TransformedBytes &&other) noexcept
-        : m_data(std::exchange(other.m_data, nullptr))
-        , m_size(std::exchange(other.m_size, 0))
-    { }
-    TransformedBytes(const TransformedBytes &) = delete;
-    TransformedBytes &operator=(const TransformedBytes &) = delete;
-    TransformedBytes &operator=(TransformedBytes &&other) noexcept
-    {
-        std::swap(m_data, other.m_data);
-        std::swap(m_size, other.m_size);
-        return *this;
-    }
-
-    bool isEmpty() const { return !m_data || m_size == 0; }
-    // A view of the bytes, valid while this object lives.
-    QByteArray view() const
-    {
-        return QByteArray::fromRawData(reinterpret_cast<const char *>(m_data), qsizetype(m_size));
-    }
-
-private:
-    unsigned char *m_data = nullptr;
-    unsigned long m_size = 0;
-};
-
-class Transformer
-{
-public:
-    Transformer()
-        : m_handle(tjInitTransform())
-    { }
-    ~Transformer()
-    {
-        if (m_handle)
-            tjDestroy(m_handle);
-    }
-    Transformer(const Transformer &) = delete;
-    Transformer &operator=(const Transformer &) = delete;
-
-    // The blocks moved by `op`, every marker kept; empty when that is impossible without losing an
-    // edge.
-    TransformedBytes transform(const QByteArray &jpeg, int op, QString &error)
-    {
-        if (!m_handle)
-            return {};
-        unsigned char *out = nullptr;
-        unsigned long outSize = 0;
-        tjtransform transform;
-        std::memset(&transform, 0, sizeof transform);
-        transform.op = op;
-        transform.options = TJXOPT_PERFECT;
-        const int status = tjTransform(m_handle, reinterpret_cast<const unsigned char *>(jpeg.constData()),
-                                       static_cast<unsigned long>(jpeg.size()), 1, &out, &outSize, &transform, 0);
-        if (status == 0)
-            return TransformedBytes(out, outSize);
-        error = QString::fromLatin1(tjGetErrorStr2(m_handle));
-        tjFree(out);
-        return {};
-    }
-
-private:
-    tjhandle m_handle;
-};
-
 // The EXIF thumbnail turned by `op`: its blocks moved when they can be, else decoded, turned and
 // encoded again (a thumbnail of a few kilobytes). Empty when it cannot be read.
 QByteArray turnedThumbnail(const QByteArray &thumbnail, const Operation &operation)
 {
-    Transformer transformer;
-    QString ignored;
-    const TransformedBytes moved = transformer.transform(thumbnail, operation.op, ignored);
-    if (!moved.isEmpty())
-        return QByteArray(moved.view().constData(), moved.view().size());
+    CoefficientArena arena;
+    QByteArray moved;
+    if (LosslessJpegTransform::transform(thumbnail, operation.op, arena, moved).outcome
+        == LosslessJpegTransform::Outcome::done)
+        return moved;
     const QImage small = QImage::fromData(thumbnail);
     return small.isNull() ? QByteArray() : encoded(small.transformed(operation.matrix.transform()), thumbnailQuality);
 }
@@ -357,7 +287,7 @@ public:
         if (operation.matrix.swapsSides() && m_exifIfd)
             m_ok = m_ok && swapDimensions(m_exifIfd, 0xA002, 0xA003);
         const quint32 ifd1 = m_ok ? nextIfd(m_ifd0) : 0;
-        if (ifd1 == 0 || ifd1 == m_ifd0 || operation.op == TJXOP_NONE)
+        if (ifd1 == 0 || ifd1 == m_ifd0 || operation.op == Move::none)
             return m_ok;
         if (operation.matrix.swapsSides())
             m_ok = m_ok && swapDimensions(ifd1, 0x0100, 0x0101);
@@ -468,12 +398,13 @@ private:
     qint64 m_orientationSlot = 0;
 };
 
-// The turned file: libjpeg-turbo's bytes with the EXIF segment replaced and the multi-picture
+// The turned file: the moved picture's bytes with the EXIF segment replaced and the multi-picture
 // index left out, as pieces written one after another (no copy of the picture), or the whole file
 // when it was made the long way.
 struct Turned
 {
-    TransformedBytes moved;
+    QByteArray moved; // a view of the workspace's output
+
     QByteArray exif;
     QByteArray whole;
     std::vector<QByteArrayView> pieces;
@@ -498,7 +429,7 @@ struct Turned
 // metadata needs the long way (a thumbnail with no room, an XMP orientation to follow).
 bool assemble(const Operation &operation, Turned &turned)
 {
-    const QByteArray moved = turned.moved.view();
+    const QByteArray &moved = turned.moved;
     const std::vector<Segment> segments = segmentsOf(moved);
     for (const Segment &segment : segments) {
         if (segment.marker == 0xE1 && startsWith(moved, segment, "http://ns.adobe.com/xap/1.0/", 28)
@@ -548,7 +479,8 @@ int orientationOf(const QByteArray &jpeg, bool &known)
 namespace {
 
 // What rotated() says, in pieces.
-void turnInto(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &result, Turned &turned)
+void turnInto(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &result, Turned &turned,
+              Workspace &workspace)
 {
     result = {};
     bool known = false;
@@ -559,23 +491,27 @@ void turnInto(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &resu
     const Matrix wanted = turnMatrix(turn).after(shown);
     const Operation &operation = forMatrix(wanted);
 
-    Transformer transformer;
-    QString libraryError;
-    turned.moved = transformer.transform(jpeg, operation.op, libraryError);
-    if (!turned.moved.isEmpty()) {
+    using LosslessJpegTransform::Outcome;
+    const LosslessJpegTransform::Result moved =
+        LosslessJpegTransform::transform(jpeg, operation.op, *workspace.arena, workspace.output);
+    if (moved.outcome == Outcome::done) {
+        turned.moved = QByteArray::fromRawData(workspace.output.constData(), workspace.output.size());
         if (!known || !assemble(operation, turned)) {
             turned.pieces.clear();
-            turned.whole = withMetadata(turned.moved.view(), {}, wanted, 1, result.error);
-            if (turned.whole.constData() == turned.moved.view().constData())
-                turned.whole = QByteArray(turned.whole.constData(), turned.whole.size()); // outlives `moved`
+            turned.whole = withMetadata(turned.moved, {}, wanted, 1, result.error);
+            if (turned.whole.constData() == turned.moved.constData())
+                turned.whole = QByteArray(turned.whole.constData(), turned.whole.size()); // outlives the workspace
         }
         const bool made = !turned.pieces.empty() || !turned.whole.isEmpty();
         result.kind = made ? Result::Kind::lossless : Result::Kind::failed;
         return;
     }
-    const bool imperfect = libraryError.contains(QLatin1String("perfect"), Qt::CaseInsensitive);
-    if (!imperfect) {
-        result.error = tr("It is not a JPEG picture that can be read: %1").arg(libraryError);
+    if (moved.outcome == Outcome::damaged) {
+        result.error = tr("Its picture data is damaged (%1), so it is left as it is.").arg(moved.error);
+        return;
+    }
+    if (moved.outcome != Outcome::imperfect) {
+        result.error = tr("It is not a JPEG picture that can be read: %1").arg(moved.error);
         return;
     }
     switch (fallback) {
@@ -607,15 +543,47 @@ void turnInto(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &resu
 
 } // namespace
 
+Workspace::Workspace()
+    : arena(std::make_unique<CoefficientArena>())
+{ }
+
+Workspace::~Workspace() = default;
+
 QByteArray rotated(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &result)
 {
+    Workspace workspace;
     Turned turned;
-    turnInto(jpeg, turn, fallback, result, turned);
+    turnInto(jpeg, turn, fallback, result, turned, workspace);
     return result.isOk() ? turned.joined() : QByteArray();
 }
 
-Result rotateFile(const QString &path, Turn turn, Fallback fallback)
+namespace {
+
+// The whole file into `into`, whose memory is reused; 0 or an errno.
+int readWhole(int file, qsizetype sizeHint, QByteArray &into)
 {
+    into.resize(std::max(into.capacity(), sizeHint + 1)); // + 1: a file that grew is seen to
+    qsizetype at = 0;
+    for (;;) {
+        if (at == into.size())
+            into.resize(into.size() + into.size() / 2 + 65536);
+        const ssize_t got = ::read(file, into.data() + at, size_t(into.size() - at));
+        if (got == 0)
+            break;
+        if (got < 0 && errno != EINTR)
+            return errno;
+        at += got > 0 ? got : 0;
+    }
+    into.resize(at);
+    return 0;
+}
+
+} // namespace
+
+Result rotateFile(const QString &path, Turn turn, Fallback fallback, Workspace *workspace)
+{
+    std::optional<Workspace> own;
+    Workspace &work = workspace ? *workspace : own.emplace();
     Result result;
     const QByteArray nativePath = QFile::encodeName(path);
     const QString name = QFileInfo(path).fileName();
@@ -632,12 +600,13 @@ Result rotateFile(const QString &path, Turn turn, Fallback fallback)
             ::close(in);
         return failed(QString::fromLocal8Bit(std::strerror(errno)));
     }
-    QFile file;
-    file.open(in, QIODevice::ReadOnly, QFileDevice::DontCloseHandle);
-    const QByteArray original = file.readAll();
-    file.close();
+    if (const int error = readWhole(in, qsizetype(before.st_size), work.input); error != 0) {
+        ::close(in);
+        return failed(QString::fromLocal8Bit(std::strerror(error)));
+    }
+    const QByteArray original = QByteArray::fromRawData(work.input.constData(), work.input.size());
     Turned turned;
-    turnInto(original, turn, fallback, result, turned);
+    turnInto(original, turn, fallback, result, turned, work);
     if (!result.isOk()) {
         ::close(in);
         return failed(result.error);

@@ -176,7 +176,8 @@ TEST(JpegRotation, ATurnMovesTheBlocksAndFoldsTheOrientationIn)
     // Shown turned clockwise (orientation 6); turned clockwise once more: a half turn of the pixels.
     const QString shown = writePhoto(dir.filePath(QStringLiteral("IMG_0001.JPG")), QSize(64, 48), 6);
     ASSERT_EQ(factsOf(shown).corners, QStringLiteral("RGWB"));
-    const JpegRotation::Result result = JpegRotation::rotateFile(shown, Turn::clockwise, Fallback::refuse);
+    JpegRotation::Workspace batch; // the two files are turned as one selection
+    const JpegRotation::Result result = JpegRotation::rotateFile(shown, Turn::clockwise, Fallback::refuse, &batch);
     ASSERT_EQ(result.kind, Kind::lossless) << qPrintable(result.error);
     Facts facts = factsOf(shown);
     EXPECT_EQ(facts.size, QSize(64, 48));
@@ -191,7 +192,7 @@ TEST(JpegRotation, ATurnMovesTheBlocksAndFoldsTheOrientationIn)
     EXPECT_EQ(info.st_mode & 0777, 0640u);
 
     const QString upright = writePhoto(dir.filePath(QStringLiteral("IMG_0002.JPG")), QSize(64, 48), 1);
-    ASSERT_EQ(JpegRotation::rotateFile(upright, Turn::counterclockwise, Fallback::refuse).kind, Kind::lossless);
+    ASSERT_EQ(JpegRotation::rotateFile(upright, Turn::counterclockwise, Fallback::refuse, &batch).kind, Kind::lossless);
     facts = factsOf(upright);
     EXPECT_EQ(facts.size, QSize(48, 64));
     EXPECT_EQ(facts.corners, QStringLiteral("GWBR"));
@@ -245,6 +246,16 @@ TEST(JpegRotation, APictureThatIsNotWholeBlocksIsNeverCroppedSilently)
     EXPECT_EQ(result.kind, Kind::failed);
     EXPECT_TRUE(result.error.startsWith(QStringLiteral("“notes.JPG” couldn’t be turned. It is not a JPEG picture")));
     EXPECT_EQ(bytesOf(notJpeg), "Shopping list");
+
+    // Cut short in its picture data: left as it is, not turned by its tag either.
+    const QByteArray whole = bytesOf(writePhoto(dir.filePath(QStringLiteral("whole.JPG")), QSize(64, 48), 1));
+    const QString cut = dir.write(QStringLiteral("IMG_0003.JPG"), whole.left(whole.size() - 400));
+    result = JpegRotation::rotateFile(cut, Turn::clockwise, Fallback::orientationTag);
+    EXPECT_EQ(result.kind, Kind::failed);
+    EXPECT_EQ(result.error,
+              QStringLiteral("“IMG_0003.JPG” couldn’t be turned. Its picture data is damaged (Premature "
+                             "end of JPEG file), so it is left as it is."));
+    EXPECT_EQ(bytesOf(cut), whole.left(whole.size() - 400));
 }
 
 // A file as a camera writes it (maker's tags, a thumbnail, a multi-picture preview after the

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <vector>
+
+struct jpeg_common_struct;
+struct jvirt_barray_control;
+
+// Memory for the DCT coefficient blocks of lossless JPEG transforms, kept from one picture to the
+// next. A 24 MP picture needs about 72 MB of blocks as read and as many again as written; mapping
+// that afresh for every file costs a page fault for every 4 KB, about a third of a turn's time.
+// The arena gives the same pages to each picture of a batch, prefaults the pages it maps in one
+// call, and returns them to the system when it is destroyed.
+//
+// It stands in for libjpeg's virtual block arrays (install()), so the library decodes into it and
+// encodes from it. The arrays of a picture live until reset(). One thread at a time.
+class CoefficientArena
+{
+public:
+    CoefficientArena() = default;
+    ~CoefficientArena();
+    CoefficientArena(const CoefficientArena &) = delete;
+    CoefficientArena &operator=(const CoefficientArena &) = delete;
+
+    // Makes the libjpeg object keep its block arrays here (its `client_data` points at the arena).
+    void install(jpeg_common_struct *cinfo);
+    // An array of `width` × `height` blocks, all zero when `zeroed`; usable at once.
+    jvirt_barray_control *make(unsigned width, unsigned height, bool zeroed);
+    // Forgets every array; their memory serves the next picture.
+    void reset();
+    // What the arena holds mapped, in bytes.
+    std::size_t mappedBytes() const;
+
+private:
+    struct Chunk
+    {
+        unsigned char *base = nullptr;
+        std::size_t size = 0;
+        std::size_t used = 0;
+        std::size_t dirty = 0; // bytes from the start that have been handed out before: not zero
+        std::size_t populated = 0;
+    };
+    // An array of blocks: its rows of blocks lie in the arena. libjpeg sees it as a
+    // jvirt_barray_ptr and reaches it only through the hooks.
+    struct Array
+    {
+        unsigned width = 0;
+        unsigned height = 0;
+        bool zeroed = false;
+        void *rows = nullptr; // JBLOCKROW[height], null until realized
+    };
+
+    friend struct CoefficientArenaHooks; // libjpeg's entry points, in the .cpp
+
+    void *allocate(std::size_t bytes, bool zeroed);
+    bool realize(Array &array);
+
+    std::vector<Chunk> m_chunks;
+    std::size_t m_current = 0;
+    std::deque<Array> m_arrays; // stable addresses: libjpeg holds pointers to them
+    void (*m_libraryRealize)(jpeg_common_struct *) = nullptr;
+};
