@@ -506,11 +506,12 @@ void turnInto(const QByteArray &jpeg, Turn turn, Fallback fallback, Result &resu
         result.kind = made ? Result::Kind::lossless : Result::Kind::failed;
         return;
     }
-    if (moved.outcome == Outcome::damaged) {
+    // Damaged picture data is never moved into a new file; its tag may still turn it.
+    if (moved.outcome == Outcome::damaged && fallback != Fallback::orientationTag) {
         result.error = tr("Its picture data is damaged (%1), so it is left as it is.").arg(moved.error);
         return;
     }
-    if (moved.outcome != Outcome::imperfect) {
+    if (moved.outcome == Outcome::unreadable) {
         result.error = tr("It is not a JPEG picture that can be read: %1").arg(moved.error);
         return;
     }

@@ -247,15 +247,19 @@ TEST(JpegRotation, APictureThatIsNotWholeBlocksIsNeverCroppedSilently)
     EXPECT_TRUE(result.error.startsWith(QStringLiteral("“notes.JPG” couldn’t be turned. It is not a JPEG picture")));
     EXPECT_EQ(bytesOf(notJpeg), "Shopping list");
 
-    // Cut short in its picture data: left as it is, not turned by its tag either.
-    const QByteArray whole = bytesOf(writePhoto(dir.filePath(QStringLiteral("whole.JPG")), QSize(64, 48), 1));
-    const QString cut = dir.write(QStringLiteral("IMG_0003.JPG"), whole.left(whole.size() - 400));
-    result = JpegRotation::rotateFile(cut, Turn::clockwise, Fallback::orientationTag);
+    // Cut short in its picture data: its blocks are not moved into a new file, but its tag may turn it.
+    const QByteArray whole = bytesOf(writePhoto(dir.filePath(QStringLiteral("whole.JPG")), QSize(512, 384), 1));
+    const QString cut = dir.write(QStringLiteral("IMG_0003.JPG"), whole.left(whole.size() - 200));
+    result = JpegRotation::rotateFile(cut, Turn::clockwise, Fallback::refuse);
     EXPECT_EQ(result.kind, Kind::failed);
     EXPECT_EQ(result.error,
               QStringLiteral("“IMG_0003.JPG” couldn’t be turned. Its picture data is damaged (Premature "
                              "end of JPEG file), so it is left as it is."));
-    EXPECT_EQ(bytesOf(cut), whole.left(whole.size() - 400));
+    EXPECT_EQ(bytesOf(cut), whole.left(whole.size() - 200));
+    result = JpegRotation::rotateFile(cut, Turn::clockwise, Fallback::orientationTag);
+    EXPECT_EQ(result.kind, Kind::orientationTagOnly);
+    EXPECT_EQ(factsOf(cut).orientation, 6);
+    EXPECT_TRUE(bytesOf(cut).endsWith(whole.mid(whole.size() - 1000, 800))); // the picture data as it was
 }
 
 // A file as a camera writes it (maker's tags, a thumbnail, a multi-picture preview after the
