@@ -10,6 +10,8 @@
 //                                                    each on its own, as one picture is turned)
 //   bench_file_operations_event rotate FOLDER batch  (the same as one selection, as the activity
 //                                                    turns it: the files share a workspace)
+//   bench_file_operations_event rotate FOLDER activity (the same through the activities manager, with
+//                                                    the main thread's longest stall)
 #include "StallMeter.h"
 #include "core/activities/ActivitiesManager.h"
 #include "core/activities/ActivitiesModel.h"
@@ -19,6 +21,7 @@
 #include "core/fs/operations/ZQTrashPerformer.h"
 #include "core/imaging/ImageSource.h"
 #include "core/imaging/JpegRotation.h"
+#include "core/model/PXFile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -81,7 +84,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "usage: bench_file_operations_event copy|move|trash ARG ARG\n");
         return 2;
     }
-    if (args[0] == QLatin1String("rotate")) {
+    if (args[0] == QLatin1String("rotate") && args[2] != QLatin1String("activity")) {
         // One after another on this thread: the cost of one turn, as jpegtran pays it per process.
         const bool batch = args[2] == QLatin1String("batch");
         JpegRotation::Workspace workspace;
@@ -116,6 +119,10 @@ int main(int argc, char **argv)
         units = makeFiles(args[1] + QStringLiteral("/a"), args[2].toInt());
         QDir().mkpath(args[1] + QStringLiteral("/b"));
         destination = ZQStandardFile::newFileForPath(args[1] + QStringLiteral("/b"));
+    } else if (args[0] == QLatin1String("rotate")) {
+        for (const QString &name :
+             QDir(args[1]).entryList({QStringLiteral("*.jpg"), QStringLiteral("*.JPG")}, QDir::Files))
+            units.append(ZQFileOperationUnit(ZQStandardFile::newFileForPath(args[1] + QLatin1Char('/') + name), {}));
     } else if (args[0] == QLatin1String("trash")) {
         type = ZQFileOperationType::trash;
         QDir(args[1]).removeRecursively();
@@ -139,12 +146,20 @@ int main(int argc, char **argv)
     const double cpuBefore = cpuSeconds();
     QElapsedTimer clock;
     clock.start();
-    ActivityItem *activity = manager.performOperation(type, ZQFileOperationGroup(std::move(units), destination),
-                                                      [&](const FileOperationOutcome &done) {
-                                                          outcome = done;
-                                                          completed = true;
-                                                          loop.quit();
-                                                      });
+    const auto finished = [&](const FileOperationOutcome &done) {
+        outcome = done;
+        completed = true;
+        loop.quit();
+    };
+    ActivityItem *activity = nullptr;
+    if (args[0] == QLatin1String("rotate")) {
+        QList<PXFilePtr> files;
+        for (const ZQFileOperationUnit &unit : units)
+            files.append(PXFile::from(unit.sourceItem()));
+        activity = manager.rotateImages(files, JpegRotation::Turn::clockwise, finished);
+    } else {
+        activity = manager.performOperation(type, ZQFileOperationGroup(std::move(units), destination), finished);
+    }
     if (!activity) {
         std::fprintf(stderr, "the operation could not be started\n");
         return 1;
@@ -165,7 +180,7 @@ int main(int argc, char **argv)
         bytes += info.isFile() ? info.size() : 0;
         files += 1;
     }
-    if (type == ZQFileOperationType::copy && !outcome.items.isEmpty()) {
+    if (args[0] == QLatin1String("copy") && !outcome.items.isEmpty()) {
         // A folder copied whole: its files and bytes.
         const ZQItemCopier::Work work = ZQItemCopier::measure(QFile::encodeName(outcome.items.first().destination));
         bytes = work.bytes;
