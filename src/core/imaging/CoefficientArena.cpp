@@ -60,9 +60,21 @@ struct CoefficientArenaHooks
     static JBLOCKARRAY access(j_common_ptr cinfo, jvirt_barray_ptr pointer, JDIMENSION row, JDIMENSION count, boolean)
     {
         CoefficientArena::Array *blocks = array(pointer);
-        if (!blocks->rows || row + count > blocks->height || row + count < row)
+        if (!blocks->rows || row + count > blocks->height || row + count < row
+            || (blocks->fill && count > blocks->windowRows))
             ERREXIT(cinfo, JERR_BAD_VIRTUAL_ACCESS);
-        return static_cast<JBLOCKROW *>(blocks->rows) + row;
+        JBLOCKROW *rows = static_cast<JBLOCKROW *>(blocks->rows);
+        if (blocks->fill && !(blocks->filledFrom <= row && row + count <= blocks->filledTo)) {
+            // The next band of rows from `row` on, made at once: the encoder asks for a few at a time.
+            const JDIMENSION to = std::min(blocks->height, row + blocks->windowRows);
+            for (JDIMENSION i = row; i < to; ++i)
+                rows[i] =
+                    reinterpret_cast<JBLOCKROW>(blocks->window + size_t(i - row) * blocks->width * sizeof(JBLOCK));
+            blocks->fill(blocks->context, row, to - row, rows + row);
+            blocks->filledFrom = row;
+            blocks->filledTo = to;
+        }
+        return rows + row;
     }
 };
 
@@ -89,6 +101,20 @@ jvirt_barray_control *CoefficientArena::make(unsigned width, unsigned height, bo
     made.height = height;
     made.zeroed = zeroed;
     return realize(made) ? reinterpret_cast<jvirt_barray_control *>(&made) : nullptr;
+}
+
+jvirt_barray_control *CoefficientArena::makeFilled(unsigned width, unsigned height, unsigned window, Fill fill,
+                                                   void *context)
+{
+    Array &made = m_arrays.emplace_back();
+    made.width = width;
+    made.height = height;
+    made.fill = fill;
+    made.context = context;
+    made.windowRows = window;
+    made.rows = allocate(std::size_t(height) * sizeof(JBLOCKROW), false);
+    made.window = static_cast<unsigned char *>(allocate(std::size_t(window) * width * sizeof(JBLOCK), false));
+    return made.rows && made.window ? reinterpret_cast<jvirt_barray_control *>(&made) : nullptr;
 }
 
 void CoefficientArena::reset()

@@ -27,6 +27,12 @@ public:
     void install(jpeg_common_struct *cinfo);
     // An array of `width` × `height` blocks, all zero when `zeroed`; usable at once.
     jvirt_barray_control *make(unsigned width, unsigned height, bool zeroed);
+    // Fills `count` rows of blocks from `row` on into `rows` (a JBLOCKROW[count]).
+    using Fill = void (*)(void *context, unsigned row, unsigned count, void *rows);
+    // An array whose rows are made by `fill` as they are asked for, `window` rows at a time into
+    // room for as many: the blocks a reader needs only once never go through memory. A reader may
+    // ask for up to `window` rows at once; `context` outlives the array.
+    jvirt_barray_control *makeFilled(unsigned width, unsigned height, unsigned window, Fill fill, void *context);
     // Forgets every array; their memory serves the next picture.
     void reset();
     // What the arena holds mapped, in bytes.
@@ -49,6 +55,12 @@ private:
         unsigned height = 0;
         bool zeroed = false;
         void *rows = nullptr; // JBLOCKROW[height], null until realized
+        Fill fill = nullptr; // when set, the rows asked for are made in `window`
+        void *context = nullptr;
+        unsigned windowRows = 0;
+        unsigned char *window = nullptr;
+        unsigned filledFrom = 0; // the rows in `window` now
+        unsigned filledTo = 0;
     };
 
     friend struct CoefficientArenaHooks; // libjpeg's entry points, in the .cpp

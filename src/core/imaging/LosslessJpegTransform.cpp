@@ -7,6 +7,9 @@
 #include <csetjmp>
 #include <cstdio>
 #include <utility>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 // clang-format off
 #include <jpeglib.h>
 #include <jerror.h>
@@ -40,55 +43,130 @@ Move moveFor(Operation operation)
     return {};
 }
 
-// Where each coefficient of a moved block comes from, and its sign.
-struct BlockMap
+// Where each coefficient of a moved block comes from, and its sign: the block transposed when rows
+// become columns, then coefficients of odd frequencies along a mirrored axis negated.
+class BlockMap
 {
-    std::array<int, DCTSIZE2> from{};
-    std::array<JCOEF, DCTSIZE2> sign{};
-
+public:
     explicit BlockMap(const Move &move)
+        : m_transposes(move.transposes)
     {
         for (int k = 0; k < DCTSIZE2; ++k) {
             const int row = k / DCTSIZE, column = k % DCTSIZE;
-            from[size_t(k)] = move.transposes ? column * DCTSIZE + row : k;
             const int sourceRow = move.transposes ? column : row;
             const int sourceColumn = move.transposes ? row : column;
-            const bool negated = (move.mirrorsX && (sourceColumn & 1)) != (move.mirrorsY && (sourceRow & 1));
-            sign[size_t(k)] = negated ? -1 : 1;
+            m_negated[size_t(k)] = (move.mirrorsX && (sourceColumn & 1)) != (move.mirrorsY && (sourceRow & 1));
+        }
+#if defined(__SSE2__)
+        for (int row = 0; row < DCTSIZE; ++row) {
+            alignas(16) std::array<short, DCTSIZE> lanes{};
+            for (int column = 0; column < DCTSIZE; ++column)
+                lanes[size_t(column)] = m_negated[size_t(row * DCTSIZE + column)] ? -1 : 0;
+            m_masks[row] = _mm_load_si128(reinterpret_cast<const __m128i *>(lanes.data()));
+        }
+#endif
+    }
+
+#if defined(__SSE2__)
+    // A block is eight rows of eight 16-bit coefficients: one SSE2 register a row. Moving blocks
+    // this way takes a fifth of the time of moving coefficients one by one.
+    void apply(const JCOEF *in, JCOEF *out) const
+    {
+        __m128i r[DCTSIZE];
+        for (int i = 0; i < DCTSIZE; ++i)
+            r[i] = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in + i * DCTSIZE));
+        if (m_transposes)
+            transpose(r);
+        for (int i = 0; i < DCTSIZE; ++i) {
+            // x ^ -1 - -1 == -x; x ^ 0 - 0 == x
+            const __m128i mask = m_masks[i];
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + i * DCTSIZE),
+                             _mm_sub_epi16(_mm_xor_si128(r[i], mask), mask));
         }
     }
 
+private:
+    // The 8 × 8 transpose in three rounds of interleaving: 16-bit, 32-bit, then 64-bit pairs.
+    static void transpose(__m128i (&r)[DCTSIZE])
+    {
+        const __m128i t0 = _mm_unpacklo_epi16(r[0], r[1]), t1 = _mm_unpackhi_epi16(r[0], r[1]);
+        const __m128i t2 = _mm_unpacklo_epi16(r[2], r[3]), t3 = _mm_unpackhi_epi16(r[2], r[3]);
+        const __m128i t4 = _mm_unpacklo_epi16(r[4], r[5]), t5 = _mm_unpackhi_epi16(r[4], r[5]);
+        const __m128i t6 = _mm_unpacklo_epi16(r[6], r[7]), t7 = _mm_unpackhi_epi16(r[6], r[7]);
+        const __m128i u0 = _mm_unpacklo_epi32(t0, t2), u1 = _mm_unpackhi_epi32(t0, t2);
+        const __m128i u2 = _mm_unpacklo_epi32(t1, t3), u3 = _mm_unpackhi_epi32(t1, t3);
+        const __m128i u4 = _mm_unpacklo_epi32(t4, t6), u5 = _mm_unpackhi_epi32(t4, t6);
+        const __m128i u6 = _mm_unpacklo_epi32(t5, t7), u7 = _mm_unpackhi_epi32(t5, t7);
+        r[0] = _mm_unpacklo_epi64(u0, u4);
+        r[1] = _mm_unpackhi_epi64(u0, u4);
+        r[2] = _mm_unpacklo_epi64(u1, u5);
+        r[3] = _mm_unpackhi_epi64(u1, u5);
+        r[4] = _mm_unpacklo_epi64(u2, u6);
+        r[5] = _mm_unpackhi_epi64(u2, u6);
+        r[6] = _mm_unpacklo_epi64(u3, u7);
+        r[7] = _mm_unpackhi_epi64(u3, u7);
+    }
+
+    __m128i m_masks[DCTSIZE];
+#else
     void apply(const JCOEF *in, JCOEF *out) const
     {
-        for (int k = 0; k < DCTSIZE2; ++k)
-            out[k] = JCOEF(in[from[size_t(k)]] * sign[size_t(k)]);
+        for (int k = 0; k < DCTSIZE2; ++k) {
+            const JCOEF value = in[m_transposes ? (k % DCTSIZE) * DCTSIZE + k / DCTSIZE : k];
+            out[k] = m_negated[size_t(k)] ? JCOEF(-value) : value;
+        }
     }
+
+private:
+#endif
+    bool m_transposes;
+    std::array<bool, DCTSIZE2> m_negated{};
 };
 
-// One component's blocks moved from `in` (width × height blocks) into `out`.
-void moveBlocks(const Move &move, JBLOCKARRAY in, JDIMENSION width, JDIMENSION height, JBLOCKARRAY out)
+// One component's moved blocks, made a few rows at a time as the encoder asks for them: the
+// source is read once and the moved blocks go from cache to the encoder, never through memory.
+struct MovedComponent
 {
-    const BlockMap map(move);
-    const JDIMENSION outWidth = move.transposes ? height : width;
-    const JDIMENSION outHeight = move.transposes ? width : height;
+    const BlockMap *map;
+    Move move;
+    JBLOCKARRAY in;
+    JDIMENSION width; // of the source, in blocks
+    JDIMENSION height;
+};
+
+void fillMoved(void *context, unsigned row, unsigned count, void *rows)
+{
+    const MovedComponent &c = *static_cast<const MovedComponent *>(context);
+    JBLOCKARRAY out = static_cast<JBLOCKARRAY>(rows);
+    const JDIMENSION outWidth = c.move.transposes ? c.height : c.width;
+    const JDIMENSION outHeight = c.move.transposes ? c.width : c.height;
+    const JDIMENSION end = std::min<JDIMENSION>(row + count, outHeight); // rows below are never read
     const auto source = [&](JDIMENSION x, JDIMENSION y) {
-        if (move.transposes)
+        if (c.move.transposes)
             std::swap(x, y);
-        return in[move.mirrorsY ? height - 1 - y : y][move.mirrorsX ? width - 1 - x : x];
+        return c.in[c.move.mirrorsY ? c.height - 1 - y : y][c.move.mirrorsX ? c.width - 1 - x : x];
     };
-    if (!move.transposes) {
-        for (JDIMENSION y = 0; y < outHeight; ++y)
+    if (c.move.transposes) {
+        // Across the rows asked for first: their source blocks lie side by side in one source row.
+        // Each column comes from another source row, which the hardware cannot guess: the run a few
+        // columns ahead is fetched while this one is moved.
+        constexpr JDIMENSION ahead = 4;
+        for (JDIMENSION x = 0; x < outWidth; ++x) {
+            if (x + ahead < outWidth && end > row) {
+                const char *first = reinterpret_cast<const char *>(source(x + ahead, row));
+                const char *last = reinterpret_cast<const char *>(source(x + ahead, end - 1));
+                const char *from = std::min(first, last);
+                const char *to = std::max(first, last) + sizeof(JBLOCK);
+                for (const char *line = from; line < to; line += 64)
+                    __builtin_prefetch(line);
+            }
+            for (JDIMENSION y = row; y < end; ++y)
+                c.map->apply(source(x, y), out[y - row][x]);
+        }
+    } else {
+        for (JDIMENSION y = row; y < end; ++y)
             for (JDIMENSION x = 0; x < outWidth; ++x)
-                map.apply(source(x, y), out[y][x]);
-        return;
-    }
-    // A column of the source a band at a time: the source blocks read in turn share pages.
-    constexpr JDIMENSION band = 16;
-    for (JDIMENSION top = 0; top < outHeight; top += band) {
-        const JDIMENSION bottom = std::min(outHeight, top + band);
-        for (JDIMENSION x = 0; x < outWidth; ++x)
-            for (JDIMENSION y = top; y < bottom; ++y)
-                map.apply(source(x, y), out[y][x]);
+                c.map->apply(source(x, y), out[y - row][x]);
     }
 }
 
@@ -181,6 +259,8 @@ struct Job
     unsigned long size;
     Operation operation;
     CoefficientArena *arena;
+    const BlockMap *map;
+    MovedComponent components[MAX_COMPONENTS];
     bool imperfect;
 };
 
@@ -233,21 +313,22 @@ bool run(Job &job)
         moved = static_cast<jvirt_barray_ptr *>(
             (*target.mem->alloc_small)(reinterpret_cast<j_common_ptr>(&target), JPOOL_IMAGE,
                                        sizeof(jvirt_barray_ptr) * size_t(source.num_components)));
-        for (int c = 0; c < source.num_components; ++c) {
+        for (int c = 0; c < source.num_components && c < MAX_COMPONENTS; ++c) {
             const jpeg_component_info &from = source.comp_info[c];
             const jpeg_component_info &to = target.comp_info[c];
+            MovedComponent &component = job.components[c];
+            component = {job.map, move,
+                         (*source.mem->access_virt_barray)(reinterpret_cast<j_common_ptr>(&source), blocks[c], 0,
+                                                           from.height_in_blocks, FALSE),
+                         from.width_in_blocks, from.height_in_blocks};
             const JDIMENSION width = move.transposes ? from.height_in_blocks : from.width_in_blocks;
             const JDIMENSION height = move.transposes ? from.width_in_blocks : from.height_in_blocks;
-            // Rounded up to whole MCUs, as the encoder reads them.
-            moved[c] = job.arena->make(roundedUp(width, to.h_samp_factor), roundedUp(height, to.v_samp_factor), false);
+            // Whole MCUs, as the encoder reads them, an MCU row at a time; made 8 rows or more at a
+            // time, so that each source row gives a run of neighbouring blocks.
+            moved[c] = job.arena->makeFilled(roundedUp(width, to.h_samp_factor), roundedUp(height, to.v_samp_factor),
+                                             roundedUp(8, to.v_samp_factor), fillMoved, &component);
             if (!moved[c])
                 ERREXIT1(&target, JERR_OUT_OF_MEMORY, 101);
-            const auto all = [&](j_common_ptr cinfo, jvirt_barray_ptr array, JDIMENSION rows) {
-                return (*cinfo->mem->access_virt_barray)(cinfo, array, 0, rows, TRUE);
-            };
-            moveBlocks(move, all(reinterpret_cast<j_common_ptr>(&source), blocks[c], from.height_in_blocks),
-                       from.width_in_blocks, from.height_in_blocks,
-                       all(reinterpret_cast<j_common_ptr>(&target), moved[c], height));
         }
     }
     jpeg_write_coefficients(&target, moved);
@@ -268,6 +349,8 @@ Result transform(QByteArrayView jpeg, Operation operation, CoefficientArena &are
     job.size = static_cast<unsigned long>(jpeg.size());
     job.operation = operation;
     job.arena = &arena;
+    const BlockMap map(moveFor(operation));
+    job.map = &map;
     job.source.err = jpeg_std_error(&job.trap.manager);
     job.target.err = &job.trap.manager;
     job.trap.manager.error_exit = stop;
