@@ -1,5 +1,7 @@
 #include "core/fs/ZQEventCoalescer.h"
 
+#include <sys/stat.h>
+
 namespace {
 // 30 ms: long enough to gather a save (create, write, close, rename) or a run of writes into one
 // event, short enough that a change appears on screen without a felt delay.
@@ -41,10 +43,12 @@ void ZQEventCoalescer::add(ZQFileEventType type, const QByteArray &nativePath)
     case ZQFileEventType::replaced:
         pending.presenceChanged = true;
         pending.existsAtEnd = true;
+        pending.given = true;
         break;
     case ZQFileEventType::removed:
         pending.presenceChanged = true;
         pending.existsAtEnd = false;
+        pending.taken = true;
         break;
     case ZQFileEventType::contentModified: pending.written = true; break;
     case ZQFileEventType::attributesChanged: pending.touched = true; break;
@@ -63,8 +67,15 @@ QList<ZQFileEvent> ZQEventCoalescer::take(const std::function<bool(const QByteAr
             continue;
         }
         const bool known = isKnown(pending.nativePath);
+        bool existsAtEnd = pending.existsAtEnd;
+        if (pending.given && pending.taken) {
+            // The order of the events need not be the order of the changes (an exchange).
+            struct stat info
+            { };
+            existsAtEnd = ::lstat(pending.nativePath.constData(), &info) == 0;
+        }
         ZQFileEventType type;
-        if (!pending.existsAtEnd) {
+        if (!existsAtEnd) {
             if (!known) {
                 if (vanished)
                     vanished->append(pending.nativePath);

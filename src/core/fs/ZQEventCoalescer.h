@@ -17,6 +17,8 @@
 //   changes nothing); one that was not known and is gone again: no event at all;
 // - a known file that is gone at the end: removed;
 // - a known file that was removed, created or renamed onto in between: replaced;
+// - a name both given and taken in the burst stands at the end if the disk says so: for two
+//   names exchanged, the kernel tells of one name given before it tells of it taken;
 // - otherwise contentModified if it was written, attributesChanged if only touched.
 //
 // rescanNeeded events are kept apart, one per folder. Events come out in the order in which
@@ -41,6 +43,8 @@ private:
         bool rescan = false;
         bool presenceChanged = false; // created, removed or renamed in the burst
         bool existsAtEnd = true;
+        bool given = false; // created or renamed onto
+        bool taken = false; // removed or renamed away
         bool written = false;
         bool touched = false;
     };

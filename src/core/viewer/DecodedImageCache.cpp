@@ -17,8 +17,8 @@ void DecodedImageCache::insert(const QByteArray &nativePath, const Entry &entry)
     if (entry.image.isNull() || nativePath.isEmpty())
         return;
     QMutexLocker lock(&m_mutex);
-    // A better picture stays; of two of one quality, the larger.
-    if (const Entry *held = m_entries.object(nativePath); held
+    // A better picture of the same file stays; of two of one quality, the larger.
+    if (const Entry *held = m_entries.object(nativePath); held && held->version == entry.version
         && (held->quality > entry.quality
             || (held->quality == entry.quality && held->image.width() > entry.image.width())))
         return;

@@ -26,10 +26,11 @@ public:
         ImageViewDataSource::Quality quality = ImageViewDataSource::Quality::none;
         QSize imageSize; // the full-resolution size the picture stands for
         QString notice;
+        ImageViewDataSource::FileVersion version; // of the file it was decoded from
     };
 
-    // Keeps `entry` unless a better picture of the file is there. A picture larger than the
-    // whole capacity is not kept.
+    // Keeps `entry` unless a better picture of the same version of the file is there. A picture
+    // larger than the whole capacity is not kept.
     void insert(const QByteArray &nativePath, const Entry &entry);
     // The file's picture, or an entry of quality none.
     Entry find(const QByteArray &nativePath) const;

@@ -38,8 +38,23 @@ ImageViewDataSource::ImageViewDataSource(PXFilePtr file, QObject *parent)
     , m_memoryLimit(ImageDecoder::defaultMemoryLimit)
     , m_cancelled(std::make_shared<std::atomic_bool>(false))
 {
-    if (m_file)
+    if (m_file) {
         m_nativePath = m_file->resolvedNativePath();
+        m_version = versionOf(m_file);
+    }
+}
+
+ImageViewDataSource::FileVersion ImageViewDataSource::versionOf(const PXFilePtr &file)
+{
+    if (!file)
+        return {};
+    const QDateTime modified = file->modificationDate();
+    return {quint64(file->inode()), modified.isValid() ? modified.toMSecsSinceEpoch() : 0};
+}
+
+bool ImageViewDataSource::isOutdated() const
+{
+    return m_file && versionOf(m_file) != m_version;
 }
 
 ImageViewDataSource::~ImageViewDataSource()
@@ -127,7 +142,7 @@ void ImageViewDataSource::requestImage(QSize neededPixels)
     if (m_quality < Quality::preview && !m_previewRunning && !m_thumbnailRequestCompleted) {
         if (m_cache) {
             const DecodedImageCache::Entry entry = m_cache->find(m_nativePath);
-            if (entry.quality > m_quality && entry.quality >= Quality::preview) {
+            if (entry.quality > m_quality && entry.quality >= Quality::preview && entry.version == m_version) {
                 m_imageSize = entry.imageSize;
                 m_notice = entry.notice;
                 adopt(entry.image, entry.quality);
@@ -227,7 +242,7 @@ void ImageViewDataSource::finishPreview(const StepResult &step)
     if (!result.image.isNull() && m_quality < Quality::preview && !m_imageSize.isEmpty()) {
         adopt(result.image, Quality::preview);
         if (m_cache)
-            m_cache->insert(m_nativePath, {m_image, m_quality, m_imageSize, {}});
+            m_cache->insert(m_nativePath, {m_image, m_quality, m_imageSize, {}, m_version});
     }
     // A file that cannot even be opened: said at once unless a decode is still trying.
     if (m_image.isNull() && result.imageSize.isEmpty() && !result.error.isEmpty()
@@ -260,7 +275,7 @@ void ImageViewDataSource::finishDecode(const StepResult &step)
             adopt(result.image, quality);
             m_notice = result.notice;
             if (m_cache)
-                m_cache->insert(m_nativePath, {m_image, m_quality, m_imageSize, m_notice});
+                m_cache->insert(m_nativePath, {m_image, m_quality, m_imageSize, m_notice, m_version});
         }
     } else {
         if (m_imageSize.isEmpty())

@@ -55,6 +55,19 @@ public:
     // The bytes the file's pictures are read from (a symbolic link is followed).
     QByteArray nativePath() const { return m_nativePath; }
 
+    // Which content of the file a picture was decoded from: a file written anew (turned, edited,
+    // replaced) has another inode or modification time, and pictures of the old one are stale.
+    struct FileVersion
+    {
+        quint64 inode = 0;
+        qint64 modified = 0; // ms since the epoch
+        bool operator==(const FileVersion &) const = default;
+    };
+    static FileVersion versionOf(const PXFilePtr &file);
+    FileVersion version() const { return m_version; }
+    // Whether the file on disk is no longer the one this data source was made for.
+    bool isOutdated() const;
+
     // --- View state, kept per file -------------------------------------------------------------
 
     // When the file was last shown; ties are broken by displaySequence(), which grows with every
@@ -152,6 +165,7 @@ private:
 
     PXFilePtr m_file;
     QByteArray m_nativePath;
+    FileVersion m_version;
     QDateTime m_lastDisplayDate;
     quint64 m_displaySequence = 0;
     QRectF m_visibleRect;

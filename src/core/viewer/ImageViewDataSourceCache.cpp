@@ -20,11 +20,16 @@ ImageViewDataSourcePtr ImageViewDataSourceCache::dataSourceForShowing(const PXFi
         return {};
     const QByteArray key = keyOf(file);
     ImageViewDataSourcePtr dataSource = m_byPath.value(key);
-    if (!dataSource) {
+    const ImageViewDataSourcePtr outdated = dataSource && dataSource->isOutdated() ? dataSource : nullptr;
+    if (!dataSource || outdated) {
         dataSource = ImageViewDataSource::create(file);
         if (m_imageCacheSet)
             dataSource->setImageCache(m_imageCache);
         dataSource->seed(defaults.scalingMode, defaults.percentage);
+        // A file written anew since it was shown (turned, say): its picture is decoded again,
+        // its zoom and fit stay; a position and turn of the old picture would not fit the new one.
+        if (outdated)
+            dataSource->copyScaling(*outdated);
         m_byPath.insert(key, dataSource);
     }
     if (defaults.retainScalingFromPreviousFile && m_previous && m_previous != dataSource)

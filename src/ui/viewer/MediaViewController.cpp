@@ -329,7 +329,7 @@ void MediaViewController::prefetch(const QList<PXFilePtr> &files)
             continue;
         ImageViewDataSourcePtr source;
         for (const ImageViewDataSourcePtr &held : std::as_const(m_prefetched)) {
-            if (held->file() == file)
+            if (held->file() == file && !held->isOutdated())
                 source = held;
         }
         if (!source)

@@ -1,6 +1,9 @@
 #include "core/viewer/ImageViewDataSourceCache.h"
 #include "core/model/PXFile.h"
 #include "core/viewer/DecodedImageCache.h"
+#include "support/TestDir.h"
+
+#include <QFile>
 
 #include <QImage>
 
@@ -131,7 +134,7 @@ TEST_F(ImageViewDataSourceCacheTest, FilesSteppedPastLeaveTheDecodedPictureCache
         shown.last()->setThumbnail(picture());
         // As a finished decode does: the picture goes into the shared cache.
         decoded.insert(shown.last()->nativePath(),
-                       {large, ImageViewDataSource::Quality::scaled, QSize(4000, 3000), {}});
+                       {large, ImageViewDataSource::Quality::scaled, QSize(4000, 3000), {}, {}});
     }
     EXPECT_EQ(decoded.find(shown.first()->nativePath()).quality, ImageViewDataSource::Quality::none);
     EXPECT_EQ(decoded.find(shown.last()->nativePath()).quality, ImageViewDataSource::Quality::scaled);
@@ -161,23 +164,63 @@ TEST(DecodedImageCache, KeepsTheBetterPictureAndStaysWithinItsBytes)
     QImage small(100, 64, QImage::Format_RGB32);
     small.fill(Qt::blue);
 
-    cache.insert("/a", {large, Quality::scaled, QSize(4000, 2560), {}});
-    cache.insert("/a", {small, Quality::preview, QSize(4000, 2560), {}});
+    cache.insert("/a", {large, Quality::scaled, QSize(4000, 2560), {}, {}});
+    cache.insert("/a", {small, Quality::preview, QSize(4000, 2560), {}, {}});
     EXPECT_EQ(cache.find("/a").quality, Quality::scaled);
     EXPECT_EQ(cache.find("/a").image.size(), large.size());
-    cache.insert("/a", {small, Quality::scaled, QSize(4000, 2560), {}});
+    cache.insert("/a", {small, Quality::scaled, QSize(4000, 2560), {}, {}});
     EXPECT_EQ(cache.find("/a").image.size(), large.size());
 
-    cache.insert("/b", {large, Quality::full, QSize(400, 256), {}});
+    cache.insert("/b", {large, Quality::full, QSize(400, 256), {}, {}});
     EXPECT_EQ(cache.find("/a").quality, Quality::scaled); // used last: /b would go first
-    cache.insert("/c", {large, Quality::full, QSize(400, 256), {}});
+    cache.insert("/c", {large, Quality::full, QSize(400, 256), {}, {}});
     EXPECT_LE(cache.totalCost(), cache.capacity());
     EXPECT_EQ(cache.find("/b").quality, Quality::none);
     EXPECT_EQ(cache.find("/c").quality, Quality::full);
 
     // A picture larger than the whole cache is not kept (and evicts nothing).
     QImage huge(1024, 512, QImage::Format_RGB32);
-    cache.insert("/d", {huge, Quality::full, QSize(1024, 512), {}});
+    cache.insert("/d", {huge, Quality::full, QSize(1024, 512), {}, {}});
     EXPECT_EQ(cache.find("/d").quality, Quality::none);
     EXPECT_EQ(cache.find("/c").quality, Quality::full);
+}
+
+// A file written anew while the viewer held pictures of it (turned in place, say: a new file
+// renamed over the old one): when it is shown again, neither its data source nor the shared
+// picture cache answers with the old picture, and its zoom stays.
+TEST_F(ImageViewDataSourceCacheTest, AFileWrittenAnewIsNotShownWithItsOldPicture)
+{
+    DecodedImageCache decoded;
+    cache.setImageCache(&decoded);
+    TestDir dir;
+    const QString path = dir.write(QStringLiteral("IMG_0001.JPG"), "old");
+    const PXFilePtr file = PXFile::fileForPath(path);
+    ImageViewDefaults half;
+    half.scalingMode = ImageViewScalingMode::percentage;
+    half.percentage = 50;
+    const ImageViewDataSourcePtr old = cache.dataSourceForShowing(file, half);
+    QImage landscape(400, 300, QImage::Format_RGB32);
+    landscape.fill(Qt::darkGray);
+    decoded.insert(old->nativePath(),
+                   {landscape, ImageViewDataSource::Quality::full, QSize(400, 300), {}, old->version()});
+    cache.dataSourceForShowing(fileNamed(2), {}); // the user moves on
+    EXPECT_EQ(cache.dataSourceForShowing(file, {}), old); // unchanged: the same state comes back
+    EXPECT_FALSE(old->isOutdated());
+
+    const QString turned = dir.write(QStringLiteral(".IMG_0001.JPG.turned"), "new");
+    ASSERT_EQ(::rename(QFile::encodeName(turned).constData(), QFile::encodeName(path).constData()), 0);
+    file->updateForEvent({ZQFileEventType::replaced, file->nativePath()});
+    EXPECT_TRUE(old->isOutdated());
+    const ImageViewDataSourcePtr fresh = cache.dataSourceForShowing(file, {});
+    EXPECT_NE(fresh, old);
+    EXPECT_EQ(fresh->zoomLevel(), 0.5);
+    fresh->requestImage(QSize(400, 300));
+    EXPECT_NE(fresh->imageQuality(), ImageViewDataSource::Quality::full); // the old picture is not adopted
+
+    // The new version's first picture takes the old version's place, though of lower quality.
+    QImage portrait(30, 40, QImage::Format_RGB32);
+    portrait.fill(Qt::white);
+    decoded.insert(fresh->nativePath(),
+                   {portrait, ImageViewDataSource::Quality::preview, QSize(300, 400), {}, fresh->version()});
+    EXPECT_EQ(decoded.find(fresh->nativePath()).imageSize, QSize(300, 400));
 }
