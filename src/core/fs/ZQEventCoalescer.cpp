@@ -73,11 +73,17 @@ QList<ZQFileEvent> ZQEventCoalescer::take(const std::function<bool(const QByteAr
             struct stat info
             { };
             existsAtEnd = ::lstat(pending.nativePath.constData(), &info) == 0;
+        } else if (!known && !pending.presenceChanged) {
+            // Written or touched without ever being given its name: either an item the listing
+            // has yet to deliver, or an unnamed file ("#inode", O_TMPFILE) that never had one.
+            struct stat info
+            { };
+            existsAtEnd = ::lstat(pending.nativePath.constData(), &info) == 0;
         }
         ZQFileEventType type;
         if (!existsAtEnd) {
             if (!known) {
-                if (vanished)
+                if (vanished && pending.presenceChanged)
                     vanished->append(pending.nativePath);
                 continue; // came and went within the burst
             }
