@@ -2,7 +2,28 @@
 
 #include <QAbstractScrollArea>
 #include <QAction>
+#include <QKeyEvent>
 #include <QLineEdit>
+
+namespace {
+
+// A line edit leaves Return and Enter to its parent, for a dialog's default button; here the
+// parent is the grid, which would open the file as well.
+class NameLineEdit : public QLineEdit
+{
+public:
+    using QLineEdit::QLineEdit;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        QLineEdit::keyPressEvent(event);
+        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+            event->accept();
+    }
+};
+
+} // namespace
 
 ThumbnailNameEditor::ThumbnailNameEditor(QAbstractScrollArea *view)
     : m_view(view)
@@ -20,7 +41,7 @@ ThumbnailNameEditor::~ThumbnailNameEditor()
 void ThumbnailNameEditor::open(int index, const QString &name, const QRect &rect)
 {
     m_index = index;
-    auto *editor = new QLineEdit(m_view->viewport());
+    auto *editor = new NameLineEdit(m_view->viewport());
     m_editor = editor;
     editor->setAlignment(Qt::AlignHCenter);
     editor->setText(name);

@@ -9,6 +9,7 @@
 #include "support/FileNames.h"
 #include "support/TestDir.h"
 #include "support/TestImages.h"
+#include "ui/browser/ThumbnailGridView.h"
 #include "ui/browser/ThumbnailsActionHandler.h"
 #include "ui/windows/CommandRegistry.h"
 #include "ui/windows/ThumbnailContextMenu.h"
@@ -289,6 +290,8 @@ TEST(ThumbnailsViewController, RenamesInPlaceThroughTheFileLayerAndKeepsTheSelec
     ASSERT_TRUE(settle(pane, 2));
     pane.selectFiles({pane.files().first()});
     QSignalSpy errors(&pane, &ThumbnailsViewController::errorOccurred);
+    // The Return that ends the edit is the editor's: it does not also open the file.
+    QSignalSpy opened(pane.gridView(), &ThumbnailGridView::activated);
 
     auto typeName = [&pane](const QString &name) {
         pane.actionHandler()->renameFile();
@@ -307,6 +310,7 @@ TEST(ThumbnailsViewController, RenamesInPlaceThroughTheFileLayerAndKeepsTheSelec
     ASSERT_TRUE(waitUntil([&] { return namesOf(pane.files()).contains("after.txt"); }));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("before.txt")));
     ASSERT_TRUE(waitUntil([&] { return namesOf(pane.selectedFiles()) == QStringList{"after.txt"}; }));
+    EXPECT_EQ(opened.count(), 0);
 }
 
 TEST(ThumbnailsViewController, TellsTheWindowWhenItsFolderIsDeletedWhileShown)
