@@ -3,6 +3,7 @@
 #include "core/app/Dispatch.h"
 #include "core/app/Log.h"
 #include "core/fs/ZQFolderSubscription.h"
+#include "core/fs/ZQInotifyWatcher.h"
 #include "core/model/FileSorting.h"
 #include "core/model/PXFile.h"
 #include "ui/common/ThemeIcons.h"
@@ -12,7 +13,53 @@
 #include <QLocale>
 #include <QMimeData>
 #include <QPointer>
+#include <QTimer>
 #include <QUrl>
+
+#include <functional>
+#include <sys/inotify.h>
+
+namespace {
+
+// Tells when an entry of a counted folder comes or goes, so that its count follows items moved
+// in or out while the folder is collapsed (and so has no listing of its own). A burst of changes
+// makes one recount.
+class CountWatch : public ZQInotifyWatcher::Client
+{
+public:
+    CountWatch(QByteArray folderPath, std::function<void()> changed)
+        : m_folderPath(std::move(folderPath))
+    {
+        m_settle.setSingleShot(true);
+        m_settle.setInterval(100);
+        QObject::connect(&m_settle, &QTimer::timeout, &m_settle, std::move(changed));
+        m_watching = ZQInotifyWatcher::shared().addWatch(m_folderPath, this);
+    }
+    ~CountWatch()
+    {
+        if (m_watching)
+            ZQInotifyWatcher::shared().removeWatch(m_folderPath, this);
+    }
+
+    void folderEvent(const QByteArray &, quint32 mask, QByteArrayView name) override
+    {
+        if (mask & IN_IGNORED)
+            m_watching = false;
+        const auto type = ZQInotifyWatcher::entryEventType(mask);
+        const bool presence = type && (*type == ZQFileEventType::created || *type == ZQFileEventType::removed);
+        if ((!name.isEmpty() && presence) || (mask & IN_Q_OVERFLOW)) {
+            if (!m_settle.isActive())
+                m_settle.start();
+        }
+    }
+
+private:
+    QByteArray m_folderPath;
+    QTimer m_settle;
+    bool m_watching = false;
+};
+
+} // namespace
 
 struct FolderTreeModel::Node
 {
@@ -27,6 +74,7 @@ struct FolderTreeModel::Node
     int images = -1;
     int folders = -1;
     mutable bool countRequested = false;
+    std::unique_ptr<CountWatch> countWatch; // once counted
 
     int row() const
     {
@@ -346,6 +394,17 @@ void FolderTreeModel::requestCount(Node *node) const
     node->countRequested = true;
     const QPointer<FolderTreeModel> self(const_cast<FolderTreeModel *>(this));
     const PXFilePtr folder = node->file;
+    if (!node->countWatch) {
+        // The numbers shown stay until the recount brings new ones.
+        node->countWatch = std::make_unique<CountWatch>(folder->resolvedNativePath(), [self, folder] {
+            if (!self)
+                return;
+            if (Node *current = self->m_nodes.value(folder.get())) {
+                current->countRequested = false;
+                self->requestCount(current);
+            }
+        });
+    }
     const quint64 generation = m_generation;
     runOnPool(countPool, [self, folder, generation] {
         int files = 0;

@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 #include <QDir>
+#include <QFile>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -84,8 +85,17 @@ TEST(FolderTreeModel, FollowsTheDiskAndCountsByTheChosenInfo)
     model.setInfo(SidebarInfoOptions::filesAndFolders);
     EXPECT_TRUE(waitUntil([&] { return !counts.data().toString().isEmpty(); }));
     EXPECT_EQ(counts.data().toString(), QStringLiteral("2 · 1")); // hidden files do not count
+    // A folder never expanded is counted again when an item is moved into it or out of it.
+    EXPECT_FALSE(model.isListed(a));
+    ASSERT_TRUE(
+        QFile::rename(dir.write(QStringLiteral("root/two.jpg"), "x"), dir.filePath(QStringLiteral("root/a/two.jpg"))));
+    EXPECT_TRUE(waitUntil([&] { return counts.data().toString() == QStringLiteral("3 · 1"); }))
+        << counts.data().toString().toStdString();
+    ASSERT_TRUE(QFile::remove(dir.filePath(QStringLiteral("root/a/notes.txt"))));
+    EXPECT_TRUE(waitUntil([&] { return counts.data().toString() == QStringLiteral("2 · 1"); }))
+        << counts.data().toString().toStdString();
     model.setInfo(SidebarInfoOptions::images);
-    EXPECT_EQ(counts.data().toString(), QStringLiteral("1"));
+    EXPECT_EQ(counts.data().toString(), QStringLiteral("2"));
     model.setInfo(SidebarInfoOptions::none);
     EXPECT_TRUE(counts.data().toString().isEmpty());
 
