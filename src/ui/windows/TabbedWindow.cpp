@@ -1,5 +1,6 @@
 #include "ui/windows/TabbedWindow.h"
 
+#include "core/activities/FileOperationHistory.h"
 #include "core/app/Log.h"
 #include "core/fs/Applications.h"
 #include "core/model/PXFile.h"
@@ -100,6 +101,10 @@ TabbedWindow::TabbedWindow(QWidget *parent)
     m_validateTimer->setSingleShot(true);
     m_validateTimer->setInterval(0);
     connect(m_validateTimer, &QTimer::timeout, this, &TabbedWindow::validateActions);
+    // Undo and Redo are enabled by the file history, which no window's state tells of; their keys
+    // belong to these items, so they must follow it while the menu stays closed.
+    connect(&FileOperationHistory::shared(), &FileOperationHistory::changed, m_validateTimer,
+            qOverload<>(&QTimer::start));
 
     connect(m_tabBar, &QTabBar::currentChanged, this, &TabbedWindow::showCurrent);
     connect(m_tabBar, &QTabBar::tabCloseRequested, this, [this](int index) {

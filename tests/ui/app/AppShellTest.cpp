@@ -15,6 +15,8 @@
 #include "ui/windows/TabbedWindow.h"
 #include "ui/windows/ValidatingToolbar.h"
 
+#include "core/activities/ActivitiesSupport.h"
+#include "core/activities/FileOperationHistory.h"
 #include "core/model/PXFile.h"
 #include "support/TestImages.h"
 #include "ui/ShellFixture.h"
@@ -490,4 +492,31 @@ TEST(AppShell, TheSessionsRequestsWriteTheSettingsAtOnce)
         EXPECT_EQ(reread.settings()->thumbnailOutlineThickness(), thickness);
         ++thickness;
     }
+}
+
+TEST(AppShell, UndoAndRedoKeysFollowTheHistoryWithoutTheMenuBeingOpened)
+{
+    ActivitiesFixture f;
+    FileOperationHistory::setShared(f.history.get());
+    {
+        ShellFixture shell;
+        Delegate app;
+        MainWindowController *window = shell.windows->newMainWindow(shell.photos);
+        TabbedWindow *tabbedWindow = window->tabbedWindow();
+        tabbedWindow->validateActions();
+        QAction *undo = tabbedWindow->action(QStringLiteral("undo"));
+        QAction *redo = tabbedWindow->action(QStringLiteral("redo"));
+        ASSERT_TRUE(undo && redo);
+        EXPECT_FALSE(undo->isEnabled());
+
+        // The keys are the menu items' own: disabled items would swallow them until the Edit menu
+        // is next opened.
+        f.dir.write(QStringLiteral("a.jpg"), "x");
+        f.run(ZQFileOperationType::duplicate, {QStringLiteral("a.jpg")});
+        EXPECT_TRUE(waitUntil([&] { return undo->isEnabled(); }));
+        EXPECT_FALSE(redo->isEnabled());
+        f.history->undo();
+        EXPECT_TRUE(waitUntil([&] { return redo->isEnabled() && !undo->isEnabled(); }));
+    }
+    FileOperationHistory::setShared(nullptr);
 }
