@@ -26,6 +26,7 @@ public:
     bool completed = false;
     QList<State> finalStates;
     QStringList finalNames;
+    QStringList finalErrors;
 
     void fileOperationHandlerNeedsInitialResolution(ZQFileOperationHandler *handler,
                                                     ZQFileOperationGroup &group) override
@@ -55,6 +56,7 @@ public:
         for (const ZQFileOperationUnit &unit : handler->group().units()) {
             finalStates.append(unit.state());
             finalNames.append(unit.renamedFilename());
+            finalErrors.append(unit.destinationError().description);
         }
         completed = true;
     }
@@ -113,6 +115,8 @@ TEST_F(RenameOperation, BadNamesAndTwoUnitsAimingAtOneNameAreLeftOut)
     EXPECT_EQ(delegate.finalStates,
               (QList<State>{State::done, State::skipped, State::skipped, State::skipped, State::skipped}));
     EXPECT_EQ(names(), (QStringList{"b.jpg", "c.jpg", "d.jpg", "e.jpg", "x.jpg"}));
+    // The message names what was typed, not the part after the slash.
+    EXPECT_EQ(delegate.finalErrors.value(3), QStringLiteral("“d/e” can’t be used as a name."));
 }
 
 TEST_F(RenameOperation, CaseChangesWorkAndCancellingBeforeTheStartDoesNothing)

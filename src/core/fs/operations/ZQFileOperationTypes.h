@@ -69,7 +69,9 @@ struct ZQFileOperationError
 
     bool isError() const { return code != ZQFileOperationErrorCode::none; }
 
-    static ZQFileOperationError forCode(int code, const QString &path);
+    // `name`: the name the message speaks of, when it is not the last part of `path` (a name
+    // with a "/" in it).
+    static ZQFileOperationError forCode(int code, const QString &path, const QString &name = {});
 };
 
 Q_DECLARE_METATYPE(ZQFileOperationError)

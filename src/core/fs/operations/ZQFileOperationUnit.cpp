@@ -12,12 +12,12 @@ ZQFileOperationUnit::ZQFileOperationUnit(ZQFilePtr sourceItem, QString renamedFi
     , m_renamedFilename(std::move(renamedFilename))
 { }
 
-ZQFileOperationError ZQFileOperationError::forCode(int code, const QString &path)
+ZQFileOperationError ZQFileOperationError::forCode(int code, const QString &path, const QString &itemName)
 {
     ZQFileOperationError error;
     error.code = code;
     error.path = path;
-    const QString name = QFileInfo(path).fileName();
+    const QString name = itemName.isEmpty() ? QFileInfo(path).fileName() : itemName;
     const Translator tr("ZQFileOperation");
     switch (code) {
     case ZQFileOperationErrorCode::none: break;

@@ -95,7 +95,8 @@ void ZQRenamePerformer::prepare(ZQFileOperationGroup &group)
             continue;
         }
         if (!isValidName(unit.renamedFilename())) {
-            unit.setDestinationError(ZQFileOperationError::forCode(Code::invalidName, unit.destinationPath()));
+            unit.setDestinationError(
+                ZQFileOperationError::forCode(Code::invalidName, unit.destinationPath(), unit.renamedFilename()));
             continue;
         }
         struct stat destinationInfo

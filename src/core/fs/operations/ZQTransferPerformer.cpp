@@ -188,7 +188,8 @@ void ZQTransferPerformer::prepare(ZQFileOperationGroup &group)
         const QByteArray destination = joined(folder, QFile::encodeName(name));
         unit.setDestinationPath(QFile::decodeName(destination));
         if (!ZQItemNames::isValid(name)) {
-            unit.setDestinationError(errorFor(Code::invalidName, destination));
+            unit.setDestinationError(
+                ZQFileOperationError::forCode(Code::invalidName, QFile::decodeName(destination), name));
             continue;
         }
         if (m_type == ZQFileOperationType::move && destination == source) {
