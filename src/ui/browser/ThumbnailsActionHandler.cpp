@@ -365,8 +365,12 @@ void ThumbnailsActionHandler::duplicate()
     QPointer<ThumbnailsViewController> pane(m_pane);
     fileOperations()->duplicate(m_pane->selectedFiles(), [pane](const FileOperationOutcome &outcome) {
         // The copies take the selection once they are listed.
-        if (pane && !outcome.items.isEmpty())
-            pane->selectWhenShown(PXFile::fileForPath(outcome.items.last().destination));
+        if (!pane || outcome.items.isEmpty())
+            return;
+        QList<PXFilePtr> copies;
+        for (const FileOperationOutcome::Item &item : outcome.items)
+            copies.append(PXFile::fileForPath(item.destination));
+        pane->selectWhenShown(copies);
     });
 }
 

@@ -184,8 +184,8 @@ void ThumbnailsViewController::setSources(const QList<PXFilePtr> &folders)
     m_dropValidator.reset();
     m_selectedFiles.clear();
     m_newFile.reset();
-    if (m_fileToSelect && !folders.contains(PXFile::from(m_fileToSelect->parentItem())))
-        m_fileToSelect.reset();
+    if (!m_filesToSelect.isEmpty() && !folders.contains(PXFile::from(m_filesToSelect.first()->parentItem())))
+        m_filesToSelect.clear();
     // The grid empties at once; the new folders' files follow as they are listed.
     // Offscreen first: that takes the waiting requests out of the generator's queue.
     for (const ThumbnailItemPtr &item : std::as_const(m_allItemsByFile)) {
@@ -347,8 +347,8 @@ void ThumbnailsViewController::publish()
     updateVisibility();
     updateStatus();
     restoreStateIfSettled();
-    if (m_fileToSelect)
-        selectWhenShown(m_fileToSelect);
+    if (!m_filesToSelect.isEmpty())
+        selectWhenShown(QList<PXFilePtr>(m_filesToSelect));
     if (m_collection->isSettled())
         checkSourcesExist();
 }
@@ -587,15 +587,21 @@ void ThumbnailsViewController::editNameWhenShown(const PXFilePtr &file)
     }
 }
 
-void ThumbnailsViewController::selectWhenShown(const PXFilePtr &file)
+void ThumbnailsViewController::selectWhenShown(const QList<PXFilePtr> &files)
 {
-    m_fileToSelect = file;
-    const auto it = m_indexByFile.constFind(file.get());
-    if (it != m_indexByFile.cend()) {
-        m_fileToSelect.reset();
-        m_grid->setSelectedIndexes({*it}, *it);
-        m_grid->scrollToItem(*it);
+    m_filesToSelect = files;
+    QList<int> indexes;
+    for (const PXFilePtr &file : files) {
+        const auto it = m_indexByFile.constFind(file.get());
+        if (it == m_indexByFile.cend())
+            return;
+        indexes.append(*it);
     }
+    m_filesToSelect.clear();
+    if (indexes.isEmpty())
+        return;
+    m_grid->setSelectedIndexes(indexes, indexes.last());
+    m_grid->scrollToItem(indexes.last());
 }
 
 void ThumbnailsViewController::thumbnailViewSearch(const QString &text)

@@ -69,7 +69,10 @@ public:
     void editNameWhenShown(const PXFilePtr &file);
     // Selects `file` and brings it into view, now or as soon as it is listed (a file handed to
     // a new window); forgotten when the pane moves to sources that do not hold its folder.
-    void selectWhenShown(const PXFilePtr &file);
+    void selectWhenShown(const PXFilePtr &file) { selectWhenShown(QList<PXFilePtr>{file}); }
+    // The same for several files (the copies an operation made), selected together once the last
+    // of them is listed.
+    void selectWhenShown(const QList<PXFilePtr> &files);
 
     ThumbnailGridView *gridView() const { return m_grid; }
     ThumbnailItemPtr itemAt(int index) const { return m_allItemsFlat.value(index); }
@@ -133,7 +136,7 @@ private:
     QHash<QString, ThumbnailsSavedState> m_savedStates;
     bool m_needsRestore = false;
     PXFilePtr m_newFile;
-    PXFilePtr m_fileToSelect;
+    QList<PXFilePtr> m_filesToSelect;
     ThumbnailsSearchType m_searchType = ThumbnailsSearchType::filename;
     QString m_searchString;
     FileDropValidator m_dropValidator;

@@ -1,5 +1,6 @@
 #include "ui/activities/ActivitiesWindow.h"
 #include "core/activities/ActivitiesSupport.h"
+#include "support/FileNames.h"
 #include "ui/ShellFixture.h"
 #include "ui/activities/ActivitiesWindowController.h"
 #include "ui/activities/FileOperationsController.h"
@@ -328,10 +329,16 @@ TEST(ActivitiesWindow, NewFoldersDuplicatesAndAliasesComeFromThePaneAndGoBackToT
     EXPECT_TRUE(QFileInfo(folder + "/untitled folder").isDir());
     EXPECT_EQ(pane.selectedFiles().first()->name(), "untitled folder");
 
-    pane.selectFiles({PXFile::fileForPath(folder + "/c.jpg")});
+    // The copies of a selection take it, all of them.
+    f.dir.write(QStringLiteral("photos/d.jpg"), "d");
+    ASSERT_TRUE(waitUntil([&] { return pane.fileCount() == 3; }));
+    pane.selectFiles({PXFile::fileForPath(folder + "/c.jpg"), PXFile::fileForPath(folder + "/d.jpg")});
     pane.actionHandler()->duplicate();
     ASSERT_TRUE(
-        waitUntil([&] { return QFileInfo::exists(folder + "/c copy.jpg") && !f.manager->hasWorkingActivities(); }));
+        waitUntil([&] { return QFileInfo::exists(folder + "/d copy.jpg") && !f.manager->hasWorkingActivities(); }));
+    EXPECT_TRUE(waitUntil([&] {
+        return namesOf(pane.selectedFiles()) == QStringList{"c copy.jpg", "d copy.jpg"};
+    })) << namesOf(pane.selectedFiles()).join(", ").toStdString();
     pane.selectFiles({PXFile::fileForPath(folder + "/c.jpg")});
     pane.actionHandler()->makeAlias();
     ASSERT_TRUE(waitUntil(
@@ -345,8 +352,9 @@ TEST(ActivitiesWindow, NewFoldersDuplicatesAndAliasesComeFromThePaneAndGoBackToT
         f.history->undo();
         ASSERT_TRUE(f.settle());
     }
-    EXPECT_EQ(entriesOf(folder), QStringList{"c.jpg"});
-    EXPECT_EQ(entriesOf(f.trashFolder + "/files"), (QStringList{"c alias.jpg", "c copy.jpg", "untitled folder"}));
+    EXPECT_EQ(entriesOf(folder), (QStringList{"c.jpg", "d.jpg"}));
+    EXPECT_EQ(entriesOf(f.trashFolder + "/files"),
+              (QStringList{"c alias.jpg", "c copy.jpg", "d copy.jpg", "untitled folder"}));
 }
 
 TEST(ActivitiesWindow, FilesDroppedOnASidebarFolderGoThere)
