@@ -1,3 +1,4 @@
+#include "core/app/PluralForms.h"
 #include "core/imaging/ImageSource.h"
 
 #include <QGuiApplication>
@@ -12,6 +13,7 @@ int main(int argc, char **argv)
     QStandardPaths::setTestModeEnabled(true);
     QGuiApplication app(argc, argv);
     ImageSource::install();
+    PluralForms::install();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

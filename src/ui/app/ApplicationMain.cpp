@@ -2,6 +2,7 @@
 
 #include "core/app/LaunchRequest.h"
 #include "core/app/Log.h"
+#include "core/app/PluralForms.h"
 #include "core/settings/SettingsManager.h"
 #include "ui/app/AppDelegate.h"
 #include "ui/app/InstanceChannel.h"
@@ -37,6 +38,7 @@ int runPixcove(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(PIXCOVE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("pixcove"));
     QApplication app(argc, argv);
+    PluralForms::install();
     // Without a desktop session (a bare X server, a minimal window manager) Qt finds no icon theme.
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(QStringLiteral("Adwaita"));

@@ -80,7 +80,7 @@ TEST(BugReportSender, PostsTheReportOnceWithItsCredentialAndJudgesEveryKindOfRep
         {LocalHttpServer::Behaviour::answer, 200, "", QStringLiteral("Empty response from server."),
          QStringLiteral("No data returned by server.")},
         {LocalHttpServer::Behaviour::close, 200, "", QString(), QStringLiteral("Error sending bug report: ")},
-        {LocalHttpServer::Behaviour::silent, 200, "", QStringLiteral("The server did not answer within 1 second(s)."),
+        {LocalHttpServer::Behaviour::silent, 200, "", QStringLiteral("The server did not answer within 1 second."),
          QStringLiteral("Error sending bug report: The server did not answer")},
     };
     for (const Case &c : cases) {
