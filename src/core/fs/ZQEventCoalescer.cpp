@@ -68,14 +68,11 @@ QList<ZQFileEvent> ZQEventCoalescer::take(const std::function<bool(const QByteAr
         }
         const bool known = isKnown(pending.nativePath);
         bool existsAtEnd = pending.existsAtEnd;
-        if (pending.given && pending.taken) {
-            // The order of the events need not be the order of the changes (an exchange).
-            struct stat info
-            { };
-            existsAtEnd = ::lstat(pending.nativePath.constData(), &info) == 0;
-        } else if (!known && !pending.presenceChanged) {
-            // Written or touched without ever being given its name: either an item the listing
-            // has yet to deliver, or an unnamed file ("#inode", O_TMPFILE) that never had one.
+        // The disk decides where the events cannot: a name given and taken in one burst (the
+        // kernel tells of a name given by an exchange before it tells of it taken), and a name
+        // only written to (an item the listing has yet to deliver, or an unnamed "#inode" file,
+        // O_TMPFILE, that never had a name).
+        if ((pending.given && pending.taken) || (!known && !pending.presenceChanged)) {
             struct stat info
             { };
             existsAtEnd = ::lstat(pending.nativePath.constData(), &info) == 0;

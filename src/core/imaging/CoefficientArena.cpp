@@ -94,15 +94,6 @@ void CoefficientArena::install(jpeg_common_struct *cinfo)
     cinfo->mem->access_virt_barray = CoefficientArenaHooks::access;
 }
 
-jvirt_barray_control *CoefficientArena::make(unsigned width, unsigned height, bool zeroed)
-{
-    Array &made = m_arrays.emplace_back();
-    made.width = width;
-    made.height = height;
-    made.zeroed = zeroed;
-    return realize(made) ? reinterpret_cast<jvirt_barray_control *>(&made) : nullptr;
-}
-
 jvirt_barray_control *CoefficientArena::makeFilled(unsigned width, unsigned height, unsigned window, Fill fill,
                                                    void *context)
 {
@@ -123,14 +114,6 @@ void CoefficientArena::reset()
     for (Chunk &chunk : m_chunks)
         chunk.used = 0;
     m_current = 0;
-}
-
-std::size_t CoefficientArena::mappedBytes() const
-{
-    std::size_t bytes = 0;
-    for (const Chunk &chunk : m_chunks)
-        bytes += chunk.size;
-    return bytes;
 }
 
 bool CoefficientArena::realize(Array &array)

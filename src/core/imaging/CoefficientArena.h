@@ -8,13 +8,14 @@ struct jpeg_common_struct;
 struct jvirt_barray_control;
 
 // Memory for the DCT coefficient blocks of lossless JPEG transforms, kept from one picture to the
-// next. A 24 MP picture needs about 72 MB of blocks as read and as many again as written; mapping
-// that afresh for every file costs a page fault for every 4 KB, about a third of a turn's time.
-// The arena gives the same pages to each picture of a batch, prefaults the pages it maps in one
-// call, and returns them to the system when it is destroyed.
+// next. A 24 MP picture's blocks take about 72 MB; mapping that afresh for every file costs a page
+// fault for every 4 KB. The arena gives the same pages to each picture of a batch, prefaults the
+// pages it maps in one call, and returns them to the system when it is destroyed.
 //
 // It stands in for libjpeg's virtual block arrays (install()), so the library decodes into it and
-// encodes from it. The arrays of a picture live until reset(). One thread at a time.
+// encodes from it; an array may also be made a band of rows at a time as it is read
+// (makeFilled()), so that blocks needed once are never stored. The arrays of a picture live until
+// reset(). One thread at a time.
 class CoefficientArena
 {
 public:
@@ -25,8 +26,6 @@ public:
 
     // Makes the libjpeg object keep its block arrays here (its `client_data` points at the arena).
     void install(jpeg_common_struct *cinfo);
-    // An array of `width` × `height` blocks, all zero when `zeroed`; usable at once.
-    jvirt_barray_control *make(unsigned width, unsigned height, bool zeroed);
     // Fills `count` rows of blocks from `row` on into `rows` (a JBLOCKROW[count]).
     using Fill = void (*)(void *context, unsigned row, unsigned count, void *rows);
     // An array whose rows are made by `fill` as they are asked for, `window` rows at a time into
@@ -35,8 +34,6 @@ public:
     jvirt_barray_control *makeFilled(unsigned width, unsigned height, unsigned window, Fill fill, void *context);
     // Forgets every array; their memory serves the next picture.
     void reset();
-    // What the arena holds mapped, in bytes.
-    std::size_t mappedBytes() const;
 
 private:
     struct Chunk

@@ -8,7 +8,7 @@
 class CoefficientArena;
 
 // Turns JPEG files a quarter or half turn as they are seen, without re-encoding: the DCT blocks
-// are moved (libjpeg-turbo's lossless transform), the EXIF orientation is folded into the turn and
+// are moved (LosslessJpegTransform), the EXIF orientation is folded into the turn and
 // set to 1, the EXIF thumbnail is turned too, and the pixel dimensions in the EXIF follow. Every
 // other marker (ICC profile, IPTC, XMP, maker notes) is kept; a multi-picture (MPF) preview after
 // the image cannot follow the picture and is dropped with its index.
@@ -35,7 +35,7 @@ struct Result
 };
 
 // What the turns of a batch reuse from one file to the next: the memory of the pictures' blocks
-// and of the files' bytes (mapping 150 MB afresh for each 24 MP picture costs a third of its
+// and of the files' bytes (mapping some 100 MB afresh for each 24 MP picture costs a tenth of its
 // turn). Held while the batch runs; one thread at a time.
 struct Workspace
 {
