@@ -171,14 +171,13 @@ void fillMoved(void *context, unsigned row, unsigned count, void *rows)
 }
 
 // Whether the flipped sides are whole blocks of the picture's MCU, so that no edge block is lost.
-bool isWhole(const jpeg_decompress_struct &source, Operation operation)
+bool isWhole(const jpeg_decompress_struct &source, const Move &move)
 {
     const bool single = source.num_components == 1;
     const JDIMENSION mcuWidth = JDIMENSION(DCTSIZE * (single ? 1 : source.max_h_samp_factor));
     const JDIMENSION mcuHeight = JDIMENSION(DCTSIZE * (single ? 1 : source.max_v_samp_factor));
-    const Move move = moveFor(operation);
-    const bool xMirrored = move.mirrorsX, yMirrored = move.mirrorsY;
-    return (!xMirrored || source.image_width % mcuWidth == 0) && (!yMirrored || source.image_height % mcuHeight == 0);
+    return (!move.mirrorsX || source.image_width % mcuWidth == 0)
+        && (!move.mirrorsY || source.image_height % mcuHeight == 0);
 }
 
 JDIMENSION roundedUp(JDIMENSION value, int multiple)
@@ -291,7 +290,8 @@ bool run(Job &job)
     for (int n = 0; n < 16; ++n)
         jpeg_save_markers(&source, JPEG_APP0 + n, 0xFFFF);
     jpeg_read_header(&source, TRUE);
-    if (!isWhole(source, job.operation)) {
+    const Move move = moveFor(job.operation);
+    if (!isWhole(source, move)) {
         job.imperfect = true;
         return true;
     }
@@ -305,7 +305,6 @@ bool run(Job &job)
     target.arith_code = source.arith_code;
     if (source.progressive_mode)
         jpeg_simple_progression(&target);
-    const Move move = moveFor(job.operation);
     if (move.transposes)
         transposeParameters(target);
     jvirt_barray_ptr *moved = blocks;
@@ -313,7 +312,7 @@ bool run(Job &job)
         moved = static_cast<jvirt_barray_ptr *>(
             (*target.mem->alloc_small)(reinterpret_cast<j_common_ptr>(&target), JPOOL_IMAGE,
                                        sizeof(jvirt_barray_ptr) * size_t(source.num_components)));
-        for (int c = 0; c < source.num_components && c < MAX_COMPONENTS; ++c) {
+        for (int c = 0; c < source.num_components; ++c) { // libjpeg refuses more than MAX_COMPONENTS
             const jpeg_component_info &from = source.comp_info[c];
             const jpeg_component_info &to = target.comp_info[c];
             MovedComponent &component = job.components[c];
